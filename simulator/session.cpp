@@ -1,0 +1,238 @@
+#include "simulator/session.h"
+
+#include "simulator/call.h"
+#include "simulator/host.h"
+#include "simulator/instrument.h"
+#include "simulator/measurements.h"
+#include "simulator/scenario.h"
+#include "simulator/state_file.h"
+
+#include <algorithm>
+
+namespace simulator
+{
+
+namespace
+{
+
+constexpr std::uint32_t default_data_rate = 230'400;
+/// A state is waited for until the disk has it, but in a burst of changes not for each.
+constexpr std::int64_t durable_every_us = 200'000;
+
+struct Session {
+    bool instrument_made = false;
+    bool open = false;
+    std::string state_path; ///< empty = the state is kept in this process alone
+    std::uint32_t data_rate = default_data_rate;
+    std::int64_t clock_offset_us = 0; ///< from the monotonic clock to the instrument's
+    std::int64_t durable_at_us = 0;   ///< monotonic: when the next state is waited for
+};
+
+Session session;
+
+Failure failed(Failure failure, std::string text)
+{
+    explain(std::move(text));
+    return failure;
+}
+
+/// Where the state of a port is kept; empty = nowhere.
+std::string state_path(std::uint8_t port)
+{
+    const std::optional<std::string> named = host::environment("KOV_SIMULATOR_STATE");
+    if (!named)
+        return host::default_state_path(port);
+    return *named == "none" ? "" : *named;
+}
+
+Failure lock_port(std::uint8_t port)
+{
+    std::int64_t holder = 0;
+    std::string problem;
+    switch (host::lock(session.state_path + ".lock", holder, problem)) {
+    case host::Locking::done:
+        return Failure::none;
+    case host::Locking::held:
+        return failed(Failure::port_in_use, "COM" + std::to_string(port) +
+                                                " is used by another program, process " +
+                                                std::to_string(holder));
+    case host::Locking::failed:
+        break;
+    }
+    return failed(Failure::state_file,
+                  "cannot lock '" + session.state_path + ".lock': " + problem);
+}
+
+Failure damaged_state()
+{
+    const std::optional<std::string> name = host::set_aside(session.state_path);
+    if (!name)
+        return failed(Failure::state_file, "the state file '" + session.state_path +
+                                               "' is damaged and cannot be set aside");
+    return failed(Failure::state_file, "the state file '" + session.state_path +
+                                           "' was damaged and is now '" + *name +
+                                           "'; the next opening starts a new instrument");
+}
+
+/// The controller looks for its modules whenever somebody connects.
+void find_modules(Instrument& instrument)
+{
+    refresh_presence(instrument);
+    for (unsigned unit = 0; unit < unit_count; ++unit)
+        scan(instrument, unit);
+}
+
+/// Brings the instrument that was left in the state file, or a new one where there is none.
+Failure find_instrument()
+{
+    Instrument& instrument = the_instrument();
+    const std::int64_t wall_us = host::wall_clock_us();
+    std::string bytes;
+    std::string problem;
+    switch (host::read_file(session.state_path, bytes, problem)) {
+    case host::Reading::failed:
+        return failed(Failure::state_file,
+                      "cannot read '" + session.state_path + "': " + problem);
+    case host::Reading::missing: {
+        Physical physical = std::move(instrument.physical);
+        make_new(instrument, wall_us);
+        instrument.physical = std::move(physical);
+        break;
+    }
+    case host::Reading::done:
+        if (!read_state(instrument, bytes))
+            return damaged_state();
+        break;
+    }
+    find_modules(instrument);
+    refresh(instrument);
+    // A clock that was set back cannot take the instrument back.
+    session.clock_offset_us =
+        std::max(wall_us, instrument.now_us) - host::monotonic_us();
+    apply_scenario_settings();
+    return Failure::none;
+}
+
+Failure save(bool closing)
+{
+    if (session.state_path.empty())
+        return Failure::none;
+    const std::int64_t now_us = host::monotonic_us();
+    const bool durable = closing || now_us >= session.durable_at_us;
+    std::string problem;
+    if (!host::replace_file(session.state_path, write_state(the_instrument()), durable, problem))
+        return failed(Failure::state_file,
+                      "cannot write '" + session.state_path + "': " + problem);
+    if (durable)
+        session.durable_at_us = now_us + durable_every_us;
+    return Failure::none;
+}
+
+} // namespace
+
+bool port_is_open()
+{
+    return session.open;
+}
+
+void make_instrument_once()
+{
+    if (session.instrument_made)
+        return;
+    session.instrument_made = true;
+    session.clock_offset_us = host::wall_clock_us() - host::monotonic_us();
+    make_new(the_instrument(), host::wall_clock_us());
+}
+
+Instrument& instrument_now()
+{
+    Instrument& instrument = the_instrument();
+    advance(instrument, host::monotonic_us() + session.clock_offset_us);
+    return instrument;
+}
+
+Failure open_port(std::uint8_t port)
+{
+    if (session.open)
+        return Failure::already_open;
+    if (port == 0)
+        return Failure::bad_port;
+    session.state_path = state_path(port);
+    if (!session.state_path.empty()) {
+        Failure failure = lock_port(port);
+        if (failure != Failure::none)
+            return failure;
+        failure = find_instrument();
+        if (failure != Failure::none) {
+            host::unlock();
+            return failure;
+        }
+    }
+    Instrument& instrument = instrument_now();
+    find_modules(instrument);
+    settings_changed(instrument);
+    session.data_rate = default_data_rate;
+    session.open = true;
+    call_conditions_changed();
+    return Failure::none;
+}
+
+Failure close_port()
+{
+    session.open = false;
+    call_conditions_changed();
+    Instrument& instrument = instrument_now();
+    drop_written(instrument.memory);
+    instrument.changed = false;
+    const Failure failure = save(true);
+    if (!session.state_path.empty())
+        host::unlock();
+    return failure;
+}
+
+Failure save_changes()
+{
+    Instrument& instrument = the_instrument();
+    if (!instrument.changed || !session.open)
+        return Failure::none;
+    instrument.changed = false;
+    return save(false);
+}
+
+std::uint32_t data_rate()
+{
+    return session.data_rate;
+}
+
+std::uint32_t set_data_rate(std::uint32_t wanted)
+{
+    // A port divides its clock by whole numbers.
+    constexpr std::uint32_t fastest = 921'600;
+    constexpr std::uint32_t slowest_divisor = fastest / 50;
+    const auto distance = [wanted](std::uint32_t divisor) {
+        const std::uint32_t rate = fastest / divisor;
+        return rate > wanted ? rate - wanted : wanted - rate;
+    };
+    std::uint32_t divisor = std::clamp(fastest / std::max(wanted, 1U), 1U, slowest_divisor);
+    if (divisor < slowest_divisor && distance(divisor + 1) < distance(divisor))
+        ++divisor;
+    session.data_rate = fastest / divisor;
+    return session.data_rate;
+}
+
+std::int64_t transfer_time_us(std::size_t bytes)
+{
+    constexpr std::int64_t bits_per_byte = 10; // with start and stop bit
+    return static_cast<std::int64_t>(bytes) * bits_per_byte * 1'000'000 / session.data_rate;
+}
+
+void reset_session()
+{
+    if (session.open && !session.state_path.empty())
+        host::unlock();
+    session = Session{};
+    make_instrument_once();
+    call_conditions_changed();
+}
+
+} // namespace simulator

@@ -1,0 +1,33 @@
+/// The connection with the instrument: port, clock, state file, lock.
+#pragma once
+
+#include "simulator/errors.h"
+
+#include <cstdint>
+
+namespace simulator
+{
+
+[[nodiscard]] bool port_is_open();
+
+/// Opens a COM port: takes its lock and finds the instrument as it would be by now.
+[[nodiscard]] Failure open_port(std::uint8_t port);
+
+/// Keeps the state and gives the port back.
+[[nodiscard]] Failure close_port();
+
+/// Writes the state file when the instrument changed in a way that it keeps.
+[[nodiscard]] Failure save_changes();
+
+/// The data rate of the port, and the time that bytes take on it.
+[[nodiscard]] std::uint32_t data_rate();
+std::uint32_t set_data_rate(std::uint32_t wanted);
+[[nodiscard]] std::int64_t transfer_time_us(std::size_t bytes);
+
+/// Makes the instrument when nobody has made it yet.
+void make_instrument_once();
+
+/// Throws the instrument away, and an open port with it, keeping no state.
+void reset_session();
+
+} // namespace simulator
