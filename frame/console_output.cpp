@@ -1,0 +1,369 @@
+// How the console's model reaches the terminal, or a file.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+
+#include "frame/characters.h"
+#include "frame/console.h"
+
+namespace
+{
+
+/// Rows that a live display may still rewrite when standard output is no terminal, and rows that
+/// are kept at least.
+constexpr int kept_rows = 200;
+
+/// The terminal's own colours, in the console's order. Grey is the default foreground and bright
+/// white its bold form, so that dark and light themes stay readable.
+constexpr const char* sgr_of(Color color)
+{
+    constexpr const char* codes[16] = {"30", "34", "32", "36", "31", "35", "33", "",
+                                       "90", "94", "92", "96", "91", "95", "93", "1"};
+    return codes[static_cast<std::size_t>(color) & 15];
+}
+
+void append_color_change(std::string& out, Color from, Color to)
+{
+    out += "\033[";
+    if (from == Color::value || to == Color::label)
+        out += to == Color::label ? "" : "0;"; // only a reset takes bold away
+    else if (to == Color::value && from != Color::label)
+        out += "0;";
+    out += sgr_of(to);
+    out += 'm';
+}
+
+void append_movement(std::string& out, int count, char direction)
+{
+    out += "\033[";
+    if (count > 1)
+        out += std::to_string(count);
+    out += direction;
+}
+
+bool is_set(const char* variable)
+{
+    const char* value = platform::environment(variable);
+    return value != nullptr && *value != '\0';
+}
+
+Cell cell_at(const std::vector<Cell>& cells, int column)
+{
+    const auto index = static_cast<std::size_t>(column) - 1;
+    return index < cells.size() ? cells[index] : Cell{};
+}
+
+bool look_alike(const Cell& a, const Cell& b)
+{
+    return a == b || (a.is_blank() && b.is_blank());
+}
+
+/// Column of the last cell up to `limit` that is not blank, 0 when there is none.
+int end_of_text(const std::vector<Cell>& cells, int limit)
+{
+    int column = std::min(static_cast<int>(cells.size()), limit);
+    while (column > 0 && cell_at(cells, column).is_blank())
+        --column;
+    return column;
+}
+
+} // namespace
+
+void Console::start()
+{
+    *this = Console{};
+    terminal_ = platform::output_is_terminal();
+    const char* force = platform::environment("CLICOLOR_FORCE");
+    const bool forced = is_set("CLICOLOR_FORCE") && std::strcmp(force, "0") != 0;
+    colored_ = !is_set("NO_COLOR") && (terminal_ || forced);
+    if (terminal_)
+        size_ = platform::window_size();
+    else
+        size_ = {.columns = 0, .rows = 0};
+    rows_.emplace_back();
+}
+
+// ---- To a terminal ----
+
+void Console::flush()
+{
+    if (!terminal_) {
+        flush_plain(false);
+        return;
+    }
+    take_window_change();
+    if (sent_cursor_visible_ && !cursor_visible_) {
+        out_ += "\033[?25l";
+        sent_cursor_visible_ = false;
+    }
+    if (clear_pending_) {
+        clear_pending_ = false;
+        move_terminal_to(sent_bottom_, 1);
+        set_terminal_color(Color::label);
+        out_ += "\033[" + std::to_string(size_.rows) + ";1H";
+        out_.append(static_cast<std::size_t>(size_.rows), '\n');
+        out_ += "\033[H";
+        sent_row_ = top_;
+        sent_column_ = 1;
+        sent_bottom_ = bottom_row();
+    }
+    for (int row = first_row_; row <= std::min(last_row(), bottom_row()); ++row) {
+        if (rows_[static_cast<std::size_t>(row - first_row_)].dirty_from > 0)
+            send_row(row);
+    }
+    const Place target = {std::min(cursor_.row, bottom_row()),
+                          std::clamp(cursor_.column, 1, size_.columns)};
+    const bool reachable = target.row >= first_reachable_row(sent_bottom_);
+    if ((cursor_visible_ && reachable) || target.row > sent_bottom_)
+        move_terminal_to(target.row, target.column);
+    if (cursor_visible_ && !sent_cursor_visible_) {
+        out_ += "\033[?25h";
+        sent_cursor_visible_ = true;
+    }
+    if (bell_)
+        out_ += '\a';
+    bell_ = false;
+    if (!out_.empty())
+        platform::write_output(out_);
+    out_.clear();
+    forget_old_rows();
+}
+
+void Console::flush_for_wait()
+{
+    if (terminal_)
+        flush();
+    else
+        flush_plain(true);
+}
+
+void Console::finish()
+{
+    color_ = Color::label;
+    cursor_visible_ = true;
+    display_depth_ = 0;
+    if (terminal_) {
+        set_terminal_color(Color::label);
+        flush();
+        return;
+    }
+    if (!cells(last_row()).empty())
+        cursor_.row = last_row() + 1;
+    flush_plain(false);
+}
+
+void Console::take_window_change()
+{
+    const platform::WindowChange change = platform::take_window_change();
+    if (change == platform::WindowChange::none)
+        return;
+    const bool resumed = change == platform::WindowChange::resumed;
+    if (resumed) { // the shell found the terminal in its neutral state, and left it so
+        sent_color_ = Color::label;
+        sent_cursor_visible_ = true;
+    }
+    size_ = platform::window_size();
+    if (cleared_) {
+        if (clear_pending_)
+            return;
+        set_terminal_color(Color::label);
+        out_ += "\033[H\033[2J";
+        sent_row_ = top_;
+        sent_column_ = 1;
+        sent_bottom_ = bottom_row();
+        (void)row_at(bottom_row());
+        repaint_from(top_, false);
+        return;
+    }
+    int row = display_depth_ > 0 ? display_first_ : cursor_.row;
+    row = std::max(row, first_reachable_row(bottom_row()));
+    if (resumed) { // somebody else's text stands between us and our rows: show them again below it
+        out_ += '\r';
+        sent_row_ = sent_bottom_ = floor_row_ = row;
+        sent_column_ = 1;
+        repaint_from(row, false);
+    } else if (display_depth_ > 0) {
+        repaint_from(std::min(row, sent_bottom_), true);
+    }
+}
+
+void Console::repaint_from(int row, bool erase)
+{
+    if (erase) {
+        move_terminal_to(row, 1);
+        set_terminal_color(Color::label);
+        out_ += "\033[J";
+    }
+    for (; row <= last_row(); ++row) {
+        Row& repainted = rows_[static_cast<std::size_t>(row - first_row_)];
+        repainted.shown.clear();
+        if (!repainted.wanted.empty())
+            mark_dirty(repainted, 1, static_cast<int>(repainted.wanted.size()));
+    }
+}
+
+void Console::send_row(int row)
+{
+    Row& sent = rows_[static_cast<std::size_t>(row - first_row_)];
+    const bool reachable = row >= first_reachable_row(sent_bottom_);
+    int from = sent.dirty_from;
+    int to = std::min(sent.dirty_to, size_.columns);
+    const auto differs = [&sent](int column) {
+        return !look_alike(cell_at(sent.wanted, column), cell_at(sent.shown, column));
+    };
+    while (from <= to && !differs(from))
+        ++from;
+    while (from <= to && !differs(to))
+        --to;
+    if (reachable && from <= to) {
+        constexpr int worth_erasing = 4; // columns: below that, blanks are as short
+        const int end = end_of_text(sent.wanted, size_.columns);
+        if (to - std::max(end, from - 1) >= worth_erasing &&
+            to == end_of_text(sent.shown, size_.columns)) {
+            send_cells(sent, row, from, end);
+            move_terminal_to(row, std::max(end + 1, from));
+            out_ += "\033[K";
+        } else {
+            send_cells(sent, row, from, to);
+        }
+    }
+    // What lies beyond the edge is kept as not shown, for a wider window.
+    const int clip = std::min(sent.dirty_to, size_.columns);
+    if (static_cast<int>(sent.shown.size()) < clip)
+        sent.shown.resize(static_cast<std::size_t>(clip));
+    for (int column = sent.dirty_from; column <= clip; ++column)
+        sent.shown[static_cast<std::size_t>(column) - 1] = cell_at(sent.wanted, column);
+    sent.dirty_from = sent.dirty_to = 0;
+}
+
+void Console::send_cells(const Row& sent, int row, int from, int to)
+{
+    constexpr int worth_moving = 4; // columns: a shorter gap is written over
+    int column = from;
+    while (column <= to) {
+        if (look_alike(cell_at(sent.wanted, column), cell_at(sent.shown, column))) {
+            ++column;
+            continue;
+        }
+        if (cell_at(sent.wanted, column).character == 0 && column > 1)
+            --column; // a wide character is written whole
+        const bool near = row == sent_row_ && column > sent_column_ &&
+                          column - sent_column_ <= worth_moving && sent_column_ >= from;
+        for (int gap = near ? sent_column_ : column; gap < column; ++gap)
+            send_cell(cell_at(sent.wanted, gap));
+        move_terminal_to(row, column);
+        const Cell cell = cell_at(sent.wanted, column);
+        const bool cut = column == size_.columns && character_width(cell.character) == 2;
+        send_cell(cut ? Cell{} : cell);
+        column = std::max(column + 1, std::min(sent_column_, size_.columns + 1));
+    }
+}
+
+void Console::send_cell(const Cell& cell)
+{
+    if (cell.character == 0)
+        return;
+    if (!cell.is_blank())
+        set_terminal_color(cell.color);
+    append_utf8(out_, cell.character);
+    sent_column_ += character_width(cell.character);
+}
+
+void Console::move_terminal_to(int row, int column)
+{
+    // In the last column a terminal may or may not have wrapped already.
+    if (sent_column_ > size_.columns && (row != sent_row_ || column != sent_column_)) {
+        out_ += '\r';
+        sent_column_ = 1;
+    }
+    if (row < sent_row_) {
+        append_movement(out_, sent_row_ - row, 'A');
+        sent_row_ = row;
+    }
+    if (const int down = std::min(row, sent_bottom_) - sent_row_; down > 2) {
+        append_movement(out_, down, 'B');
+        sent_row_ += down;
+    }
+    for (; sent_row_ < row; ++sent_row_) {
+        out_ += "\r\n";
+        sent_column_ = 1;
+    }
+    sent_bottom_ = std::max(sent_bottom_, sent_row_);
+    const int right = column - sent_column_;
+    if (column == 1 && right != 0)
+        out_ += '\r';
+    else if (right > 0)
+        append_movement(out_, right, 'C');
+    else if (right < 0 && right >= -3)
+        out_.append(static_cast<std::size_t>(-right), '\b');
+    else if (right < 0)
+        append_movement(out_, column, 'G');
+    sent_column_ = column;
+}
+
+void Console::set_terminal_color(Color color)
+{
+    if (colored_ && color != sent_color_)
+        append_color_change(out_, sent_color_, color);
+    sent_color_ = color;
+}
+
+void Console::forget_old_rows()
+{
+    const int keep_from = bottom_row() - std::max(size_.rows, kept_rows) + 1;
+    while (first_row_ < keep_from && rows_.size() > 1) {
+        rows_.pop_front();
+        ++first_row_;
+    }
+}
+
+// ---- To a file or a pipe ----
+
+std::string Console::plain_text(const Row& row) const
+{
+    std::string text;
+    Color color = Color::label;
+    const int end = end_of_text(row.wanted, static_cast<int>(row.wanted.size()));
+    for (int column = 1; column <= end; ++column) {
+        const Cell cell = cell_at(row.wanted, column);
+        if (cell.character == 0)
+            continue;
+        if (colored_ && !cell.is_blank() && cell.color != color) {
+            append_color_change(text, color, cell.color);
+            color = cell.color;
+        }
+        append_utf8(text, cell.character);
+    }
+    if (color != Color::label)
+        append_color_change(text, color, Color::label);
+    return text;
+}
+
+void Console::flush_plain(bool for_wait)
+{
+    const int open_row = display_depth_ > 0 ? last_row() - kept_rows : cursor_.row;
+    const auto release = [this](Row& row) {
+        const std::string text = plain_text(row);
+        // A prompt went out before its line was finished; what follows it is only appended.
+        if (text.starts_with(row.released))
+            out_ += text.substr(row.released.size());
+        else
+            out_ += '\n' + text;
+        row.released = text;
+    };
+    while (first_row_ < open_row) {
+        release(rows_.front());
+        out_ += '\n';
+        rows_.pop_front();
+        ++first_row_;
+        if (rows_.empty())
+            rows_.emplace_back();
+    }
+    if (for_wait && display_depth_ == 0 && cursor_.row == first_row_)
+        release(rows_.front());
+    if (!out_.empty())
+        platform::write_output(out_);
+    out_.clear();
+}

@@ -1,0 +1,134 @@
+/// Calling the device library. Function and name travel together, so a report can never name the
+/// wrong one:
+///
+///     std::uint8_t enabled = 0;
+///     if (!call(LIB(GetEnable), &enabled))
+///         return; // has been reported
+///
+/// Out-parameters are zeroed before each try. A pointer to a variable is one; so is a pointer to a
+/// std::array, which the library sees as its first element, and a pointer to a DeviceText. What
+/// the library both reads and writes goes in as in_out(&variable); a pointer to const is an input.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <type_traits>
+
+#include "devlib/COM-KOV-CTRL.h"
+#include "frame/error_report.h"
+#include "frame/format.h"
+
+template <class Function>
+struct LibraryFunction {
+    Function* function;
+    const char* name; ///< with the library's prefix
+};
+
+/// A function of the device library with its name: LIB(GetState) is COM_KOV_CTRL_GetState.
+#define LIB(function)                                                                              \
+    LibraryFunction<decltype(COM_KOV_CTRL_##function)>                                             \
+    {                                                                                              \
+        COM_KOV_CTRL_##function, "COM_KOV_CTRL_" #function                                         \
+    }
+
+/// A text that the library writes into a field of `size` bytes, terminated whatever it writes.
+template <std::size_t size>
+struct DeviceText {
+    std::array<char, size + 1> bytes{};
+
+    /// Fit for a line: control characters are escaped.
+    [[nodiscard]] std::string text() const { return printable(bytes.data()); }
+};
+
+/// The fields of the identification texts, as the library defines them.
+using ProductIdText = DeviceText<84>;
+using FirmwareDateText = DeviceText<12>;
+
+template <class T>
+struct InOut {
+    T* variable;
+};
+
+/// Marks a variable that the library reads before it writes it.
+template <class T>
+[[nodiscard]] InOut<T> in_out(T* variable)
+{
+    return {variable};
+}
+
+namespace device_call
+{
+
+// What the library gets for each kind of argument, cleared where it is a result.
+template <class T>
+T prepare(T input)
+{
+    static_assert(std::is_arithmetic_v<T>);
+    return input;
+}
+
+template <class T>
+const T* prepare(const T* input)
+{
+    return input;
+}
+
+template <class T>
+T* prepare(T* result)
+{
+    *result = T{};
+    return result;
+}
+
+template <class T, std::size_t count>
+T* prepare(std::array<T, count>* results)
+{
+    results->fill(T{});
+    return results->data();
+}
+
+template <std::size_t size>
+char* prepare(DeviceText<size>* text)
+{
+    text->bytes.fill('\0');
+    return text->bytes.data();
+}
+
+template <class T>
+T* prepare(InOut<T> argument)
+{
+    return argument.variable;
+}
+
+} // namespace device_call
+
+/// Calls the function once. Null on success, else the function's name for the error report.
+template <class Function, class... Arguments>
+[[nodiscard]] const char* attempt(LibraryFunction<Function> lib, Arguments... arguments)
+{
+    return lib.function(device_call::prepare(arguments)...) == 0 ? nullptr : lib.name;
+}
+
+/// As attempt(), but a call that fails is made once more.
+template <class Function, class... Arguments>
+[[nodiscard]] const char* attempt_twice(LibraryFunction<Function> lib, Arguments... arguments)
+{
+    const char* failed = attempt(lib, arguments...);
+    return failed == nullptr ? nullptr : attempt(lib, arguments...);
+}
+
+/// Calls the function once; a failure has been reported when this returns false.
+template <class Function, class... Arguments>
+[[nodiscard]] bool call(LibraryFunction<Function> lib, Arguments... arguments)
+{
+    return succeeded(attempt(lib, arguments...));
+}
+
+/// As call(), but a call that fails is made once more: the rule for all that goes to a module.
+template <class Function, class... Arguments>
+[[nodiscard]] bool call_twice(LibraryFunction<Function> lib, Arguments... arguments)
+{
+    return succeeded(attempt_twice(lib, arguments...));
+}

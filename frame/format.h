@@ -1,0 +1,121 @@
+/// How values become text: the formatters that all commands share.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "frame/colors.h"
+#include "frame/console.h"
+
+// ---- Colours of values ----
+
+/// Colour of a value by its deviation from the nominal value, (value / nominal - 1) x 100 %: above
+/// the tolerance, below it, or good. Exactly the tolerance is good, a nominal of 0 always is, and
+/// so is what is no finite number.
+[[nodiscard]] Color deviation_color(double value, double nominal, double tolerance_percent);
+
+/// Colour of a value by the range that it should be in; the limits belong to the range.
+[[nodiscard]] Color range_color(double value, double low, double high);
+
+/// The range in which the temperatures of CPUs and power supplies are good, in degrees Celsius.
+inline constexpr double coldest_good = 10.0;
+inline constexpr double hottest_good = 40.0;
+
+/// What stands behind a temperature on the console: the degree sign is one byte of the console's
+/// code page.
+#define DEGREES_C                                                                                  \
+    "\xF8"                                                                                         \
+    "C"
+
+// ---- Words ----
+
+inline constexpr Word on_word = {" on", Color::good};
+inline constexpr Word off_word = {"off", Color::bad};
+inline constexpr Word yes_word = {"yes", Color::good};
+inline constexpr Word no_word = {" no", Color::bad};
+
+[[nodiscard]] constexpr const Word& on_off(bool on)
+{
+    return on ? on_word : off_word;
+}
+
+[[nodiscard]] constexpr const Word& yes_no(bool yes)
+{
+    return yes ? yes_word : no_word;
+}
+
+/// "active", or "off" padded to the same width.
+[[nodiscard]] Word active_or_off(bool active);
+
+/// "OK  " or "fail"; "dis." when the thing is not enabled at all.
+[[nodiscard]] Word ok_fail_or_disabled(bool enabled, bool good);
+
+/// Name of an LED colour: "Black", "Red", "Green", "Yellow", "Blue", "Pink", "Cyan", "White".
+[[nodiscard]] const char* led_color_name(bool red, bool green, bool blue);
+
+/// What kind of module answers at an address: "Heat Controller" (0), "KOV Controller" (128, the
+/// base unit), "HV Supply" (any other).
+[[nodiscard]] const char* module_type_name(unsigned address);
+
+// ---- Characters and texts ----
+
+/// A key code as the displays echo it: "'%c' " for 33..127, four blanks for 0, else "%03Xh".
+[[nodiscard]] std::string key_text(int code);
+
+/// One byte with its C escape when it has one: \0 \a \b \t \n \v \f \r \e, \xNN from 80h on.
+[[nodiscard]] std::string escaped_byte(unsigned char byte);
+
+/// A text from the device, a file or the command line, fit for a line of the console or a report:
+/// control characters are escaped, valid UTF-8 and other high bytes stay. Null is the empty text.
+[[nodiscard]] std::string printable(std::string_view text);
+[[nodiscard]] std::string printable(const char* text);
+
+/// The `count` low bits of a value from the highest down, in groups of four from the right, and
+/// "b": 8 bits of A5h are "1010 0101b", 5 bits of 1Fh "1 1111b".
+[[nodiscard]] std::string bits_text(std::uint32_t value, int count);
+
+/// Shortens a path to `width` characters: its head up to the first separator, "..", and the longest
+/// tail that fits and begins with a separator; else ".." and the last characters.
+[[nodiscard]] std::string shortened_path(std::string_view path, std::size_t width);
+
+/// The same, filled with blanks up to `width`.
+[[nodiscard]] std::string shortened_path_padded(std::string_view path, std::size_t width);
+
+// ---- Numbers ----
+
+/// A value with `digits` significant digits; `format` takes the precision and the value, as in
+/// "%.*lfV".
+[[nodiscard]] std::string significant_digits(const char* format, double value, int digits);
+
+/// A version word, major in the high byte, minor in the low one: "%d-%02d".
+[[nodiscard]] std::string version_text(unsigned version);
+
+// ---- Times ----
+
+/// "%2lu:%02lu:%04.1lf": hours, minutes, seconds. Rounded to 0.1 s before it is split.
+[[nodiscard]] std::string duration_hms(double seconds);
+
+/// Below a minute the seconds in the caller's format ("%.2lfs"); else minutes:seconds, from an
+/// hour on hours:minutes:seconds, with the decimals and the unit of that format. Rounded first.
+[[nodiscard]] std::string duration_text(const char* format, double seconds);
+
+/// The uptime and operation time of everything: "%d.%02d sec.", from a minute on
+/// "%d:%02d.%02d sec.", from an hour on "%d:%02d:%02d.%02d sec."; hundredths are cut, hours never
+/// become days.
+[[nodiscard]] std::string uptime_text(std::uint32_t seconds, unsigned milliseconds);
+
+/// The local time now: "%04d/%02d/%02d, %02d:%02d:%02d.%03d".
+[[nodiscard]] std::string timestamp();
+
+// ---- Spinner ----
+
+/// A turning bar that shows that something goes on.
+struct Spinner {
+    Place place;
+    unsigned divider = 1; ///< turns once in so many steps; 0 counts as 1
+    unsigned steps = 0;
+
+    void step();
+};

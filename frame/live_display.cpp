@@ -1,0 +1,199 @@
+#include "frame/live_display.h"
+
+#include <cstdio>
+
+#include "frame/error_report.h"
+#include "frame/format.h"
+#include "frame/keys.h"
+#include "frame/platform.h"
+#include "frame/program.h"
+
+double CycleRates::per_second(std::int64_t now_ms) const
+{
+    const std::int64_t elapsed = now_ms - start_ms;
+    return elapsed > 0 ? cycles * 1000.0 / static_cast<double>(elapsed) : 0.0;
+}
+
+double CycleRates::mean_ms(std::int64_t now_ms) const
+{
+    return cycles > 0 ? static_cast<double>(now_ms - start_ms) / cycles : 0.0;
+}
+
+void RateFields::show(const CycleRates& rates, std::int64_t now_ms) const
+{
+    if (layout == nullptr)
+        return;
+    console.print_at(rate, Color::value, "%7.2lf", rates.per_second(now_ms));
+    char text[32];
+    std::snprintf(text, sizeof text, layout->mean_format, rates.mean_ms(now_ms));
+    console.print_at(mean, Color::value, "%s", text);
+}
+
+RateFields place_rates(const RateLayout& layout)
+{
+    constexpr int rate_columns = 8;
+    RateFields fields = {.layout = &layout, .rate = {}, .mean = {}};
+    console.print("%s", layout.before_rate);
+    fields.rate = console.place();
+    console.skip(rate_columns);
+    console.print("%s", layout.before_mean);
+    fields.mean = console.place();
+    console.skip(layout.mean_columns);
+    console.print("%s", layout.after_mean);
+    return fields;
+}
+
+void LiveFields::place_rates(const RateLayout& layout)
+{
+    if (continuous)
+        rates = ::place_rates(layout);
+}
+
+void print_live_title(const std::string& title, const char* end, bool continuous)
+{
+    console.print("%s", title.c_str());
+    if (continuous && !program.quiet) {
+        console.print(", press ");
+        console.print(Color::value, "Esc");
+        console.print(" to quit");
+    }
+    console.print("%s", end);
+}
+
+void print_quit_prompt(const char* end, bool continuous)
+{
+    if (!continuous || program.quiet)
+        return;
+    console.print("Press ");
+    console.print(Color::value, "Esc");
+    console.print(" to quit%s", end);
+}
+
+namespace
+{
+
+/// One run of a live display.
+class LiveLoop
+{
+public:
+    LiveLoop(const LiveDisplay& display, const LiveFields& fields,
+             const std::function<Reading()>& read, const std::function<void()>& draw)
+        : display_(display), fields_(fields), read_(read), draw_(draw)
+    {
+        rates_.start_ms = platform::tick_ms();
+        due_ms_ = rates_.start_ms;
+    }
+
+    /// Runs to the end; returns the name of the function that failed, or null.
+    const char* run()
+    {
+        for (bool going_on = true; going_on;) {
+            if (display_.period_ms > 0)
+                going_on = wait_for_period();
+            if (display_.key_first && !take_key())
+                break;
+            const Reading reading = read_();
+            if (reading.failed() != nullptr)
+                failed_ = reading.failed();
+            if (reading.is_new()) {
+                ++rates_.cycles;
+                undrawn_ = true;
+                going_on = going_on && display_.continuous;
+            }
+            if (failed_ != nullptr)
+                break;
+            if (going_on && !display_.key_first && display_.period_ms == 0)
+                going_on = take_key();
+            if (failed_ != nullptr)
+                break;
+            const std::int64_t now = platform::tick_ms();
+            if (going_on && pacer_.is_due(now))
+                draw(now);
+        }
+        draw(platform::tick_ms());
+        return failed_;
+    }
+
+private:
+    void draw(std::int64_t now_ms)
+    {
+        if (!undrawn_ && key_ == 0)
+            return;
+        undrawn_ = false;
+        fields_.rates.show(rates_, now_ms);
+        if (rates_.cycles > 0)
+            draw_();
+        if (fields_.key_echo.row > 0)
+            console.print_at(fields_.key_echo, Color::label, "%s", key_text(key_).c_str());
+        key_ = 0;
+        console.flush();
+    }
+
+    /// Takes a waiting key; false when it ends the display.
+    bool take_key()
+    {
+        if (!key_waiting() || awaits_only_reading())
+            return true;
+        key_ = read_key();
+        const int key = folded(key_);
+        if (key == key::escape)
+            return false;
+        if (display_.on_key)
+            failed_ = display_.on_key(key);
+        return failed_ == nullptr;
+    }
+
+    /// A single reading is not given up because nobody can press a key: not at once, at least.
+    [[nodiscard]] bool awaits_only_reading() const
+    {
+        constexpr std::int64_t patience_ms = 10'000;
+        return !display_.continuous && input_has_ended() &&
+               platform::tick_ms() - rates_.start_ms < patience_ms;
+    }
+
+    /// Waits for the next reading's time, on a fixed grid; false when Esc cut the wait short.
+    bool wait_for_period()
+    {
+        due_ms_ += display_.period_ms;
+        while (wait_for_key_until(due_ms_)) {
+            if (awaits_only_reading()) {
+                return wait_until(due_ms_, false);
+            }
+            if (folded(read_key()) == key::escape)
+                return false;
+        }
+        return true;
+    }
+
+    const LiveDisplay& display_;
+    const LiveFields& fields_;
+    const std::function<Reading()>& read_;
+    const std::function<void()>& draw_;
+    CycleRates rates_;
+    DrawPacer pacer_;
+    std::int64_t due_ms_ = 0;
+    const char* failed_ = nullptr;
+    int key_ = 0; ///< the last key since the last drawing
+    bool undrawn_ = false;
+};
+
+} // namespace
+
+void run_live_loop(const LiveDisplay& display, LiveFields& fields,
+                   const std::function<void()>& labels, const std::function<Reading()>& read,
+                   const std::function<void()>& draw)
+{
+    DisplayScope scope;
+    if (!display.title.empty())
+        print_live_title(display.title, display.title_end, display.continuous);
+    labels();
+    const int last_row = console.place().row;
+    console.flush();
+    LiveLoop loop{display, fields, read, draw};
+    const char* failed = loop.run();
+    console.move_to({last_row, 1});
+    console.print("\r\n");
+    scope.end();
+    if (failed != nullptr)
+        report_error(failed);
+}

@@ -1,0 +1,162 @@
+/// The live display that all continuous commands share: header, prompt, rates, Esc, clean-up. A
+/// command gives it three routines: draw the labels once, read, draw the values.
+///
+///     struct Values { std::uint8_t state = 0; };
+///     Place field;
+///     run_live_display<Values>(
+///         {.title = "Fan state", .continuous = given.capital},
+///         [&](LiveFields& fields) { field = console.place(); fields.place_rates(rates_in_line); },
+///         [&](Values& values) { return attempt(LIB(GetFanState), &values.state); },
+///         [&](const Values& values) { console.print_at(field, Color::value, ...); });
+///
+/// The device is read in every cycle, but drawing is done only when it is due: the rate that is
+/// shown is then the device's, not the terminal's. So a draw routine shows everything, and what
+/// must happen once per reading (a counter, a row in a file) belongs to the reading.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "frame/console.h"
+
+/// Decides when drawing is due: in the first cycles, then at most every 10 ms.
+class DrawPacer
+{
+public:
+    /// To be asked once a cycle. True = draw now.
+    [[nodiscard]] bool is_due(std::int64_t now_ms)
+    {
+        constexpr unsigned first_cycles = 32;
+        constexpr std::int64_t interval_ms = 10;
+        if (cycles_ >= first_cycles && now_ms - drawn_ms_ < interval_ms)
+            return false;
+        cycles_ += cycles_ < first_cycles ? 1 : 0;
+        drawn_ms_ = now_ms;
+        return true;
+    }
+
+private:
+    unsigned cycles_ = 0;
+    std::int64_t drawn_ms_ = 0;
+};
+
+/// How fast a display has been running, on average since its start.
+struct CycleRates {
+    std::uint32_t cycles = 0;
+    std::int64_t start_ms = 0;
+
+    /// Cycles per second, 0 while no time has passed.
+    [[nodiscard]] double per_second(std::int64_t now_ms) const;
+    /// Milliseconds per cycle, 0 before the first.
+    [[nodiscard]] double mean_ms(std::int64_t now_ms) const;
+};
+
+/// The texts around the two rates. Eight columns are left free for the rate ("%7.2lf").
+struct RateLayout {
+    const char* before_rate;
+    const char* before_mean;
+    const char* mean_format; ///< takes one double
+    int mean_columns;        ///< columns up to after_mean
+    const char* after_mean;
+};
+
+/// Behind the values, on their line.
+inline constexpr RateLayout rates_in_line = {
+    "   Polling rate:", "cycles/s   Mean response time:", "%6.1lfms", 0, ""};
+/// On the header line of a display whose values stand on lines of their own.
+inline constexpr RateLayout rates_in_header = {
+    "Polling rate:", "cycles/s, Mean response time:", "%6.1lfms", 0, ""};
+/// The same with hundredths of a millisecond.
+inline constexpr RateLayout fine_rates_in_header = {
+    "Polling rate:", "cycles/s, Mean response time:", "%7.2lf", 8, "ms"};
+/// Where new measurements are counted, not cycles.
+inline constexpr RateLayout data_rates_in_header = {
+    "Data rate:", "cycles/s, Mean measurement duration:", "%7.2lf", 8, "ms"};
+
+/// Where the two rates are shown.
+struct RateFields {
+    const RateLayout* layout = nullptr; ///< null = they are not
+    Place rate;
+    Place mean;
+
+    void show(const CycleRates& rates, std::int64_t now_ms) const;
+};
+
+/// Prints the labels of the rates at the cursor and notes where the values go.
+[[nodiscard]] RateFields place_rates(const RateLayout& layout);
+
+struct LiveDisplay {
+    std::string title;            ///< empty = the labels routine prints its own
+    const char* title_end = ": "; ///< stands behind the title, or behind the prompt
+    bool continuous = false;      ///< until Esc; else one reading
+    bool key_first = false;       ///< look at the keyboard before the reading, not after it
+    int period_ms = 0;            ///< a reading at these intervals only; 0 = as fast as it goes
+    /// What another key than Esc does (in upper case). Returns null, or the name of the library
+    /// function that failed.
+    std::function<const char*(int key)> on_key;
+};
+
+/// What the labels routine may place for the display to keep up.
+struct LiveFields {
+    bool continuous = false;
+    RateFields rates;
+    Place key_echo; ///< where the code of the last key is shown; row 0 = nowhere
+
+    /// Prints and notes the rates; a display that is not continuous has none.
+    void place_rates(const RateLayout& layout);
+};
+
+/// What a read routine tells: success, a function that failed (as attempt() returns it), or that
+/// there is nothing new to count or to show.
+class Reading
+{
+public:
+    Reading(const char* failed_function) : failed_(failed_function) {}
+    static Reading nothing_new()
+    {
+        Reading reading{nullptr};
+        reading.is_new_ = false;
+        return reading;
+    }
+
+    [[nodiscard]] const char* failed() const { return failed_; }
+    [[nodiscard]] bool is_new() const { return is_new_ && failed_ == nullptr; }
+
+private:
+    const char* failed_;
+    bool is_new_ = true;
+};
+
+/// "<title>, press Esc to quit<end>", or "<title><end>" when there is nothing to quit or the
+/// prompts are switched off.
+void print_live_title(const std::string& title, const char* end, bool continuous);
+
+/// "Press Esc to quit<end>", or nothing.
+void print_quit_prompt(const char* end, bool continuous);
+
+/// The loop behind run_live_display.
+void run_live_loop(const LiveDisplay& display, LiveFields& fields,
+                   const std::function<void()>& labels, const std::function<Reading()>& read,
+                   const std::function<void()>& draw);
+
+/// Runs a display whose readings are `Values`. `labels` gets the LiveFields; the row in which it
+/// leaves the cursor is the display's last one. `read` fills a zeroed Values and returns a Reading;
+/// `draw` shows the latest good one.
+template <class Values, class Labels, class Read, class Draw>
+void run_live_display(const LiveDisplay& display, Labels labels, Read read, Draw draw)
+{
+    Values fresh{};
+    Values latest{};
+    LiveFields fields{.continuous = display.continuous, .rates = {}, .key_echo = {}};
+    run_live_loop(
+        display, fields, [&] { labels(fields); },
+        [&] {
+            fresh = Values{};
+            const Reading reading = read(fresh);
+            if (reading.is_new())
+                latest = fresh;
+            return reading;
+        },
+        [&] { draw(static_cast<const Values&>(latest)); });
+}

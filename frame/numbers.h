@@ -1,0 +1,39 @@
+/// Readers of what the user typed: numbers and module addresses.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+enum class NumberResult {
+    read = 0,
+    empty = -1,
+    no_number = -2,
+};
+
+/// An integer in decimal, or in hexadecimal or binary with "h" or "b" (lower case) behind it.
+/// Leading blanks and a sign are accepted. Nothing may follow. A number beyond the range becomes
+/// the nearest that fits; a negative one wraps round, as unsigned numbers do.
+[[nodiscard]] NumberResult read_unsigned(std::string_view text, std::uint32_t& value);
+
+/// The same for signed numbers; what is beyond the range becomes its end.
+[[nodiscard]] NumberResult read_signed(std::string_view text, std::int32_t& value);
+
+/// A real number at the start of the text; what follows it is ignored. False when there is none,
+/// and for what is no finite number.
+[[nodiscard]] bool read_real(const char* text, double& value);
+
+/// A decimal 16-bit number at the start of the text; what follows it is ignored, of a longer
+/// number the low 16 bits remain. False when there is none.
+[[nodiscard]] bool read_port_number(std::string_view text, std::uint16_t& value);
+
+// ---- Module addresses ----
+
+inline constexpr unsigned highest_slot = 3;
+inline constexpr unsigned base_unit = 128; ///< the controller's own base unit
+inline constexpr unsigned all_modules = 255;
+inline constexpr char base_unit_character = '_';
+inline constexpr char all_modules_character = '*';
+inline constexpr int invalid_address = -1;
+
+/// A module address: "*" alone is all modules, "_" alone the base unit, else the number of a slot.
+[[nodiscard]] int read_address(std::string_view text);

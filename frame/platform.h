@@ -1,0 +1,92 @@
+/// The operating system as the program needs it: time, the terminal, signals. The tests link a
+/// virtual platform instead, whose clock moves only when somebody sleeps or waits.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace platform
+{
+
+/// Takes the process over: notes how the terminal stands and watches the signals that ask the
+/// program to end, to stop or to look at the window size. Called once, at the very start.
+void start();
+
+/// Gives the terminal back as start() found it. Safe to call at any time and more than once.
+void restore_terminal();
+
+// ---- Time ----
+
+/// Milliseconds of a clock that only ever goes forward; its zero means nothing.
+std::int64_t tick_ms();
+
+struct LocalTime {
+    int year, month, day;     ///< 2026, 1..12, 1..31
+    int weekday;              ///< 0 = Sunday
+    int hour, minute, second; ///< 24-hour clock
+    int millisecond;
+};
+
+/// The wall clock in the local time zone.
+LocalTime local_time();
+
+/// Sleeps; a request to end the program cuts the sleep short.
+void sleep_ms(std::int64_t milliseconds);
+
+// ---- Output ----
+
+/// True when standard output understands cursor movement and colours.
+bool output_is_terminal();
+
+struct WindowSize {
+    int columns;
+    int rows;
+};
+
+/// The terminal's present size; 80x25 when it does not tell.
+WindowSize window_size();
+
+enum class WindowChange {
+    none,
+    resized, ///< the window has another size
+    resumed, ///< the program was stopped and continued: the screen holds somebody else's text
+};
+
+/// What happened to the window since the last call.
+WindowChange take_window_change();
+
+/// Writes all bytes to standard output. False when nobody can receive them any more; a request to
+/// end the program has then been made.
+bool write_output(std::string_view bytes);
+
+// ---- Input ----
+
+bool input_is_terminal();
+
+/// Single keys without echo from now on, when standard input is a terminal.
+void start_raw_input();
+
+enum class InputResult {
+    bytes,   ///< something was read
+    nothing, ///< the time is up, or a signal came in between
+    ended,   ///< there will never be anything again
+};
+
+/// Reads at most `size` waiting bytes into `buffer` and tells their number in `count`. Waits up to
+/// `timeout_ms` for the first one: 0 = not at all, negative = as long as it takes.
+InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& count,
+                       std::int64_t timeout_ms);
+
+/// Drops what was typed ahead and not read yet.
+void drop_input();
+
+// ---- The outside ----
+
+/// The number of the signal that asks the program to end, 0 while there is none.
+int stop_signal();
+
+/// Value of an environment variable, null when it is not set.
+const char* environment(const char* name);
+
+} // namespace platform

@@ -1,0 +1,304 @@
+#include "frame/platform.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/time.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace platform
+{
+
+namespace
+{
+
+volatile std::sig_atomic_t requested_stop = 0;
+volatile std::sig_atomic_t window_resized = 0;
+volatile std::sig_atomic_t program_resumed = 0;
+
+// Read by the signal handlers: written before they are installed, or with a single store.
+termios original_modes;
+termios raw_modes;
+volatile std::sig_atomic_t have_original_modes = 0;
+volatile std::sig_atomic_t raw_input_active = 0;
+volatile std::sig_atomic_t screen_in_use = 0;
+
+constexpr char neutral_screen[] = "\033[0m\033[?25h"; // no colour, cursor visible
+
+/// Only calls what a signal handler may call.
+void hand_terminal_back()
+{
+    if (screen_in_use != 0) {
+        screen_in_use = 0;
+        (void)!write(STDOUT_FILENO, neutral_screen, sizeof neutral_screen - 1);
+    }
+    if (raw_input_active != 0) {
+        raw_input_active = 0;
+        tcsetattr(STDIN_FILENO, TCSANOW, &original_modes);
+    }
+}
+
+void on_stop_request(int signal_number)
+{
+    const int saved_errno = errno;
+    if (requested_stop != 0) {
+        // A closing terminal hangs up twice: once by the system, once by the shell.
+        if (requested_stop == SIGHUP && signal_number == SIGHUP)
+            return;
+        hand_terminal_back();
+        _exit(128 + signal_number);
+    }
+    requested_stop = signal_number;
+    errno = saved_errno;
+}
+
+void on_window_change(int)
+{
+    window_resized = 1;
+}
+
+/// Ctrl-Z: the shell gets a clean terminal, the program its own one back when it goes on.
+void on_terminal_stop(int)
+{
+    const int saved_errno = errno;
+    const bool was_raw = raw_input_active != 0;
+    const bool used_screen = screen_in_use != 0;
+    hand_terminal_back();
+    raise(SIGSTOP);
+    if (was_raw && tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
+        raw_input_active = 1;
+    if (used_screen) {
+        screen_in_use = 1;
+        program_resumed = 1;
+    }
+    errno = saved_errno;
+}
+
+/// The last thing that a crash does: the terminal must not stay behind unusable.
+void on_crash(int signal_number)
+{
+    hand_terminal_back();
+    std::signal(signal_number, SIG_DFL);
+    raise(signal_number);
+}
+
+void watch(int signal_number, void (*handler)(int), bool only_default = false)
+{
+    struct sigaction action = {};
+    if (sigaction(signal_number, nullptr, &action) != 0)
+        return;
+    // nohup and the like: what our parent had us ignore stays ignored.
+    if (action.sa_handler == SIG_IGN || (only_default && action.sa_handler != SIG_DFL))
+        return;
+    action = {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal_number, &action, nullptr); // no SA_RESTART: waits must wake up
+}
+
+void request_stop(int signal_number)
+{
+    if (requested_stop == 0)
+        requested_stop = signal_number;
+}
+
+bool signal_is_due()
+{
+    return requested_stop != 0 || window_resized != 0 || program_resumed != 0;
+}
+
+bool stop_is_due()
+{
+    return requested_stop != 0;
+}
+
+/// Waits for input (for nothing but time, with descriptor -1); true when there is some. Returns
+/// early when a signal comes, at once when `is_due` tells of one that has not been dealt with.
+bool wait_for_input(int descriptor, std::int64_t timeout_ms, bool (*is_due)())
+{
+    pollfd entry = {.fd = descriptor, .events = POLLIN, .revents = 0};
+    const nfds_t entries = descriptor < 0 ? 0 : 1;
+    if (timeout_ms == 0)
+        return poll(&entry, entries, 0) > 0;
+    // A signal just before the wait would go unnoticed until its end: the signals are held back
+    // while it is looked for, and let through by the wait itself.
+    sigset_t all, before;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, &before);
+    int result = 0;
+    if (!is_due()) {
+        const timespec time = {.tv_sec = static_cast<time_t>(timeout_ms / 1000),
+                               .tv_nsec = static_cast<long>(timeout_ms % 1000 * 1'000'000)};
+        result = ppoll(&entry, entries, timeout_ms < 0 ? nullptr : &time, &before);
+    }
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    return result > 0;
+}
+
+} // namespace
+
+void start()
+{
+    if (isatty(STDIN_FILENO) != 0 && tcgetattr(STDIN_FILENO, &original_modes) == 0) {
+        raw_modes = original_modes;
+        // Signals stay on the keyboard (ISIG) and output processing stays as it is.
+        raw_modes.c_iflag &= ~static_cast<tcflag_t>(ICRNL | INLCR | IGNCR | IXON | ISTRIP);
+        raw_modes.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ECHONL | IEXTEN);
+        raw_modes.c_cc[VMIN] = 1;
+        raw_modes.c_cc[VTIME] = 0;
+        have_original_modes = 1;
+    }
+    for (const int signal_number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+        watch(signal_number, on_stop_request);
+    watch(SIGWINCH, on_window_change);
+    watch(SIGTSTP, on_terminal_stop);
+    for (const int signal_number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
+        watch(signal_number, on_crash, true);
+    std::signal(SIGPIPE, SIG_IGN); // a closed pipe is told by the write
+    std::atexit(restore_terminal); // also when the device library ends the process
+}
+
+void restore_terminal()
+{
+    hand_terminal_back();
+}
+
+std::int64_t tick_ms()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
+}
+
+LocalTime local_time()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    std::tm local = {};
+    localtime_r(&now.tv_sec, &local);
+    return {.year = local.tm_year + 1900,
+            .month = local.tm_mon + 1,
+            .day = local.tm_mday,
+            .weekday = local.tm_wday,
+            .hour = local.tm_hour,
+            .minute = local.tm_min,
+            .second = local.tm_sec,
+            .millisecond = static_cast<int>(now.tv_nsec / 1'000'000)};
+}
+
+void sleep_ms(std::int64_t milliseconds)
+{
+    const std::int64_t end = tick_ms() + milliseconds;
+    for (std::int64_t left = milliseconds; left > 0 && !stop_is_due(); left = end - tick_ms())
+        wait_for_input(-1, left, stop_is_due);
+}
+
+bool output_is_terminal()
+{
+    static const bool answer = [] {
+        const char* type = std::getenv("TERM");
+        return isatty(STDOUT_FILENO) != 0 && type != nullptr && *type != '\0' &&
+               std::strcmp(type, "dumb") != 0;
+    }();
+    return answer;
+}
+
+WindowSize window_size()
+{
+    winsize size = {};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0)
+        return {.columns = 80, .rows = 25};
+    return {.columns = size.ws_col, .rows = size.ws_row};
+}
+
+WindowChange take_window_change()
+{
+    if (program_resumed != 0) {
+        program_resumed = 0;
+        window_resized = 0;
+        return WindowChange::resumed;
+    }
+    if (window_resized != 0) {
+        window_resized = 0;
+        return WindowChange::resized;
+    }
+    return WindowChange::none;
+}
+
+bool write_output(std::string_view bytes)
+{
+    if (output_is_terminal())
+        screen_in_use = 1;
+    while (!bytes.empty()) {
+        const ssize_t written = write(STDOUT_FILENO, bytes.data(), bytes.size());
+        if (written >= 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+            continue;
+        }
+        if (errno == EINTR)
+            continue;
+        if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            pollfd entry = {.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+            poll(&entry, 1, 1000);
+            continue;
+        }
+        request_stop(errno == EIO ? SIGHUP : SIGPIPE);
+        return false;
+    }
+    return true;
+}
+
+bool input_is_terminal()
+{
+    return have_original_modes != 0;
+}
+
+void start_raw_input()
+{
+    if (have_original_modes != 0 && raw_input_active == 0 &&
+        tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
+        raw_input_active = 1;
+}
+
+InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& count,
+                       std::int64_t timeout_ms)
+{
+    count = 0;
+    if (!wait_for_input(STDIN_FILENO, timeout_ms, signal_is_due))
+        return InputResult::nothing;
+    const ssize_t got = read(STDIN_FILENO, buffer, size);
+    if (got > 0) {
+        count = static_cast<std::size_t>(got);
+        return InputResult::bytes;
+    }
+    if (got < 0 && (errno == EINTR || errno == EAGAIN))
+        return InputResult::nothing;
+    // A terminal that has no more input has gone.
+    if (have_original_modes != 0)
+        request_stop(SIGHUP);
+    return InputResult::ended;
+}
+
+void drop_input()
+{
+    if (have_original_modes != 0)
+        tcflush(STDIN_FILENO, TCIFLUSH);
+}
+
+int stop_signal()
+{
+    return requested_stop;
+}
+
+const char* environment(const char* name)
+{
+    return std::getenv(name);
+}
+
+} // namespace platform

@@ -1,0 +1,3 @@
+#include "frame/program.h"
+
+Program program;

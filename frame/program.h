@@ -1,0 +1,20 @@
+/// The program-wide state: one struct, one instance, set up by the entry and read everywhere.
+#pragma once
+
+#include <cstdint>
+
+/// Data rate that the switch for it sets when no rate is given, in baud.
+inline constexpr std::uint32_t default_data_rate = 230400;
+
+/// What every command may look at. Only the entry, the general switches and the session write it.
+struct Program {
+    bool run = true;    ///< cleared by "terminate" and by a session that could not be opened
+    bool quiet = false; ///< drops the prompts that tell how to quit, and some success lines
+    bool debug = false; ///< turns the progress lines on that precede library calls
+    bool help = false;  ///< the usage text is wanted at the end
+    bool port_open = false;
+    std::uint16_t port = 0;         ///< COM port number as typed; checked when the port is opened
+    std::uint32_t data_rate = 9600; ///< in baud
+};
+
+extern Program program;
