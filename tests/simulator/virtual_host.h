@@ -1,0 +1,29 @@
+/// The computer that the simulator finds in a test: the clock of virtual_time, environment variables
+/// and files that exist only here. Another process may be said to hold a lock.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace virtual_host
+{
+
+struct Computer {
+    /// No state file and no scenario unless a test names one.
+    std::map<std::string, std::string> environment{{"KOV_SIMULATOR_STATE", "none"}};
+    std::map<std::string, std::string> files; ///< those of the disk can be read, too
+    std::map<std::string, std::int64_t> foreign_locks; ///< by file, the process that holds it
+    std::string own_lock;
+    bool disk_full = false;
+    unsigned durable_writes = 0;
+    unsigned writes = 0;
+    std::int64_t wall_clock_step_us = 0; ///< by how much somebody set the clock
+};
+
+Computer& computer();
+
+/// A fresh computer; the clock is left to virtual_time.
+void reset();
+
+} // namespace virtual_host
