@@ -116,8 +116,7 @@ std::int32_t COM_KOV_CTRL_GetHousekeeping(double* voltage24, double* voltage5, d
             const Readings& mean = instrument.physical.readings;
             const std::int64_t sample =
                 measurement_number(instrument, controller, controller_housekeeping);
-            *voltage24 =
-                with_noise(instrument, main_supply(instrument), 0.05, channel_24, sample);
+            *voltage24 = with_noise(instrument, main_supply(instrument), 0.05, channel_24, sample);
             *voltage5 = with_noise(instrument, mean.voltage5, 0.01, channel_5, sample);
             *voltage33 = with_noise(instrument, mean.voltage33, 0.005, channel_33, sample);
             *temperatureCPU =
@@ -134,7 +133,8 @@ std::int32_t COM_KOV_CTRL_GetCPUdata(double* load, double* frequency)
         [&](Instrument& instrument) {
             const std::int64_t sample =
                 measurement_number(instrument, controller, controller_housekeeping);
-            *load = with_noise(instrument, instrument.physical.cpu_load, 0.02, channel_load, sample);
+            *load =
+                with_noise(instrument, instrument.physical.cpu_load, 0.02, channel_load, sample);
             *frequency = instrument.physical.cpu_frequency;
         },
         load, frequency);

@@ -88,8 +88,8 @@ std::int32_t COM_KOV_CTRL_GetHeatCtrlOutputVoltage(double* voltage)
         [&](Instrument& instrument) {
             const Heater& heater = instrument.heater;
             const HeaterModel& model = instrument.physical.heater;
-            *voltage = heater.controlling ? heater.heater_voltage + heater.current * model.wires
-                                          : -1.0;
+            *voltage =
+                heater.controlling ? heater.heater_voltage + heater.current * model.wires : -1.0;
         },
         voltage);
 }

@@ -299,9 +299,8 @@ std::int32_t COM_KOV_CTRL_GetModuleActivationState(std::uint32_t address, std::u
     return call_unit<"GetModuleActivationState">(
         address,
         [&](Instrument& instrument, unsigned unit) {
-            *state = unit == base_unit
-                         ? instrument.base_activated
-                         : current_config(instrument)[activation_field(unit)] != 0;
+            *state = unit == base_unit ? instrument.base_activated
+                                       : current_config(instrument)[activation_field(unit)] != 0;
         },
         state);
 }

@@ -153,11 +153,10 @@ std::int32_t COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(std::uint32_t address, 
         address, voltage);
 }
 
-std::int32_t COM_KOV_CTRL_GetHVsupplyParamsPWM(std::uint32_t address, double* period,
-                                               double* width, double* phaseMeasured,
-                                               double* phaseSet, double* voltageSet,
-                                               double* voltageMeasured, std::uint8_t* active,
-                                               std::uint8_t* dataReady)
+std::int32_t COM_KOV_CTRL_GetHVsupplyParamsPWM(std::uint32_t address, double* period, double* width,
+                                               double* phaseMeasured, double* phaseSet,
+                                               double* voltageSet, double* voltageMeasured,
+                                               std::uint8_t* active, std::uint8_t* dataReady)
 {
     return call_supply<"GetHVsupplyParamsPWM">(
         address,

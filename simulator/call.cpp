@@ -99,8 +99,8 @@ void record(const FunctionInfo& function, std::string outputs, std::int32_t stat
 
 void call_conditions_changed()
 {
-    call_is_plain = port_is_open() && answer_time_us == 0 && !injections_wait() &&
-                    !lines_wait() && !recorded();
+    call_is_plain =
+        port_is_open() && answer_time_us == 0 && !injections_wait() && !lines_wait() && !recorded();
 }
 
 void set_latency_us(std::int64_t microseconds)
@@ -151,7 +151,7 @@ Failure begin(std::size_t index, std::span<const Argument> arguments)
     if (lines_wait())
         apply_due_lines();
     const FunctionInfo& function = functions[index];
-    if (recorded())
+    if (recorded() || index == find_function("OpenDebugFile")) // the first line of a trace
         noted_inputs = shown_inputs(function, arguments);
     const std::uint32_t key = key_of(function, arguments);
     std::string text;
@@ -184,11 +184,11 @@ std::int32_t end(std::size_t index, std::span<const Argument> arguments, Failure
         failure = save_changes();
     if (failure == Failure::none)
         for (const ForcedResult& forced : take_replies(index, key_of(function, arguments)))
-            write_value(*forced.value, function.parameters[forced.parameter],
-                        arguments[forced.parameter].target,
-                        element_count(function.parameters[forced.parameter],
-                                      arguments[forced.parameter]),
-                        forced.element);
+            write_value(
+                *forced.value, function.parameters[forced.parameter],
+                arguments[forced.parameter].target,
+                element_count(function.parameters[forced.parameter], arguments[forced.parameter]),
+                forced.element);
     std::int32_t status = 0;
     if (failure != Failure::none)
         status = function.reach == Reach::report ? -1 : report_failure(failure);

@@ -152,7 +152,7 @@ std::int32_t call(const Body& body, Parameters... parameters)
     static_assert(function != no_function, "the table has no such function");
     static_assert(call_steps::match<Parameters...>(functions[function]),
                   "the parameters differ from the function's row in the table");
-    if (call_is_plain) {
+    if (functions[function].reach == Reach::device && call_is_plain) {
         Instrument& instrument = instrument_now();
         const Failure failure = call_steps::run(body, instrument);
         if (failure == Failure::none && !instrument.changed) [[likely]]

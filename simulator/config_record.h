@@ -25,19 +25,34 @@ inline constexpr std::size_t temperature = 11;    ///< 32 bits
 inline constexpr std::size_t heater_active = 15;
 
 /// Of HV-supply n = 0..2.
-constexpr std::size_t target(unsigned supply) { return 17 + 12 * supply; }   ///< 32 bits, signed
-constexpr std::size_t max_step(unsigned supply) { return 21 + 12 * supply; } ///< 32 bits
-constexpr std::size_t negative(unsigned supply) { return 25 + 12 * supply; }
-constexpr std::size_t high_range(unsigned supply) { return 26 + 12 * supply; }
-constexpr std::size_t supply_active(unsigned supply) { return 27 + 12 * supply; }
+constexpr std::size_t target(unsigned supply)
+{
+    return 17 + 12 * supply;
+} ///< 32 bits, signed
+constexpr std::size_t max_step(unsigned supply)
+{
+    return 21 + 12 * supply;
+} ///< 32 bits
+constexpr std::size_t negative(unsigned supply)
+{
+    return 25 + 12 * supply;
+}
+constexpr std::size_t high_range(unsigned supply)
+{
+    return 26 + 12 * supply;
+}
+constexpr std::size_t supply_active(unsigned supply)
+{
+    return 27 + 12 * supply;
+}
 } // namespace field
 
 /// Units of the raw values.
-inline constexpr double volt_unit = 1024e-6;           ///< heater voltage limit, V
-inline constexpr double ampere_unit = 1024e-6;         ///< heater current limit, A
-inline constexpr double watt_unit = 1073741824e-12;    ///< heater power limit, W
-inline constexpr double zero_celsius_mk = 273150;      ///< heater temperature, mK
-inline constexpr double millivolt = 1e-3;              ///< HV-supplies, V
+inline constexpr double volt_unit = 1024e-6;        ///< heater voltage limit, V
+inline constexpr double ampere_unit = 1024e-6;      ///< heater current limit, A
+inline constexpr double watt_unit = 1073741824e-12; ///< heater power limit, W
+inline constexpr double zero_celsius_mk = 273150;   ///< heater temperature, mK
+inline constexpr double millivolt = 1e-3;           ///< HV-supplies, V
 
 /// Reads or writes an unsigned field of `bytes` bytes.
 [[nodiscard]] inline std::uint32_t get_field(ConstConfigBytes config, std::size_t place,

@@ -11,22 +11,13 @@ namespace
 {
 
 constexpr const char* io_state_texts[] = {
-    "no error",
-    "port not open",
-    "port already open",
-    "port not available",
-    "time-out",
-    "request refused",
-    "file error",
+    "no error", "port not open",   "port already open", "port not available",
+    "time-out", "request refused", "file error",
 };
 
 constexpr const char* comm_error_texts[] = {
-    "no error",
-    "receive time-out",
-    "access denied",
-    "device does not exist",
-    "framing error",
-    "receive buffer overrun",
+    "no error",      "receive time-out",       "access denied", "device does not exist",
+    "framing error", "receive buffer overrun",
 };
 
 struct FailureText {

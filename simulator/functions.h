@@ -20,8 +20,8 @@ struct Parameter {
     std::string_view name;
     Kind kind = Kind::none;
     Way way = Way::out;
-    bool hexadecimal = false;   ///< how the trace shows it
-    std::uint16_t count = 1;    ///< elements of an array, bytes of a text buffer; 0 = as many as asked
+    bool hexadecimal = false; ///< how the trace shows it
+    std::uint16_t count = 1; ///< elements of an array, bytes of a text buffer; 0 = as many as asked
 };
 
 enum class Returns : std::uint8_t { status, version, text };

@@ -195,7 +195,8 @@ Locking lock(const std::string& path, std::int64_t& holder, std::string& problem
         problem = reason();
         return Locking::failed;
     }
-    struct flock region {};
+    struct flock region {
+    };
     region.l_type = F_WRLCK;
     region.l_whence = SEEK_SET;
     if (fcntl(file, F_SETLK, &region) == 0) {

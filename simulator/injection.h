@@ -22,10 +22,10 @@ struct Fault {
     enum class When : std::uint8_t { always, at, every, between };
     Calls calls;
     When when = When::always;
-    std::uint32_t number = 0;  ///< at, every: counted from when the fault was set
-    std::int64_t from_us = 0;  ///< between: on the monotonic clock
+    std::uint32_t number = 0; ///< at, every: counted from when the fault was set
+    std::int64_t from_us = 0; ///< between: on the monotonic clock
     std::int64_t until_us = 0;
-    std::string text;          ///< the error text; empty = the usual one
+    std::string text; ///< the error text; empty = the usual one
     std::uint32_t seen = 0;
 };
 
@@ -39,8 +39,8 @@ struct Block {
 struct Reply {
     Calls calls;
     std::size_t parameter = 0;
-    std::int64_t element = -1;  ///< of an array; -1 = all
-    std::vector<Value> values;  ///< of successive calls; the last one stays
+    std::int64_t element = -1; ///< of an array; -1 = all
+    std::vector<Value> values; ///< of successive calls; the last one stays
     std::size_t next = 0;
 };
 

@@ -78,7 +78,8 @@ void advance(Instrument& moved, std::int64_t now_us)
         return;
     }
     if (now_us - moved.next_step_us > longest_absence_us)
-        moved.next_step_us += (now_us - moved.next_step_us - longest_absence_us) / step_us * step_us;
+        moved.next_step_us +=
+            (now_us - moved.next_step_us - longest_absence_us) / step_us * step_us;
     for (; moved.next_step_us <= now_us; moved.next_step_us += step_us) {
         const std::int64_t age_us = moved.next_step_us - moved.origin_us;
         const Periods& periods = moved.physical.periods;
@@ -132,9 +133,9 @@ void refresh_presence(Instrument& looked)
 void scan(Instrument& looked, unsigned unit)
 {
     const Unit& found = looked.physical.units[unit];
-    looked.scanned[unit] = found.present == 1
-                               ? Scanned{found.identity.product_number, found.identity.hardware_type}
-                               : Scanned{};
+    looked.scanned[unit] =
+        found.present == 1 ? Scanned{found.identity.product_number, found.identity.hardware_type}
+                           : Scanned{};
 }
 
 std::span<std::uint8_t, config_size> current_config(Instrument& asked)

@@ -15,11 +15,11 @@
 namespace simulator
 {
 
-inline constexpr unsigned slot_count = 4;    ///< slot 0 the heat-controller, 1..3 the HV-supplies
-inline constexpr unsigned base_unit = 4;     ///< position of the base unit behind the slots
-inline constexpr unsigned unit_count = 5;    ///< the slots and the base unit
-inline constexpr unsigned controller = 5;    ///< position of the controller in tables of clocks
-inline constexpr unsigned supply_count = 3;  ///< HV-supplies; supply n sits in slot n + 1
+inline constexpr unsigned slot_count = 4;   ///< slot 0 the heat-controller, 1..3 the HV-supplies
+inline constexpr unsigned base_unit = 4;    ///< position of the base unit behind the slots
+inline constexpr unsigned unit_count = 5;   ///< the slots and the base unit
+inline constexpr unsigned controller = 5;   ///< position of the controller in tables of clocks
+inline constexpr unsigned supply_count = 3; ///< HV-supplies; supply n sits in slot n + 1
 
 inline constexpr std::uint32_t base_address = 128;
 
@@ -102,10 +102,10 @@ struct Periods {
 
 struct Fan {
     bool failed = false;
-    bool switched_on = true;             ///< the slide switch
-    std::optional<double> forced_set;    ///< rpm
-    std::optional<double> forced_speed;  ///< rpm
-    std::optional<double> forced_pwm;    ///< fraction
+    bool switched_on = true;            ///< the slide switch
+    std::optional<double> forced_set;   ///< rpm
+    std::optional<double> forced_speed; ///< rpm
+    std::optional<double> forced_pwm;   ///< fraction
 };
 
 /// What a tester can change of the world around and inside the instrument.
@@ -119,7 +119,7 @@ struct Physical {
     std::array<SupplyModel, supply_count> supplies{};
     Periods periods;
     Fan fan;
-    double cpu_load = 0.12;     ///< of the controller, as a fraction
+    double cpu_load = 0.12;      ///< of the controller, as a fraction
     double cpu_frequency = 72e6; ///< Hz
     bool ac_input = true;
     bool dc_output = true;
@@ -164,10 +164,10 @@ struct Monitoring {
 struct Heater {
     double temperature = 25.0;
     bool controlling = false;
-    double demand = -1;       ///< W that the controller asks for; negative = off
+    double demand = -1; ///< W that the controller asks for; negative = off
     double heater_voltage = 0;
     double current = 0;
-    Monitoring sample;        ///< the last measurement
+    Monitoring sample; ///< the last measurement
 };
 
 struct Supply {

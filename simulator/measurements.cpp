@@ -11,8 +11,8 @@ std::int64_t period_us(const Instrument& instrument, unsigned unit, unsigned kin
     const Periods& periods = instrument.physical.periods;
     if (unit == controller)
         return kind == controller_housekeeping ? periods.housekeeping
-               : kind == controller_fan      ? periods.fan
-                                             : 0;
+               : kind == controller_fan        ? periods.fan
+                                               : 0;
     if (!works(instrument, unit))
         return 0;
     switch (kind) {

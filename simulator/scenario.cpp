@@ -178,8 +178,7 @@ bool block_line(const Words& words, bool really, std::string& problem)
     }
     if (!is(words, next, "for"))
         return wrong(problem, "'for' and a time are missing");
-    if (!read_time(words, next + 1, block.wait_us, problem) ||
-        !read_end(words, next + 2, problem))
+    if (!read_time(words, next + 1, block.wait_us, problem) || !read_end(words, next + 2, problem))
         return false;
     if (really)
         add_block(block);
@@ -243,9 +242,10 @@ bool reply_line(const Words& words, bool really, std::string& problem)
         return true;
     }
     const bool direct = function.returns != Returns::status;
-    const Parameter result = function.returns == Returns::text      ? rows::text("text", 0)
-                             : function.returns == Returns::version ? rows::u16("version")
-                                                                    : function.parameters[reply.parameter];
+    const Parameter result = function.returns == Returns::text ? rows::text("text", 0)
+                             : function.returns == Returns::version
+                                 ? rows::u16("version")
+                                 : function.parameters[reply.parameter];
     if (!read_values(words, 2, result, direct, reply.values, problem))
         return false;
     if (really)

@@ -59,8 +59,7 @@ Failure lock_port(std::uint8_t port)
     case host::Locking::failed:
         break;
     }
-    return failed(Failure::state_file,
-                  "cannot lock '" + session.state_path + ".lock': " + problem);
+    return failed(Failure::state_file, "cannot lock '" + session.state_path + ".lock': " + problem);
 }
 
 Failure damaged_state()
@@ -91,8 +90,7 @@ Failure find_instrument()
     std::string problem;
     switch (host::read_file(session.state_path, bytes, problem)) {
     case host::Reading::failed:
-        return failed(Failure::state_file,
-                      "cannot read '" + session.state_path + "': " + problem);
+        return failed(Failure::state_file, "cannot read '" + session.state_path + "': " + problem);
     case host::Reading::missing: {
         Physical physical = std::move(instrument.physical);
         make_new(instrument, wall_us);
@@ -107,8 +105,8 @@ Failure find_instrument()
     find_modules(instrument);
     refresh(instrument);
     // A clock that was set back cannot take the instrument back.
-    session.clock_offset_us =
-        std::max(wall_us, instrument.now_us) - host::monotonic_us();
+    session.clock_offset_us = std::max(wall_us, instrument.now_us) - host::monotonic_us();
+    (void)instrument_now();
     apply_scenario_settings();
     return Failure::none;
 }
@@ -121,8 +119,7 @@ Failure save(bool closing)
     const bool durable = closing || now_us >= session.durable_at_us;
     std::string problem;
     if (!host::replace_file(session.state_path, write_state(the_instrument()), durable, problem))
-        return failed(Failure::state_file,
-                      "cannot write '" + session.state_path + "': " + problem);
+        return failed(Failure::state_file, "cannot write '" + session.state_path + "': " + problem);
     if (durable)
         session.durable_at_us = now_us + durable_every_us;
     return Failure::none;

@@ -13,8 +13,16 @@ namespace
 {
 
 /// What a setting takes; a forced one also takes the word auto, which gives it back.
-enum class Takes : std::uint8_t { real, positive, whole, flag, contact, text, forced_real,
-                                  forced_whole };
+enum class Takes : std::uint8_t {
+    real,
+    positive,
+    whole,
+    flag,
+    contact,
+    text,
+    forced_real,
+    forced_whole
+};
 
 /// A value as its setting gets it: which member counts follows from what the setting takes.
 struct Given {
@@ -260,8 +268,8 @@ const char* read_given(const Word& given_word, const Setting& setting, Given& gi
     given.automatic = setting.takes == Takes::forced_whole && text == "auto";
     if (given.automatic)
         return nullptr;
-    const bool fits = read_integer(text, given.whole) && given.whole >= 0 &&
-                      given.whole <= setting.highest;
+    const bool fits =
+        read_integer(text, given.whole) && given.whole >= 0 && given.whole <= setting.highest;
     return fits ? nullptr : "a whole number in range";
 }
 

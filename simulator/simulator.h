@@ -21,10 +21,10 @@ void reset_for_test();
 
 /// One finished call of the library, as the trace file shows it.
 struct CallRecord {
-    const char* function;  ///< with its prefix: "COM_KOV_CTRL_GetModuleState"
-    std::string inputs;    ///< "1", "128, 1", "\"text\""; empty when there are none
-    std::string outputs;   ///< "state=C100h"; empty after a failure
-    std::int32_t status;   ///< 0 = success; 0 also for functions without a status
+    const char* function; ///< with its prefix: "COM_KOV_CTRL_GetModuleState"
+    std::string inputs;   ///< "1", "128, 1", "\"text\""; empty when there are none
+    std::string outputs;  ///< "state=C100h"; empty after a failure
+    std::int32_t status;  ///< 0 = success; 0 also for functions without a status
 };
 
 /// Has `observer` called at the end of every library call; an empty one ends it.

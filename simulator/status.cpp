@@ -196,8 +196,8 @@ void refresh(Instrument& instrument)
     status.fan_enabled = (override & 1) != 0 ? (override & 2) != 0 : physical.fan.switched_on;
 
     unsigned device = 0;
-    device |= interlocked(status.interlock_results, supply_mask | heater_mask) ? fault_interlock
-                                                                               : 0U;
+    device |=
+        interlocked(status.interlock_results, supply_mask | heater_mask) ? fault_interlock : 0U;
     device |= (status.voltage & 0x37) != 0x37 ? fault_supply : 0U;
     device |= (status.temperature & 0x0F) != 0 ? fault_temperature : 0U;
     device |= physical.fan.failed ? fault_fan : 0U;

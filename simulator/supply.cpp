@@ -37,8 +37,7 @@ bool high_range(const Instrument& instrument, unsigned supply)
 /// Where the output has to go, with its sign.
 double goal(const Instrument& instrument, unsigned supply, const SupplyKind& kind)
 {
-    const double target =
-        std::min(supply_target(current_config(instrument), supply), kind.range);
+    const double target = std::min(supply_target(current_config(instrument), supply), kind.range);
     const bool negative = kind.bipolar ? negative_range(instrument, supply) : !kind.positive;
     return negative ? -target : target;
 }
@@ -80,9 +79,8 @@ void measure_current(Instrument& instrument, unsigned supply)
     const double range = high_range(instrument, supply) ? kind.high_range : kind.low_range;
     const double offset = instrument.physical.noise ? range * 20e-6 : 0.0;
     const double mean = measured.output / model.load + measured.current_error + offset;
-    const double value =
-        with_noise(instrument, mean, range * 5e-6, 64 + supply,
-                   measurement_number(instrument, supply + 1, current));
+    const double value = with_noise(instrument, mean, range * 5e-6, 64 + supply,
+                                    measurement_number(instrument, supply + 1, current));
     measured.current_sample =
         model.forced_current.value_or(rounded(std::clamp(value, -range, range), range * 1e-6));
 }
@@ -90,8 +88,8 @@ void measure_current(Instrument& instrument, unsigned supply)
 void measure_voltage(Instrument& instrument, unsigned supply)
 {
     Supply& measured = instrument.supplies[supply];
-    const double mean = seen_voltage(measured.output, negative_range(instrument, supply)) +
-                        measured.voltage_error;
+    const double mean =
+        seen_voltage(measured.output, negative_range(instrument, supply)) + measured.voltage_error;
     const double value = with_noise(instrument, mean, 0.02, 72 + supply,
                                     measurement_number(instrument, supply + 1, voltage));
     measured.voltage_sample = instrument.physical.supplies[supply].forced_voltage.value_or(
@@ -137,8 +135,8 @@ void set_ranges(Instrument& instrument, unsigned supply, bool negative, bool hig
     Supply& switched = instrument.supplies[supply];
     const ConfigBytes config = current_config(instrument);
     if (negative != negative_range(instrument, supply))
-        switched.voltage_error += seen_voltage(switched.output, !negative) -
-                                  seen_voltage(switched.output, negative);
+        switched.voltage_error +=
+            seen_voltage(switched.output, !negative) - seen_voltage(switched.output, negative);
     config[field::negative(supply)] = negative;
     const SupplyKind kind = kind_of(instrument, supply);
     if (high != high_range(instrument, supply))
@@ -156,12 +154,8 @@ PulseWidth pulse_width(const Instrument& instrument, unsigned supply)
     const double width = pwm_period * widest_pulse * share;
     const double phase = (pwm_period - width) / 2;
     const std::int64_t sample = measurement_number(instrument, supply + 1, current);
-    return {pwm_period,
-            width,
-            with_noise(instrument, phase, 5e-9, 80 + supply, sample),
-            phase,
-            set,
-            with_noise(instrument, shown.output, 0.05, 84 + supply, sample)};
+    return {pwm_period, width, with_noise(instrument, phase, 5e-9, 80 + supply, sample),
+            phase,      set,   with_noise(instrument, shown.output, 0.05, 84 + supply, sample)};
 }
 
 } // namespace simulator

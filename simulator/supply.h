@@ -8,7 +8,7 @@ namespace simulator
 
 /// What a supply can do, as its hardware-type word says.
 struct SupplyKind {
-    double range;      ///< V
+    double range; ///< V
     bool bipolar;
     bool positive;     ///< of a unipolar one
     double low_range;  ///< A

@@ -92,8 +92,7 @@ std::int64_t total_uptime_us(const Instrument& instrument, unsigned clock)
 std::int64_t optime_us(const Instrument& instrument, unsigned clock)
 {
     const Clock& shown = instrument.clocks[clock];
-    return shown.operated_us +
-           (shown.operating ? instrument.now_us - shown.operating_since_us : 0);
+    return shown.operated_us + (shown.operating ? instrument.now_us - shown.operating_since_us : 0);
 }
 
 std::int64_t total_optime_us(const Instrument& instrument, unsigned clock)

@@ -1,5 +1,5 @@
-/// The computer that the simulator finds in a test: the clock of virtual_time, environment variables
-/// and files that exist only here. Another process may be said to hold a lock.
+/// The computer that the simulator finds in a test: the clock of virtual_time, environment
+/// variables and files that exist only here. Another process may be said to hold a lock.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ namespace virtual_host
 struct Computer {
     /// No state file and no scenario unless a test names one.
     std::map<std::string, std::string> environment{{"KOV_SIMULATOR_STATE", "none"}};
-    std::map<std::string, std::string> files; ///< those of the disk can be read, too
+    std::map<std::string, std::string> files;          ///< those of the disk can be read, too
     std::map<std::string, std::int64_t> foreign_locks; ///< by file, the process that holds it
     std::string own_lock;
     bool disk_full = false;

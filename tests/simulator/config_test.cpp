@@ -1,0 +1,210 @@
+/// Settings, configuration sets and memory as views of the same bytes.
+#include "tests/simulator/instrument_test.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <functional>
+#include <vector>
+
+namespace
+{
+
+class ConfigTest : public InstrumentTest
+{
+};
+
+ConfigRecord current()
+{
+    return got(COM_KOV_CTRL_GetCurrentConfig);
+}
+
+struct SetterCase {
+    const char* name;
+    std::function<std::int32_t()> set;
+    std::size_t place;
+    std::vector<std::uint8_t> bytes;
+};
+
+std::int32_t set_real(std::int32_t (*setter)(const double*), double value)
+{
+    return setter(&value);
+}
+
+TEST_F(ConfigTest, EverySetterShowsInTheCurrentConfiguration)
+{
+    const SetterCase cases[] = {
+        {"enable", [] { return COM_KOV_CTRL_SetEnable(1); }, 0, {1}},
+        {"HV mask", [] { return COM_KOV_CTRL_SetHVsupplyInterlockEnable(0x101); }, 1, {0xF1}},
+        {"heater mask", [] { return COM_KOV_CTRL_SetHeatCtrlInterlockEnable(0x1A); }, 1, {0xAC}},
+        {"fan", [] { return COM_KOV_CTRL_SetFanSwitchOverride(3); }, 2, {3}},
+        {"voltage",
+         [] { return set_real(COM_KOV_CTRL_SetHeatCtrlVoltageLimit, 10.24); },
+         3,
+         {0x10, 0x27}},
+        {"current",
+         [] { return set_real(COM_KOV_CTRL_SetHeatCtrlCurrentLimit, 2.048); },
+         5,
+         {0xD0, 0x07}},
+        {"power",
+         [] { return set_real(COM_KOV_CTRL_SetHeatCtrlPowerLimit, 50); },
+         7,
+         {0xE6, 0xB5, 0, 0}},
+        {"temperature",
+         [] { return set_real(COM_KOV_CTRL_SetHeatCtrlHeaterTemperature, 120); },
+         11,
+         {0xBE, 0xFF, 0x05, 0}},
+        {"too cold",
+         [] { return set_real(COM_KOV_CTRL_SetHeatCtrlHeaterTemperature, -300); },
+         11,
+         {0, 0, 0, 0}},
+        {"heater", [] { return COM_KOV_CTRL_SetModuleActivationState(0, 7); }, 15, {1}},
+        {"target 2",
+         [] { return COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(2, 100.001); },
+         29,
+         {0xA1, 0x86, 0x01, 0}},
+        {"off 3",
+         [] { return COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(3, -7); },
+         41,
+         {0x18, 0xFC, 0xFF, 0xFF}},
+        {"ranges 1", [] { return COM_KOV_CTRL_SetHVsupplyMeasRanges(1, 9, 0); }, 25, {1, 0}},
+        {"supply 3", [] { return COM_KOV_CTRL_SetModuleActivationState(3, 1); }, 51, {1}},
+    };
+    for (const SetterCase& row : cases) {
+        SetUp();
+        const ConfigRecord before = current();
+        ASSERT_EQ(row.set(), 0) << row.name;
+        const ConfigRecord after = current();
+        for (std::size_t i = 0; i < sizeof after.bytes; ++i) {
+            const bool set = i >= row.place && i < row.place + row.bytes.size();
+            EXPECT_EQ(after.bytes[i], set ? row.bytes[i - row.place] : before.bytes[i])
+                << row.name << ", byte " << i;
+        }
+    }
+}
+
+TEST_F(ConfigTest, CurrentConfigurationActsOnEverything)
+{
+    COM_KOV_CTRL_SetEnable(1);
+    COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(2, 800);
+    COM_KOV_CTRL_SetModuleActivationState(2, 1);
+    const ConfigRecord on = current();
+    const ConfigRecord zero{};
+    ASSERT_EQ(COM_KOV_CTRL_SetCurrentConfig(&zero), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetHeatCtrlInterlockEnable), 0);
+    EXPECT_DOUBLE_EQ(got(COM_KOV_CTRL_GetHeatCtrlHeaterTemperature), -273.15);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 2), 0);
+    ASSERT_EQ(COM_KOV_CTRL_SetCurrentConfig(&on), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 2), 0xC100);
+    wait_seconds(10);
+    std::uint8_t valid = 0;
+    double voltage = 0;
+    ASSERT_EQ(COM_KOV_CTRL_GetHVsupplyOutputVoltage(2, &valid, &voltage), 0);
+    EXPECT_NEAR(voltage, 800, 1e-9);
+}
+
+TEST_F(ConfigTest, SetsAreSavedMarkedNamedAndLoaded)
+{
+    std::uint8_t active = 9, valid = 9;
+    EXPECT_NE(COM_KOV_CTRL_LoadCurrentConfig(1022), 0); // nothing in it
+    COM_KOV_CTRL_SetFanSwitchOverride(3);
+    ASSERT_EQ(COM_KOV_CTRL_SaveCurrentConfig(1022), 0);
+    ASSERT_EQ(COM_KOV_CTRL_GetConfigFlags(1022, &active, &valid), 0);
+    EXPECT_EQ(std::pair(active, valid), std::pair(std::uint8_t{1}, std::uint8_t{1}));
+    COM_KOV_CTRL_SetFanSwitchOverride(0);
+    ASSERT_EQ(COM_KOV_CTRL_LoadCurrentConfig(1022), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetFanSwitchOverride), 3);
+    ASSERT_EQ(COM_KOV_CTRL_SetConfigFlags(1022, 0, 1), 0);
+    std::array<std::uint8_t, 1024> actives{}, valids{};
+    actives[1023] = valids[1023] = 77;
+    ASSERT_EQ(COM_KOV_CTRL_GetConfigList(actives.data(), valids.data()), 0);
+    EXPECT_EQ(actives[1022], 0);
+    EXPECT_EQ(valids[1022], 1);
+    EXPECT_EQ(std::count(valids.begin(), valids.end(), 0), 1022);
+    EXPECT_EQ(actives[1023], 77); // beyond the sets
+    EXPECT_NE(COM_KOV_CTRL_SaveCurrentConfig(1023), 0);
+}
+
+TEST_F(ConfigTest, NameMayFillItsField)
+{
+    const std::string full(250, 'n');
+    char name[204];
+    std::memset(name, '?', sizeof name);
+    ASSERT_EQ(COM_KOV_CTRL_SetConfigName(0, full.c_str()), 0);
+    ASSERT_EQ(COM_KOV_CTRL_GetConfigName(0, name), 0);
+    EXPECT_EQ(std::string(name, 204), full.substr(0, 202) + "??");
+    ASSERT_EQ(COM_KOV_CTRL_SetConfigName(0, "short"), 0);
+    ASSERT_EQ(COM_KOV_CTRL_GetConfigName(0, name), 0);
+    EXPECT_EQ(std::string(name, 202), "short" + std::string(197, '\0'));
+}
+
+std::vector<std::uint8_t> memory_at(std::uint32_t start, std::uint32_t count)
+{
+    std::vector<std::uint8_t> bytes(count);
+    EXPECT_EQ(COM_KOV_CTRL_GetMemoryData(start, count, bytes.data()), 0);
+    return bytes;
+}
+
+TEST_F(ConfigTest, SetsAndSettingsStandInTheMemoryImage)
+{
+    COM_KOV_CTRL_SetEnable(1);
+    COM_KOV_CTRL_SaveCurrentConfig(2);
+    COM_KOV_CTRL_SetConfigName(2, "third");
+    const ConfigRecord config = current();
+    const std::vector<std::uint8_t> settings = memory_at(0, 256);
+    const std::vector<std::uint8_t> set = memory_at(3 * 256, 256);
+    EXPECT_TRUE(std::equal(config.bytes, config.bytes + 53, settings.begin() + 1));
+    EXPECT_TRUE(std::equal(config.bytes, config.bytes + 53, set.begin() + 1));
+    EXPECT_EQ(std::string(set.begin() + 54, set.begin() + 59), "third");
+    EXPECT_NE(set[0], 0);
+    EXPECT_EQ(memory_at(4 * 256, 1)[0], 0);
+}
+
+TEST_F(ConfigTest, WrittenMemoryActsWhenItIsTakenOver)
+{
+    std::vector<std::uint8_t> settings = memory_at(0, 256);
+    settings[1] = 1; // enable
+    ASSERT_EQ(COM_KOV_CTRL_SetMemoryData(0, 256, settings.data()), 0);
+    EXPECT_EQ(memory_at(0, 256), settings);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 0);
+    COM_KOV_CTRL_SaveCurrentConfig(9); // a setting made in between is kept
+    ASSERT_EQ(COM_KOV_CTRL_UpdateMemoryData(), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 0);
+    std::uint8_t active = 0, valid = 0;
+    COM_KOV_CTRL_GetConfigFlags(9, &active, &valid);
+    EXPECT_EQ(valid, 1);
+    settings[1] = 0;
+    ASSERT_EQ(COM_KOV_CTRL_SetMemoryData(0, 256, settings.data()), 0);
+    ASSERT_EQ(COM_KOV_CTRL_Restart(), 0); // forgets what was not taken over
+    EXPECT_EQ(memory_at(1, 1)[0], 1);
+}
+
+TEST_F(ConfigTest, ImageOfWholeBlocksCanBeReadAndWrittenBack)
+{
+    COM_KOV_CTRL_SetEnable(1);
+    COM_KOV_CTRL_SaveCurrentConfig(1022);
+    std::vector<std::uint8_t> image;
+    for (std::uint32_t start = 0; start < 0x40000; start += 224) {
+        const std::vector<std::uint8_t> block = memory_at(start, 224);
+        image.insert(image.end(), block.begin(), block.end());
+    }
+    ASSERT_EQ(image.size(), 0x400A0U);
+    EXPECT_EQ(std::count(image.begin() + 0x40000, image.end(), 0xFF), 0xA0);
+    COM_KOV_CTRL_SetEnable(0);
+    COM_KOV_CTRL_SetConfigFlags(1022, 0, 0);
+    for (std::uint32_t start = 0; start < 0x40000; start += 224)
+        ASSERT_EQ(COM_KOV_CTRL_SetMemoryData(start, 224, &image[start]), 0);
+    ASSERT_EQ(COM_KOV_CTRL_UpdateMemoryData(), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
+    EXPECT_EQ(memory_at(0, 256), std::vector<std::uint8_t>(image.begin(), image.begin() + 256));
+    EXPECT_EQ(
+        memory_at(1023 * 256, 54),
+        std::vector<std::uint8_t>(image.begin() + 1023 * 256, image.begin() + 1023 * 256 + 54));
+    std::uint8_t byte = 0;
+    EXPECT_NE(COM_KOV_CTRL_GetMemoryData(0x400A0, 1, &byte), 0);
+    EXPECT_NE(COM_KOV_CTRL_SetMemoryData(0xFFFF'FFFF, 1, &byte), 0);
+}
+
+} // namespace

@@ -1,0 +1,151 @@
+/// The heater under each of its limits, and what switches it off.
+#include "tests/simulator/instrument_test.h"
+
+#include <cmath>
+#include <functional>
+
+namespace
+{
+
+struct Monitoring {
+    double output = 0, heater = 0, current = 0, temperature = 0;
+};
+
+Monitoring monitoring()
+{
+    Monitoring m;
+    std::uint8_t ready = 0;
+    EXPECT_EQ(COM_KOV_CTRL_GetHeatCtrlMonitoring(&ready, &m.output, &m.heater, &m.current,
+                                                 &m.temperature),
+              0);
+    return m;
+}
+
+class HeaterTest : public InstrumentTest
+{
+protected:
+    static void heat_to(double target)
+    {
+        COM_KOV_CTRL_SetEnable(1);
+        COM_KOV_CTRL_SetHeatCtrlHeaterTemperature(&target);
+        COM_KOV_CTRL_SetModuleActivationState(0, 1);
+    }
+};
+
+struct LimitCase {
+    const char* name;
+    std::int32_t (*set)(const double*);
+    double limit;
+    double (*limited)(const Monitoring&);
+};
+
+TEST_F(HeaterTest, EachLimitInTurnIsTheActiveOne)
+{
+    const LimitCase cases[] = {
+        {"voltage", COM_KOV_CTRL_SetHeatCtrlVoltageLimit, 14,
+         [](const Monitoring& m) { return m.heater; }},
+        {"current", COM_KOV_CTRL_SetHeatCtrlCurrentLimit, 2.5,
+         [](const Monitoring& m) { return m.current; }},
+        {"power", COM_KOV_CTRL_SetHeatCtrlPowerLimit, 35,
+         [](const Monitoring& m) { return m.heater * m.current; }},
+    };
+    for (const LimitCase& row : cases) {
+        SetUp();
+        ASSERT_EQ(row.set(&row.limit), 0);
+        heat_to(80);
+        double last = monitoring().temperature;
+        for (int second = 0; second < 20; ++second) {
+            wait_seconds(1);
+            const Monitoring now = monitoring();
+            EXPECT_NEAR(row.limited(now), row.limit, row.limit * 0.001) << row.name;
+            EXPECT_GT(now.temperature, last) << row.name;
+            last = now.temperature;
+        }
+        wait_seconds(600);
+        EXPECT_NEAR(monitoring().temperature, 80, 0.05) << row.name;
+        EXPECT_LT(row.limited(monitoring()), row.limit * 0.95) << row.name;
+    }
+}
+
+TEST_F(HeaterTest, HardwareLimitsHoldWhateverIsSet)
+{
+    const double huge = 1e9;
+    COM_KOV_CTRL_SetHeatCtrlVoltageLimit(&huge);
+    COM_KOV_CTRL_SetHeatCtrlCurrentLimit(&huge);
+    COM_KOV_CTRL_SetHeatCtrlPowerLimit(&huge);
+    double voltage = 0, current = 0, power = 0, temperature = 0;
+    ASSERT_EQ(COM_KOV_CTRL_GetHeatCtrlHwLimits(&voltage, &current, &power, &temperature), 0);
+    heat_to(5000);
+    for (int second = 0; second < 1500; ++second) {
+        wait_seconds(1);
+        const Monitoring now = monitoring();
+        ASSERT_LE(now.heater, voltage + 1e-9);
+        ASSERT_LE(now.current, current + 1e-9);
+        ASSERT_LE(now.heater * now.current, power + 1e-9);
+        ASSERT_LE(now.temperature, temperature + 0.01);
+    }
+    EXPECT_NEAR(monitoring().temperature, temperature, 0.1);
+}
+
+TEST_F(HeaterTest, WiresTakeTheirShareAndResistanceRises)
+{
+    heat_to(80);
+    wait_seconds(600);
+    const Monitoring hot = monitoring();
+    EXPECT_NEAR((hot.output - hot.heater) / hot.current, 0.15, 1e-9);
+    EXPECT_NEAR(hot.heater / hot.current, 5 * (1 + 0.001 * 55), 1e-4);
+    // 55 degrees above ambient at 2.2 degrees per watt.
+    EXPECT_NEAR(hot.heater * hot.current, 25, 0.05);
+    EXPECT_NEAR(got(COM_KOV_CTRL_GetHeatCtrlHeaterPower), 25, 0.05);
+}
+
+TEST_F(HeaterTest, EverythingThatShouldSwitchItOffDoes)
+{
+    const double off = -1;
+    const std::function<void()> causes[] = {
+        [] { COM_KOV_CTRL_SetEnable(0); },
+        [] { COM_KOV_CTRL_SetModuleActivationState(0, 0); },
+        [&] { COM_KOV_CTRL_SetHeatCtrlHeaterTemperature(&off); },
+        [] { apply("interlock.2 open"); },
+        [] { apply("psu.temperature 60"); },
+        [] { apply("power.dc_output off"); },
+    };
+    for (const auto& cause : causes) {
+        SetUp();
+        heat_to(80);
+        wait_seconds(60);
+        EXPECT_GT(monitoring().current, 1);
+        cause();
+        wait_seconds(0.2);
+        EXPECT_EQ(monitoring().current, 0);
+        EXPECT_LT(got(COM_KOV_CTRL_GetHeatCtrlHeaterPower), 0);
+        EXPECT_LT(got(COM_KOV_CTRL_GetHeatCtrlOutputVoltage), 0);
+        wait_seconds(2000);
+        EXPECT_NEAR(monitoring().temperature, 25, 0.01);
+    }
+}
+
+TEST_F(HeaterTest, CourseDoesNotDependOnHowOftenOneLooks)
+{
+    heat_to(80);
+    for (int i = 0; i < 3000; ++i) {
+        wait_seconds(0.01);
+        monitoring();
+    }
+    const double often = monitoring().temperature;
+    SetUp();
+    heat_to(80);
+    wait_seconds(30);
+    EXPECT_EQ(monitoring().temperature, often);
+}
+
+TEST_F(HeaterTest, ValueThatIsNoNumberIsRefused)
+{
+    const double nan = std::nan("");
+    const double before = got(COM_KOV_CTRL_GetHeatCtrlVoltageLimit);
+    EXPECT_NE(COM_KOV_CTRL_SetHeatCtrlVoltageLimit(&nan), 0);
+    EXPECT_NE(COM_KOV_CTRL_SetHeatCtrlHeaterTemperature(&nan), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetHeatCtrlVoltageLimit), before);
+}
+
+} // namespace

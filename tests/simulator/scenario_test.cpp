@@ -1,0 +1,209 @@
+/// The scenario language: wrong lines, files, the shipped scenarios and the guide's examples.
+#include "tests/simulator/instrument_test.h"
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+
+namespace
+{
+
+class ScenarioTest : public InstrumentTest
+{
+protected:
+    /// A process that starts with this scenario file.
+    static void start_with(const std::string& path)
+    {
+        COM_KOV_CTRL_Close();
+        virtual_host::computer().environment["KOV_SIMULATOR_SCENARIO"] = path;
+        simulator::reset_for_test();
+    }
+
+    static void start_with_lines(const std::string& lines)
+    {
+        virtual_host::computer().files["/lines.txt"] = lines;
+        start_with("/lines.txt");
+    }
+};
+
+struct WrongLine {
+    const char* line;
+    const char* said; ///< part of the problem
+};
+
+TEST_F(ScenarioTest, WrongLinesAreRefusedByTheirWord)
+{
+    const WrongLine cases[] = {
+        {"interlock.middle open", "no setting 'interlock.middle'"},
+        {"interlock.front ajar", "not 'ajar'"},
+        {"slot4.present 1", "no setting 'slot4.present'"},
+        {"slot0.load 5", "no setting 'slot0.load'"},
+        {"base.voltage 5", "no setting 'base.voltage'"},
+        {"psu.temperature warm", "not 'warm'"},
+        {"psu.temperature 5 6", "too much after 'psu.temperature'"},
+        {"psu.temperature", "a value is missing after 'psu.temperature'"},
+        {"slot1.load 0", "a number above 0, not '0'"},
+        {"slot2.present 256", "not '256'"},
+        {"product_id plain", "a text in quotes, not 'plain'"},
+        {"product_id \"open", "no closing quote"},
+        {"product_id \"\\q\"", "wrong escape"},
+        {"firmware_date \"1234567890123\"", "a shorter text"},
+        {"fail GetStat always", "no function 'GetStat'"},
+        {"fail GetState", "is missing"},
+        {"fail GetState sometimes", "'sometimes' is no kind of fault"},
+        {"fail GetState at 0", "not '0'"},
+        {"fail GetState at 1 text oops", "a text in quotes is missing"},
+        {"fail GetState after 5", "'for' and a time"},
+        {"fail GetErrorMessage always", "has no status"},
+        {"block GetState for soon", "not 'soon'"},
+        {"reply GetState 5", "a result is missing in 'GetState'"},
+        {"reply GetState.stat 5", "has no result 'stat'"},
+        {"reply GetState.state[0] 5", "has no result 'state[0]'"},
+        {"reply GetState.state 10000h", "'10000h' is out of range"},
+        {"reply GetState.state nan", "not 'nan'"},
+        {"reply GetState.state", "a value is missing"},
+        {"reply SetEnable.enable 1", "has no result 'enable'"},
+        {"reply GetModulePresence.flags[8] 1", "has no result 'flags[8]'"},
+        {"reply GetFwDate.date \"1234567890123\"", "longer than the buffer"},
+        {"reply GetFwDate.date null", "a text in quotes is expected"},
+        {"after 100 interlock.front ajar", "not 'ajar'"},
+        {"after 100", "a line is missing"},
+    };
+    for (const WrongLine& row : cases) {
+        std::string problem;
+        EXPECT_FALSE(simulator::apply(row.line, problem)) << row.line;
+        EXPECT_NE(problem.find(row.said), std::string::npos) << row.line << ": " << problem;
+    }
+    // and nothing was changed
+    wait_seconds(10);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 1);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetInterlockState), 0xFF0F);
+}
+
+TEST_F(ScenarioTest, WrongLineOfAFileIsToldWhenThePortIsOpened)
+{
+    start_with_lines("# a comment\n\n  psu.temperature 55 # hot\npsu.color red\n");
+    EXPECT_GE(COM_KOV_CTRL_GetSWVersion(), 0x0100);
+    EXPECT_NE(COM_KOV_CTRL_Open(port), 0);
+    EXPECT_STREQ(COM_KOV_CTRL_GetErrorMessage(),
+                 "scenario '/lines.txt', line 4: there is no setting 'psu.color'");
+    start_with("/not/there.txt");
+    EXPECT_NE(COM_KOV_CTRL_Open(port), 0);
+    EXPECT_STREQ(COM_KOV_CTRL_GetErrorMessage(), "there is no scenario file '/not/there.txt'");
+}
+
+TEST_F(ScenarioTest, FileActsBeforeThePortIsOpened)
+{
+    start_with_lines("library_version 0063h\r\nfail Open at 1 text \"cable\"\nlatency 3");
+    EXPECT_EQ(COM_KOV_CTRL_GetSWVersion(), 0x63);
+    EXPECT_NE(COM_KOV_CTRL_Open(port), 0);
+    EXPECT_STREQ(COM_KOV_CTRL_GetErrorMessage(), "cable");
+    EXPECT_EQ(COM_KOV_CTRL_Open(port), 0);
+    got(COM_KOV_CTRL_GetState);
+    EXPECT_EQ(virtual_time::now_us(), 3'000);
+}
+
+TEST_F(ScenarioTest, FileWinsOverTheStateThatWasLeft)
+{
+    virtual_host::computer().environment.clear();
+    start_with_lines("heater.temperature 120\nuptime 5000");
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    COM_KOV_CTRL_Close();
+    wait_seconds(3600);
+    start_with("/lines.txt");
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    std::uint32_t seconds = 0, total = 0;
+    std::uint16_t ms = 0, total_ms = 0;
+    ASSERT_EQ(COM_KOV_CTRL_GetUptimeInt(&seconds, &ms, &total, &total_ms), 0);
+    EXPECT_EQ(seconds, 5000U);
+}
+
+TEST_F(ScenarioTest, LinesWaitForTheirTime)
+{
+    apply("after 2000 interlock.front open");
+    apply("after 4000 interlock.front closed");
+    wait_seconds(1.9);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 1);
+    wait_seconds(0.2);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 0x15);
+    wait_seconds(2);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 1);
+}
+
+/// What each shipped scenario has to show, by file name.
+const std::map<std::string, std::function<void()>> shipped = {
+    {"hot-psu.txt", [] { EXPECT_EQ(got(COM_KOV_CTRL_GetTemperatureState), 0x02); }},
+    {"open-front-interlock.txt",
+     [] {
+         EXPECT_EQ(got(COM_KOV_CTRL_GetState), 1);
+         wait_seconds(11);
+         EXPECT_EQ(got(COM_KOV_CTRL_GetState), 0x15);
+     }},
+    {"empty-slots.txt",
+     [] {
+         std::uint8_t valid = 0, flags[8] = {};
+         std::uint32_t slots = 0;
+         COM_KOV_CTRL_GetModulePresence(&valid, &slots, flags);
+         EXPECT_EQ(flags[0] + flags[1] + flags[2], 1);
+     }},
+    {"changed-modules.txt", [] { EXPECT_EQ(got(COM_KOV_CTRL_GetScannedModuleState), 1); }},
+    {"unknown-device.txt", [] { EXPECT_EQ(got(COM_KOV_CTRL_GetDevType), 0x1234); }},
+    {"old-library.txt", [] { EXPECT_LT(COM_KOV_CTRL_GetSWVersion(), 0x0100); }},
+    {"failing-link.txt",
+     [] {
+         unsigned failures = 0;
+         std::uint16_t state = 0;
+         for (int i = 0; i < 100; ++i)
+             failures += COM_KOV_CTRL_GetState(&state) != 0 ? 1U : 0U;
+         EXPECT_EQ(failures, 10U);
+     }},
+    {"wrong-modules.txt", [] { EXPECT_EQ(got(COM_KOV_CTRL_GetModuleDevType, 0), 2573); }},
+    {"supplies-out-of-tolerance.txt",
+     [] {
+         double v24 = 0, v5 = 0, v33 = 0, cpu = 0, psu = 0;
+         COM_KOV_CTRL_GetHousekeeping(&v24, &v5, &v33, &cpu, &psu);
+         EXPECT_GT(v24, 24 * 1.02);
+         EXPECT_LT(v33, 3.3 * 0.98);
+     }},
+};
+
+TEST_F(ScenarioTest, ShippedScenariosShowWhatTheySay)
+{
+    unsigned files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(SCENARIO_FOLDER)) {
+        ++files;
+        const auto found = shipped.find(entry.path().filename().string());
+        ASSERT_NE(found, shipped.end()) << entry.path();
+        start_with(entry.path().string());
+        ASSERT_EQ(COM_KOV_CTRL_Open(port), 0)
+            << entry.path() << ": " << COM_KOV_CTRL_GetErrorMessage();
+        found->second();
+    }
+    EXPECT_EQ(files, shipped.size());
+}
+
+TEST_F(ScenarioTest, ExamplesOfTheGuideAreRight)
+{
+    std::ifstream guide(GUIDE_FILE);
+    std::string example;
+    unsigned examples = 0;
+    bool inside = false;
+    for (std::string line; std::getline(guide, line);) {
+        if (line == "```scenario") {
+            inside = true;
+            example.clear();
+        } else if (inside && line == "```") {
+            inside = false;
+            ++examples;
+            start_with_lines(example);
+            EXPECT_EQ(COM_KOV_CTRL_Open(port), 0) << COM_KOV_CTRL_GetErrorMessage() << '\n'
+                                                  << example;
+        } else if (inside) {
+            example += line + '\n';
+        }
+    }
+    EXPECT_EQ(examples, 4U);
+}
+
+} // namespace

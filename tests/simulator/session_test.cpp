@@ -1,0 +1,261 @@
+/// Opening and closing, the state file, restart, and the times that transfers take.
+#include "tests/simulator/instrument_test.h"
+
+#include <cstring>
+
+namespace
+{
+
+class SessionTest : public InstrumentTest
+{
+protected:
+    void SetUp() override
+    {
+        InstrumentTest::SetUp();
+        COM_KOV_CTRL_Close();
+        virtual_host::computer().environment.clear(); // keep the state
+    }
+
+    /// As another process would find it: nothing of the running instrument is left.
+    static void start_again()
+    {
+        COM_KOV_CTRL_Close();
+        simulator::reset_for_test();
+    }
+
+    static std::string& state_file() { return virtual_host::computer().files["/state/COM3.state"]; }
+};
+
+std::string last_error()
+{
+    return COM_KOV_CTRL_GetErrorMessage();
+}
+
+std::uint32_t uptime(bool total = false)
+{
+    std::uint32_t seconds = 0, total_seconds = 0;
+    std::uint16_t milliseconds = 0, total_milliseconds = 0;
+    EXPECT_EQ(
+        COM_KOV_CTRL_GetUptimeInt(&seconds, &milliseconds, &total_seconds, &total_milliseconds), 0);
+    return total ? total_seconds : seconds;
+}
+
+TEST_F(SessionTest, NothingButTheLibraryAnswersWithoutAPort)
+{
+    std::uint16_t state = 0;
+    EXPECT_NE(COM_KOV_CTRL_GetState(&state), 0);
+    EXPECT_EQ(last_error(), "the port is not open");
+    EXPECT_NE(COM_KOV_CTRL_Close(), 0);
+    EXPECT_NE(COM_KOV_CTRL_Open(0), 0);
+    EXPECT_EQ(last_error(), "there is no such port");
+    EXPECT_GE(COM_KOV_CTRL_GetSWVersion(), 0x0100);
+    EXPECT_EQ(COM_KOV_CTRL_CloseDebugFile(), 0);
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    EXPECT_NE(COM_KOV_CTRL_Open(port), 0);
+    EXPECT_EQ(last_error(), "the port is already open");
+}
+
+TEST_F(SessionTest, SettingsAndTimesSurviveTheProgram)
+{
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    apply("slot2.present 0");
+    ASSERT_EQ(COM_KOV_CTRL_RescanModules(), 0);
+    ASSERT_EQ(COM_KOV_CTRL_SetScannedModuleState(), 0);
+    ASSERT_EQ(COM_KOV_CTRL_SetEnable(1), 0);
+    ASSERT_EQ(COM_KOV_CTRL_SetModuleActivationState(128, 0), 0);
+    ASSERT_EQ(COM_KOV_CTRL_SaveCurrentConfig(4), 0);
+    ASSERT_EQ(COM_KOV_CTRL_SetConfigName(4, "bake out"), 0);
+    wait_seconds(100);
+    start_again();
+    wait_seconds(50);
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0) << last_error();
+    EXPECT_EQ(uptime(), 150U);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleActivationState, 128), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetScannedModuleState), 1); // the module is back in its slot
+    char name[203] = {};
+    ASSERT_EQ(COM_KOV_CTRL_GetConfigName(4, name), 0);
+    EXPECT_STREQ(name, "bake out");
+}
+
+TEST_F(SessionTest, InterruptedProgramLosesNothing)
+{
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    ASSERT_EQ(COM_KOV_CTRL_SetEnable(1), 0);
+    simulator::reset_for_test(); // no Close
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
+}
+
+TEST_F(SessionTest, HeaterCoolsDownWhileNobodyIsThere)
+{
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    apply("heater.temperature 150");
+    start_again();
+    wait_seconds(24 * 3600);
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    std::uint8_t ready = 0;
+    double output = 0, heater = 0, current = 0, temperature = 0;
+    ASSERT_EQ(COM_KOV_CTRL_GetHeatCtrlMonitoring(&ready, &output, &heater, &current, &temperature),
+              0);
+    EXPECT_NEAR(temperature, 25, 0.001);
+}
+
+TEST_F(SessionTest, ClockThatWasSetBackTakesNothingBack)
+{
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    wait_seconds(1000);
+    start_again();
+    virtual_host::computer().wall_clock_step_us = -3'600'000'000;
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    wait_seconds(5);
+    EXPECT_EQ(uptime(), 1005U);
+}
+
+TEST_F(SessionTest, DamagedStateIsSetAsideNotOverwritten)
+{
+    const auto damage = [](const std::string& text, int kind) {
+        std::string damaged = text;
+        switch (kind) {
+        case 0:
+            return damaged.substr(0, damaged.size() / 2);
+        case 1:
+            damaged[damaged.size() / 2] ^= 1;
+            return damaged;
+        case 2:
+            return std::string("a letter to somebody\n");
+        default:
+            return std::string();
+        }
+    };
+    for (int kind = 0; kind < 4; ++kind) {
+        SetUp();
+        ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+        ASSERT_EQ(COM_KOV_CTRL_SetEnable(1), 0);
+        start_again();
+        const std::string damaged = damage(state_file(), kind);
+        state_file() = damaged;
+        EXPECT_NE(COM_KOV_CTRL_Open(port), 0) << kind;
+        EXPECT_EQ(last_error(), "the state file '/state/COM3.state' was damaged and is now "
+                                "'/state/COM3.state.damaged1'; the next opening starts a new "
+                                "instrument");
+        EXPECT_EQ(virtual_host::computer().files["/state/COM3.state.damaged1"], damaged);
+        EXPECT_EQ(virtual_host::computer().own_lock, "");
+        ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+        EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 0);
+    }
+}
+
+TEST_F(SessionTest, StateThatCannotBeWrittenFailsTheCall)
+{
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    virtual_host::computer().disk_full = true;
+    EXPECT_NE(COM_KOV_CTRL_SetEnable(1), 0);
+    EXPECT_EQ(last_error(), "cannot write '/state/COM3.state': No space left on device");
+}
+
+TEST_F(SessionTest, BurstOfChangesWaitsForTheDiskNowAndThen)
+{
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    const auto& computer = virtual_host::computer();
+    const unsigned writes = computer.writes;
+    const unsigned durable = computer.durable_writes;
+    for (std::uint16_t set = 0; set < 100; ++set) {
+        ASSERT_EQ(COM_KOV_CTRL_SetConfigFlags(set, 1, 1), 0);
+        wait_seconds(0.01);
+    }
+    EXPECT_EQ(computer.writes - writes, 100U);
+    EXPECT_LT(computer.durable_writes - durable, 10U);
+    COM_KOV_CTRL_Close();
+    EXPECT_EQ(computer.writes - writes, 101U); // the last one always waits
+}
+
+TEST_F(SessionTest, PortInUseNamesItsHolder)
+{
+    virtual_host::computer().foreign_locks["/state/COM3.state.lock"] = 4711;
+    EXPECT_NE(COM_KOV_CTRL_Open(port), 0);
+    EXPECT_EQ(last_error(), "COM3 is used by another program, process 4711");
+    EXPECT_EQ(COM_KOV_CTRL_Open(4), 0);
+}
+
+TEST_F(SessionTest, EachPortHasItsInstrument)
+{
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    ASSERT_EQ(COM_KOV_CTRL_SetEnable(1), 0);
+    COM_KOV_CTRL_Close();
+    ASSERT_EQ(COM_KOV_CTRL_Open(4), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 0);
+    COM_KOV_CTRL_Close();
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
+}
+
+TEST_F(SessionTest, RestartStartsTheUptimeAgainAndKeepsTheSettings)
+{
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    ASSERT_EQ(COM_KOV_CTRL_SetEnable(1), 0);
+    wait_seconds(100);
+    const std::int64_t before_us = virtual_time::now_us();
+    ASSERT_EQ(COM_KOV_CTRL_Restart(), 0);
+    EXPECT_GT(virtual_time::now_us(), before_us);
+    wait_seconds(7);
+    EXPECT_EQ(uptime(), 7U);
+    EXPECT_EQ(uptime(true), 107U);
+    std::uint32_t seconds = 0, total = 0;
+    std::uint16_t ms = 0, total_ms = 0;
+    ASSERT_EQ(COM_KOV_CTRL_GetOptimeInt(&seconds, &ms, &total, &total_ms), 0);
+    EXPECT_EQ(seconds, 7U);
+    EXPECT_EQ(total, 107U);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
+}
+
+TEST_F(SessionTest, OperationTimeRunsOnlyWhileTheDeviceIsOn)
+{
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    wait_seconds(10);
+    COM_KOV_CTRL_SetEnable(1);
+    wait_seconds(20);
+    COM_KOV_CTRL_SetEnable(0);
+    wait_seconds(40);
+    std::uint32_t seconds = 0, total = 0;
+    std::uint16_t ms = 0, total_ms = 0;
+    ASSERT_EQ(COM_KOV_CTRL_GetOptimeInt(&seconds, &ms, &total, &total_ms), 0);
+    EXPECT_EQ(seconds, 20U);
+}
+
+TEST_F(SessionTest, DataRateIsTheNearestThatAPortCanDo)
+{
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    const std::uint32_t rates[][2] = {{115'200, 115'200},      {230'400, 230'400},
+                                      {250'000, 230'400},      {9'600, 9'600},
+                                      {700'000, 921'600},      {0, 50},
+                                      {4'000'000'000, 921'600}};
+    for (const auto& [wanted, used] : rates) {
+        std::uint32_t baud = wanted;
+        ASSERT_EQ(COM_KOV_CTRL_SetBaudRate(&baud), 0);
+        EXPECT_EQ(baud, used) << wanted;
+    }
+}
+
+TEST_F(SessionTest, TransfersGrowWithTheLengthAndShrinkWithTheRate)
+{
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    const auto took_us = [](const char* text, std::uint32_t baud) {
+        COM_KOV_CTRL_SetBaudRate(&baud);
+        const std::int64_t start_us = virtual_time::now_us();
+        EXPECT_EQ(COM_KOV_CTRL_Test(text), 0);
+        return virtual_time::now_us() - start_us;
+    };
+    const std::string long_text(62, 'x');
+    EXPECT_EQ(took_us(long_text.c_str(), 9600), 0); // no answer time, no transfer time
+    apply("latency 1");
+    EXPECT_EQ(took_us("", 9600), 1'000 + 2 * 2'083);
+    EXPECT_EQ(took_us(long_text.c_str(), 9600), 1'000 + 2 * 66'666);
+    EXPECT_EQ(took_us(long_text.c_str(), 230'400), 1'000 + 2 * 2'777);
+    EXPECT_EQ(COM_KOV_CTRL_TestModule("x", 2), 0);
+    apply("slot2.present 0");
+    EXPECT_NE(COM_KOV_CTRL_TestModule("x", 2), 0);
+    EXPECT_EQ(last_error(), "no answer from the module in slot 2");
+}
+
+} // namespace

@@ -1,0 +1,199 @@
+/// One state, whichever word is read: what each cause does to words, levels, LEDs and control.
+#include "tests/simulator/instrument_test.h"
+
+#include <array>
+
+namespace
+{
+
+class StatusTest : public InstrumentTest
+{
+};
+
+struct Words {
+    std::uint16_t state;
+    std::uint8_t device;
+    std::uint8_t voltage;
+    std::uint8_t temperature;
+    bool operator==(const Words&) const = default;
+};
+
+void PrintTo(const Words& words, std::ostream* out)
+{
+    *out << std::hex << "state " << words.state << " device " << +words.device << " voltage "
+         << +words.voltage << " temperature " << +words.temperature;
+}
+
+Words words()
+{
+    return {got(COM_KOV_CTRL_GetState), got(COM_KOV_CTRL_GetDeviceState),
+            got(COM_KOV_CTRL_GetVoltageState), got(COM_KOV_CTRL_GetTemperatureState)};
+}
+
+/// Red, green and blue as letters.
+std::string led()
+{
+    std::uint8_t red = 0, green = 0, blue = 0;
+    EXPECT_EQ(COM_KOV_CTRL_GetLEDData(&red, &green, &blue), 0);
+    return std::string(red != 0 ? "R" : "") + (green != 0 ? "G" : "") + (blue != 0 ? "B" : "");
+}
+
+TEST_F(StatusTest, NewInstrumentStandsByAndTurnsOn)
+{
+    EXPECT_EQ(words(), (Words{0x0001, 0x00, 0x37, 0x00}));
+    EXPECT_EQ(led(), "B");
+    COM_KOV_CTRL_SetEnable(1);
+    EXPECT_EQ(words(), (Words{0x0000, 0x00, 0x37, 0x00}));
+    EXPECT_EQ(led(), "G");
+    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 128), 0x8000);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 1), 0x8000);
+}
+
+struct Cause {
+    std::vector<const char*> lines;
+    Words words;
+    bool device_active; ///< with the device enabled
+};
+
+TEST_F(StatusTest, EveryCauseShowsInAllItsWords)
+{
+    const Cause causes[] = {
+        {{"psu.temperature 55"}, {0x14, 0x04, 0x37, 0x02}, false},
+        {{"psu.temperature 50"}, {0x00, 0x00, 0x37, 0x00}, true},
+        {{"cpu.temperature 50.1"}, {0x14, 0x04, 0x37, 0x01}, false},
+        {{"cpu.temperature 4.9"}, {0x13, 0x04, 0x37, 0x04}, false},
+        {{"voltage33 3.0"}, {0x12, 0x02, 0x36, 0x00}, false},
+        {{"voltage5 5.3"}, {0x12, 0x02, 0x35, 0x00}, false},
+        {{"voltage24 nan"}, {0x12, 0x02, 0x33, 0x00}, false},
+        {{"power.dc_output off"}, {0x12, 0x02, 0x13, 0x00}, false},
+        {{"power.ac_input off"}, {0x12, 0x02, 0x03, 0x00}, false},
+        {{"interlock.front open"}, {0x15, 0x01, 0x37, 0x00}, true},
+        {{"interlock.1 noisy"}, {0x15, 0x01, 0x37, 0x00}, true},
+        {{"fan.failed on"}, {0x10, 0x08, 0x37, 0x00}, true},
+        {{"slot3.device_type 56092"}, {0x11, 0x10, 0x37, 0x00}, false},
+        // the most severe first
+        {{"fan.failed on", "interlock.rear open"}, {0x15, 0x09, 0x37, 0x00}, true},
+        {{"interlock.rear open", "psu.temperature 0"}, {0x13, 0x05, 0x37, 0x08}, false},
+        {{"psu.temperature 0", "voltage5 4"}, {0x12, 0x06, 0x35, 0x08}, false},
+        {{"voltage5 4", "cpu.temperature 60"}, {0x14, 0x06, 0x35, 0x01}, false},
+        {{"state.overall 0016h"}, {0x16, 0x00, 0x37, 0x00}, true},
+    };
+    for (const Cause& cause : causes) {
+        SetUp();
+        COM_KOV_CTRL_SetEnable(1);
+        for (const char* const line : cause.lines)
+            apply(line);
+        EXPECT_EQ(words(), cause.words) << cause.lines.back();
+        EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 128), cause.device_active ? 0x8000 : 0)
+            << cause.lines.back();
+        EXPECT_EQ(led(), cause.words.state == 0 ? "G" : "R") << cause.lines.back();
+    }
+}
+
+TEST_F(StatusTest, InterlockStopsTheModulesThatItsMaskNames)
+{
+    const double target = 50;
+    COM_KOV_CTRL_SetEnable(1);
+    COM_KOV_CTRL_SetHeatCtrlHeaterTemperature(&target);
+    COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(1, 100);
+    COM_KOV_CTRL_SetModuleActivationState(0, 1);
+    COM_KOV_CTRL_SetModuleActivationState(1, 1);
+    const auto states = [] {
+        return std::pair(got(COM_KOV_CTRL_GetModuleState, 0), got(COM_KOV_CTRL_GetModuleState, 1));
+    };
+    EXPECT_EQ(states(), std::pair(std::uint16_t{0xC100}, std::uint16_t{0xC100}));
+    COM_KOV_CTRL_SetHeatCtrlInterlockEnable(0x01);
+    COM_KOV_CTRL_SetHVsupplyInterlockEnable(0x04);
+    apply("interlock.1 open");
+    EXPECT_EQ(states(), std::pair(std::uint16_t{0xC000}, std::uint16_t{0xC100}));
+    apply("interlock.1 closed");
+    apply("interlock.front open");
+    EXPECT_EQ(states(), std::pair(std::uint16_t{0xC100}, std::uint16_t{0xC000}));
+    COM_KOV_CTRL_SetHVsupplyInterlockEnable(0);
+    EXPECT_EQ(states(), std::pair(std::uint16_t{0xC100}, std::uint16_t{0xC100}));
+    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 0);
+}
+
+TEST_F(StatusTest, InterlockWordLatchesUntilItIsRead)
+{
+    EXPECT_EQ(got(COM_KOV_CTRL_GetInterlockState), 0xFF0F);
+    apply("interlock.front open");
+    EXPECT_EQ(got(COM_KOV_CTRL_GetInterlockState), 0xAF0B);
+    apply("interlock.front closed");
+    EXPECT_EQ(got(COM_KOV_CTRL_GetInterlockState), 0xBF0F);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetInterlockState), 0xFF0F);
+    apply("interlock.2 open");
+    apply("interlock.1 noisy");
+    EXPECT_EQ(got(COM_KOV_CTRL_GetHeatCtrlIlockState), 0x01);
+    std::uint8_t front = 9, rear = 9, fan = 9;
+    apply("interlock.rear open");
+    ASSERT_EQ(COM_KOV_CTRL_GetInputs(&front, &rear, &fan), 0);
+    EXPECT_EQ(std::tuple(front, rear, fan), std::tuple(1, 0, 1));
+}
+
+TEST_F(StatusTest, FanFollowsSwitchOverrideAndTemperature)
+{
+    struct FanCase {
+        const char* line;
+        std::uint32_t override;
+        std::uint8_t word;
+        std::uint16_t set, measured;
+    };
+    // 32 degrees: 1500 rpm and 100 rpm for each degree above 25.
+    const FanCase cases[] = {
+        {"fan.switch on", 0, 0x0F, 2200, 2200},      {"fan.switch off", 0, 0x05, 0, 0},
+        {"fan.switch off", 3, 0x0D, 2200, 2200},     {"fan.switch on", 1, 0x07, 0, 0},
+        {"fan.failed on", 0, 0x0E, 2200, 0},         {"psu.temperature 45", 0, 0x0F, 3500, 3500},
+        {"psu.temperature 90", 0, 0x0F, 4500, 4500},
+    };
+    for (const FanCase& row : cases) {
+        SetUp();
+        apply(row.line);
+        COM_KOV_CTRL_SetFanSwitchOverride(row.override);
+        EXPECT_EQ(got(COM_KOV_CTRL_GetFanState), row.word) << row.line;
+        std::uint8_t failed = 0;
+        std::uint16_t reserved = 0, set = 0, measured = 0;
+        float pwm = 0;
+        ASSERT_EQ(COM_KOV_CTRL_GetFanData(&failed, &reserved, &set, &measured, &pwm), 0);
+        EXPECT_EQ(std::pair(set, measured), std::pair(row.set, row.measured)) << row.line;
+        EXPECT_FLOAT_EQ(pwm, static_cast<float>(row.set) / 4500) << row.line;
+    }
+}
+
+TEST_F(StatusTest, CompleteStateIsWhatTheSingleGettersSay)
+{
+    COM_KOV_CTRL_SetEnable(1);
+    COM_KOV_CTRL_SetModuleActivationState(2, 1);
+    COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(2, 500);
+    apply("interlock.1 noisy");
+    apply("fan.switch off");
+    apply("psu.temperature 3");
+    apply("slot3.present 0");
+    COM_KOV_CTRL_UpdateModulePresence();
+    got(COM_KOV_CTRL_GetInterlockState);
+    got(COM_KOV_CTRL_GetFanState);
+    wait_seconds(1.05);
+    std::uint8_t ready = 0, device = 0, voltage = 0, temperature = 0, fan = 0;
+    std::uint16_t interlock = 0, state = 0;
+    std::array<std::uint8_t, 5> module_ready{};
+    std::array<std::uint16_t, 5> module_state{};
+    ASSERT_EQ(COM_KOV_CTRL_GetCompleteState(&ready, &device, &voltage, &temperature, &fan,
+                                            &interlock, &state, module_ready.data(),
+                                            module_state.data()),
+              0);
+    EXPECT_EQ(ready, got(COM_KOV_CTRL_GetDataReadyFlags));
+    EXPECT_EQ(device, got(COM_KOV_CTRL_GetDeviceState));
+    EXPECT_EQ(voltage, got(COM_KOV_CTRL_GetVoltageState));
+    EXPECT_EQ(temperature, got(COM_KOV_CTRL_GetTemperatureState));
+    EXPECT_EQ(fan, got(COM_KOV_CTRL_GetFanState));
+    EXPECT_EQ(interlock, got(COM_KOV_CTRL_GetInterlockState));
+    EXPECT_EQ(state, got(COM_KOV_CTRL_GetState));
+    for (const std::uint32_t address : {0U, 1U, 2U, 128U}) {
+        const std::size_t place = address == 128 ? 4 : address;
+        EXPECT_EQ(module_ready[place], got(COM_KOV_CTRL_GetModuleDataReadyFlags, address));
+        EXPECT_EQ(module_state[place], got(COM_KOV_CTRL_GetModuleState, address));
+    }
+    EXPECT_EQ(module_ready[3], 0);
+}
+
+} // namespace

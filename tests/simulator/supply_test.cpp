@@ -1,0 +1,190 @@
+/// The HV-supplies: ramps in both polarities, measurement ranges, currents.
+#include "tests/simulator/instrument_test.h"
+
+#include <cmath>
+
+namespace
+{
+
+double voltage(std::uint32_t address)
+{
+    std::uint8_t valid = 0;
+    double value = 0;
+    EXPECT_EQ(COM_KOV_CTRL_GetHVsupplyOutputVoltage(address, &valid, &value), 0);
+    return value;
+}
+
+double current(std::uint32_t address)
+{
+    std::uint8_t valid = 0;
+    double value = 0;
+    EXPECT_EQ(COM_KOV_CTRL_GetHVsupplyOutputCurrent(address, &valid, &value), 0);
+    return value;
+}
+
+struct Pulse {
+    double period = 0, width = 0, phase_measured = 0, phase_set = 0, set = 0, measured = 0;
+    std::uint8_t active = 0, ready = 0;
+};
+
+Pulse pulse(std::uint32_t address)
+{
+    Pulse p;
+    EXPECT_EQ(COM_KOV_CTRL_GetHVsupplyParamsPWM(address, &p.period, &p.width, &p.phase_measured,
+                                                &p.phase_set, &p.set, &p.measured, &p.active,
+                                                &p.ready),
+              0);
+    return p;
+}
+
+class SupplyTest : public InstrumentTest
+{
+protected:
+    static void turn_on(std::uint32_t address, double target, bool negative, bool high = true)
+    {
+        COM_KOV_CTRL_SetEnable(1);
+        COM_KOV_CTRL_SetHVsupplyMeasRanges(address, negative, high);
+        COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(address, target);
+        COM_KOV_CTRL_SetModuleActivationState(address, 1);
+    }
+};
+
+struct OutputCase {
+    std::uint32_t address;
+    double target;
+    bool negative;
+    double read; ///< by the chosen range
+    double output;
+};
+
+TEST_F(SupplyTest, OutputReachesTheTargetInItsPolarity)
+{
+    const OutputCase cases[] = {
+        {1, 3000, false, 3000, 3000}, {1, 1500.123, true, -1500.123, -1500.123},
+        {1, 5000, false, 3000, 3000}, {2, 2000, false, 2000, 2000},
+        {2, 2000, true, 0, 2000},     {3, 500, true, -500, -500},
+        {3, 250, false, 0, -250},     {3, 0, true, 0, 0},
+    };
+    for (const OutputCase& row : cases) {
+        SetUp();
+        turn_on(row.address, row.target, row.negative);
+        wait_seconds(10);
+        EXPECT_NEAR(voltage(row.address), row.read, 1e-9) << row.address << ' ' << row.target;
+        EXPECT_NEAR(pulse(row.address).measured, row.output, 1e-9);
+        EXPECT_NEAR(pulse(row.address).set, row.output, 1e-9);
+    }
+}
+
+TEST_F(SupplyTest, RampKeepsTheMaximumStepAndPassesZero)
+{
+    turn_on(1, 1000, false);
+    wait_seconds(0.5);
+    EXPECT_NEAR(pulse(1).set, 500, 11); // 100 V a tenth of a second
+    wait_seconds(10);
+    EXPECT_EQ(pulse(1).active, 1);
+    COM_KOV_CTRL_SetHVsupplyMeasRanges(1, 1, 1);
+    double last = 1000;
+    for (int step = 0; step < 20; ++step) {
+        wait_seconds(0.1);
+        const double now = pulse(1).measured;
+        EXPECT_NEAR(last - now, 100, 1e-6);
+        last = now;
+    }
+    EXPECT_NEAR(pulse(1).measured, -1000, 1e-6);
+}
+
+TEST_F(SupplyTest, PulseWidthFollowsTheVoltage)
+{
+    turn_on(2, 1000, false);
+    wait_seconds(10);
+    const Pulse half = pulse(2);
+    COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(2, 2000);
+    wait_seconds(10);
+    const Pulse full = pulse(2);
+    EXPECT_DOUBLE_EQ(full.width, 2 * half.width);
+    EXPECT_LT(full.width, full.period);
+    EXPECT_EQ(half.phase_measured, half.phase_set);
+    COM_KOV_CTRL_SetModuleActivationState(2, 0);
+    EXPECT_EQ(pulse(2).active, 0);
+    EXPECT_EQ(pulse(2).width, 0);
+}
+
+TEST_F(SupplyTest, OutputDecaysWhenItIsSwitchedOff)
+{
+    turn_on(2, 2000, false);
+    wait_seconds(10);
+    COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(2, -5);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetHVsupplyTargetOutputVoltage, 2), -1);
+    wait_seconds(0.5);
+    EXPECT_NEAR(voltage(2), 2000 / std::exp(1), 300);
+    wait_seconds(20);
+    EXPECT_EQ(voltage(2), 0);
+}
+
+TEST_F(SupplyTest, LowRangeIsFinerAndSaturates)
+{
+    turn_on(1, 1234.5, false, false);
+    wait_seconds(20);
+    EXPECT_NEAR(current(1), 123.45e-9, 1e-12);
+    COM_KOV_CTRL_SetHVsupplyMeasRanges(1, 0, 1);
+    wait_seconds(20);
+    EXPECT_NEAR(current(1), 123e-9, 0.5e-12); // whole nanoamperes
+    apply("slot1.load 1e8");
+    wait_seconds(1);
+    EXPECT_NEAR(current(1), 12.345e-6, 1e-12);
+    COM_KOV_CTRL_SetHVsupplyMeasRanges(1, 0, 0);
+    wait_seconds(20);
+    EXPECT_NEAR(current(1), 1e-6, 1e-12);
+    COM_KOV_CTRL_SetHVsupplyMeasRanges(1, 1, 0);
+    wait_seconds(20);
+    EXPECT_NEAR(current(1), -1e-6, 1e-12);
+}
+
+TEST_F(SupplyTest, RangesNeedAWhileToSettle)
+{
+    turn_on(2, 2000, false, false);
+    wait_seconds(20);
+    COM_KOV_CTRL_SetHVsupplyMeasRanges(2, 1, 1);
+    wait_seconds(0.2);
+    EXPECT_GT(voltage(2), 100);
+    EXPECT_GT(std::abs(current(2)), 1e-5);
+    wait_seconds(9.8);
+    EXPECT_EQ(voltage(2), 0);
+    EXPECT_NEAR(current(2), 200e-9, 1e-12);
+}
+
+TEST_F(SupplyTest, ReadingBeyondAllBoundsComesByScenario)
+{
+    apply("slot2.voltage 12000");
+    apply("slot2.current nan");
+    EXPECT_EQ(voltage(2), 12000);
+    EXPECT_TRUE(std::isnan(current(2)));
+    wait_seconds(1);
+    EXPECT_EQ(voltage(2), 12000);
+    apply("slot2.voltage auto");
+    wait_seconds(1);
+    EXPECT_EQ(voltage(2), 0);
+}
+
+TEST_F(SupplyTest, RangeAndPolarityComeFromTheHardwareType)
+{
+    apply("slot2.hardware_type 050A8064h"); // 100 V, bipolar
+    COM_KOV_CTRL_RescanModules();
+    turn_on(2, 1000, true);
+    wait_seconds(10);
+    EXPECT_EQ(voltage(2), 0); // the changed module first has to be saved
+    COM_KOV_CTRL_SetScannedModuleState();
+    wait_seconds(10);
+    EXPECT_NEAR(voltage(2), -100, 1e-9);
+}
+
+TEST_F(SupplyTest, OnlySuppliesAnswerToSupplyFunctions)
+{
+    std::uint8_t negative = 0, high = 0;
+    for (const std::uint32_t address : {0U, 4U, 128U, 255U}) {
+        EXPECT_NE(COM_KOV_CTRL_GetHVsupplyMeasRanges(address, &negative, &high), 0) << address;
+        EXPECT_NE(COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(address, 1), 0) << address;
+    }
+}
+
+} // namespace
