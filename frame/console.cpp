@@ -242,8 +242,7 @@ void Console::clear_screen()
     clear_pending_ = terminal_;
     window_first_ = 0;
     const Row& last = rows_.back();
-    const bool on_fresh_row = !terminal_ && last.wanted.empty();
-    top_ = on_fresh_row ? last_row() : last_row() + 1;
+    top_ = last.wanted.empty() ? last_row() : last_row() + 1;
     cursor_ = {top_, 1};
     (void)row_at(bottom_row());
     (void)row_at(top_);

@@ -1,0 +1,230 @@
+#include <algorithm>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "frame/console.h"
+#include "tests/support/trial.h"
+#include "tests/support/virtual_time.h"
+
+namespace
+{
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string housekeeping_values = "  Voltages:  24V: {W}24.000V{.}  5V0: {W}5.000V{.}  "
+                                        "3V3: {W}3.300V{.}  Temperature CPU:  {W}+30.0\xC2\xB0"
+                                        "C{.}  PSU:  {W}+32.0\xC2\xB0"
+                                        "C{.}\n";
+
+void set_housekeeping(Trial& trial)
+{
+    for (const char* line :
+         {"reply GetHousekeeping.voltage24 24", "reply GetHousekeeping.voltage5 5",
+          "reply GetHousekeeping.voltage33 3.3", "reply GetHousekeeping.temperatureCPU 30",
+          "reply GetHousekeeping.temperaturePSU 32"})
+        trial.instrument(line);
+}
+
+TEST(Housekeeping, OnceAndContinuously)
+{
+    Trial once;
+    set_housekeeping(once);
+    once.run("3 -pk -T");
+    EXPECT_EQ(once.display(), "Device housekeeping:\n" + housekeeping_values);
+
+    Trial live;
+    set_housekeeping(live);
+    live.instrument("latency 10");
+    live.type(75, "x\033");
+    live.run("3 -PK -T");
+    // Opening takes 20 ms; the sixth reading is over at 80 ms.
+    EXPECT_EQ(live.display(), "Device housekeeping, press {W}Esc{.} to quit: Polling rate: {W}"
+                              "100.00{.} cycles/s, Mean response time:  {W}10.0ms{.}\n" +
+                                  housekeeping_values);
+
+    Trial quiet; // loops as well, only without the prompt
+    set_housekeeping(quiet);
+    quiet.instrument("latency 10");
+    quiet.type(75, "\033");
+    quiet.run("3 -q -Pk -T");
+    EXPECT_EQ(quiet.screen(), "Device housekeeping: Polling rate: {W}100.00{.} cycles/s, "
+                              "Mean response time:  {W}10.0ms{.}\n" +
+                                  housekeeping_values);
+}
+
+TEST(Housekeeping, ShowsNoRateBeforeTimeHasPassed)
+{
+    Trial trial;
+    trial.pipe_in("\033");
+    trial.run("3 -PK -T");
+    EXPECT_THAT(trial.display(), HasSubstr("Polling rate:   {W}0.00{.} cycles/s, Mean response "
+                                           "time:   {W}0.0ms{.}\n"));
+}
+
+TEST(Housekeeping, ColoursWhatIsOutOfTolerance)
+{
+    const struct {
+        const char* name;
+        const char* value;
+        const char* shown;
+    } cases[] = {
+        {"voltage24", "24.6", "24V: {M}24.600V"},
+        {"voltage24", "23.4", "24V: {C}23.400V"},
+        {"voltage24", "24.48", "24V: {W}24.480V"},
+        {"voltage5", "5.11", "5V0: {M}5.110V"},
+        {"voltage33", "3.23", "3V3: {C}3.230V"},
+        {"temperatureCPU", "40.1", "CPU:  {M}+40.1\xC2\xB0"},
+        {"temperatureCPU", "40", "CPU:  {W}+40.0\xC2\xB0"},
+        {"temperaturePSU", "9.9", "PSU:   {C}+9.9\xC2\xB0"},
+        {"temperaturePSU", "-5", "PSU:   {C}-5.0\xC2\xB0"},
+        {"voltage24", "nan", "24V:    {W}nanV"},
+    };
+    for (const auto& c : cases) {
+        Trial trial;
+        trial.instrument(std::string{"reply GetHousekeeping."} + c.name + ' ' + c.value);
+        trial.run("3 -pk -T");
+        EXPECT_THAT(trial.display(), HasSubstr(c.shown));
+    }
+}
+
+TEST(Housekeeping, EchoesTheKeyTwoRowsAboveTheHeader)
+{
+    Trial trial;
+    set_housekeeping(trial);
+    trial.instrument("latency 10");
+    trial.type(55, "k");
+    trial.type(500, "\033");
+    virtual_platform.signals = {{61, 2}}; // stops it in the cycle that shows the key
+    trial.run("3 -pd -pn -PK -T");
+    // The raw code stands where the header ends, over older output.
+    EXPECT_THAT(trial.display(), HasSubstr("\nProduct number: {W}240101{.}\nDevice housekeeping"));
+    EXPECT_THAT(trial.output(), HasSubstr("'k'"));
+
+    Trial at_the_top; // above the program's own first row nothing is touched
+    at_the_top.instrument("latency 10");
+    at_the_top.type(55, "k");
+    at_the_top.type(100, "\033");
+    at_the_top.run("3 -q -PK -T");
+    EXPECT_THAT(at_the_top.output(), Not(HasSubstr("'k'")));
+}
+
+TEST(Housekeeping, FailingAtTheFirstAndAtTheThirdCycle)
+{
+    Trial first;
+    first.instrument("fail GetHousekeeping at 1 text \"no answer\"");
+    first.run("3 -PK -pn -T");
+    EXPECT_THAT(first.display(),
+                HasSubstr("  Voltages:  24V:          5V0:         3V3:         Temperature "
+                          "CPU:           PSU:\n" +
+                          error_line("GetHousekeeping", "09:26:53.589", "no answer")));
+    EXPECT_THAT(first.display(), EndsWith("Product number: {W}240101{.}\n"));
+    EXPECT_TRUE(console.cursor_visible());
+
+    Trial third;
+    set_housekeeping(third);
+    third.instrument("latency 10");
+    third.instrument("fail GetHousekeeping at 3 text \"no answer\"");
+    third.run("3 -PK -T");
+    // The last good values stay.
+    EXPECT_THAT(third.display(), HasSubstr("Polling rate: {W}"));
+    EXPECT_THAT(third.display(), HasSubstr(housekeeping_values + "{M}2026/03/14, 09:26:53."));
+    EXPECT_TRUE(console.cursor_visible());
+}
+
+TEST(Cpu, OneReadingASecondOnAFixedGrid)
+{
+    Trial once;
+    once.instrument("reply GetCPUdata.load 0.125");
+    once.instrument("reply GetCPUdata.frequency 72e6");
+    once.instrument("latency 10");
+    once.run("3 -pc -T");
+    EXPECT_EQ(once.display(), "CPU data:   Load: {W}12.5%{.}   Frequency: {W}72.00MHz{.}\n");
+    EXPECT_GE(virtual_time::now_us(), 1'000'000);
+
+    Trial live; // Esc cuts the wait short, and one more reading is shown
+    live.instrument("reply GetCPUdata.load 0.1 0.2 0.3 1");
+    live.instrument("latency 10");
+    live.type(2'100, "x");
+    live.type(2'500, "\033");
+    live.run("3 -PC -T");
+    EXPECT_THAT(live.display(), testing::StartsWith("CPU data, press {W}Esc{.} to quit:   Load: "
+                                                    "{W}30.0%{.}   Frequency: {W}"));
+    EXPECT_EQ(std::count(live.calls.begin(), live.calls.end(), "GetCPUdata()"), 3);
+    EXPECT_LT(virtual_time::now_us(), 2'600'000);
+}
+
+TEST(Uptime, BothTimesInOneLine)
+{
+    Trial trial;
+    for (const char* line :
+         {"reply GetUptimeInt.seconds 59", "reply GetUptimeInt.milliseconds 990",
+          "reply GetUptimeInt.totalSeconds 360000", "reply GetUptimeInt.totalMilliseconds 0",
+          "reply GetOptimeInt.seconds 61", "reply GetOptimeInt.milliseconds 5",
+          "reply GetOptimeInt.totalSeconds 3600", "reply GetOptimeInt.totalMilliseconds 0"})
+        trial.instrument(line);
+    trial.instrument("latency 10");
+    trial.type(100, "\033");
+    trial.run("3 -pu -PU -T");
+    const std::string line = "Device uptime: {W}59.99 sec.{.}, total: {W}100:00:00.00 sec.{.}, "
+                             "Operation time: {W}1:01.00 sec.{.}, total: {W}1:00:00.00 sec.{.}\n";
+    EXPECT_EQ(trial.display(), line + "Press {W}Esc{.} to quit:\n" + line);
+}
+
+TEST(Uptime, LeavesNothingOfALongerText)
+{
+    Trial trial;
+    trial.instrument("reply GetOptimeInt.totalSeconds 36000 5");
+    trial.instrument("reply GetOptimeInt.totalMilliseconds 0");
+    trial.instrument("latency 10");
+    trial.type(100, "\033");
+    trial.run("3 -q -PU -T");
+    EXPECT_THAT(trial.display(), EndsWith(", total: {W}5.00 sec.{.}\n"));
+}
+
+TEST(Fan, StateSpeedsAndDuty)
+{
+    Trial trial;
+    for (const char* line : {"reply GetFanData.failed 0 1", "reply GetFanData.setSpeed 2200",
+                             "reply GetFanData.measuredSpeed 2187", "reply GetFanData.pwm 0.5"})
+        trial.instrument(line);
+    trial.instrument("latency 10");
+    trial.type(45, "\033");
+    trial.run("3 -pb -PB -T");
+    const auto values = [](const char* state) {
+        return std::string{"  state OK: "} + state +
+               "{.}        set:  {W}2200rpm{.}     measured:  {W}2187rpm{.}     PWM control: {W}"
+               "50.00%{.}\n";
+    };
+    EXPECT_EQ(trial.display(), "Fan data:\n" + values("{G}Y") +
+                                   "Fan data, press {W}Esc{.} to quit:\n" + values("{R}N"));
+}
+
+TEST(Led, TheWordInTheColourOfTheLed)
+{
+    const char* const colors[] = {"{K}", "{R}", "{G}", "{Y}", "{B}", "{M}", "{C}", "{W}"};
+    for (unsigned index = 0; index < 8; ++index) {
+        Trial trial;
+        const auto set = [&](const char* name, unsigned mask) {
+            const bool on = (index & mask) != 0;
+            trial.instrument(std::string{"reply GetLEDData."} + name + (on ? " 2" : " 0"));
+            return on ? std::string{" {G}on{.}"} : std::string{"{M}off{.}"};
+        };
+        const std::string red = set("red", 1);
+        const std::string green = set("green", 2);
+        const std::string blue = set("blue", 4);
+        trial.run("3 -pl -T");
+        EXPECT_EQ(trial.display(), "LED data of the base device: Red: " + red +
+                                       ", Green: " + green + ", Blue: " + blue +
+                                       ", Color: " + colors[index] + "LED{.}\n");
+    }
+    Trial live;
+    live.instrument("latency 10");
+    live.type(45, "\033");
+    live.run("3 -PL -T");
+    EXPECT_THAT(live.display(), testing::StartsWith("Press {W}Esc{.} to quit\nLED data"));
+}
+
+} // namespace

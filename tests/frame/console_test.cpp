@@ -1,0 +1,208 @@
+#include "frame/console.h"
+
+#include <algorithm>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "frame/program.h"
+#include "tests/support/trial.h"
+
+namespace
+{
+
+using testing::HasSubstr;
+using testing::Not;
+
+TEST(Console, CharactersOfBothEncodings)
+{
+    const Trial trial;
+    console.start();
+    console.write("\xF8"
+                  "C \xC2\xB0 \x1B[2J \xC2\x9B \x7F \xE2\x82\xAC \xC0\xAF \xE4\xB8\xAD! "
+                  "\xE2\x80\xAE"
+                  "e\xCC\x81");
+    EXPECT_EQ(trial.screen(),
+              "\u00B0C \u00B0 \u2190[2J \u00A2 \u2302 \u20AC \u2514\u00BB \u4E2D! \uFFFDe\uFFFD\n");
+    console.flush();
+    EXPECT_THAT(trial.output(), Not(HasSubstr("\x1B[2J")));
+}
+
+TEST(Console, ControlCharactersThatAct)
+{
+    const Trial trial;
+    console.start();
+    console.print("one\ttwo\r\nthree\rT\nab\b\bA\a\n");
+    EXPECT_EQ(trial.screen(), "one     two\nThree\nAb\n");
+    EXPECT_THAT(trial.output(), HasSubstr("\a"));
+    EXPECT_EQ(console.place(), (Place{4, 1}));
+}
+
+TEST(Console, RunningTextWrapsAndDisplaysAreClipped)
+{
+    const Trial trial;
+    virtual_platform.size = {.columns = 10, .rows = 5};
+    console.start();
+    console.print("0123456789abc\n0123456789\n012345678\xE4\xB8\xAD\n");
+    EXPECT_EQ(console.place().row, 6) << "a full line is followed by no empty one";
+    console.begin_display();
+    console.print("0123456789abc");
+    const Place end = console.place();
+    EXPECT_EQ(end, (Place{6, 14}));
+    console.flush();
+    EXPECT_THAT(trial.output(), Not(HasSubstr("abc\x1b")));
+    EXPECT_THAT(trial.output(), testing::EndsWith("0123456789"));
+    virtual_platform.window_events = {
+        {0, platform::WindowChange::resized, {.columns = 20, .rows = 5}}};
+    console.flush();
+    EXPECT_THAT(trial.output(), testing::EndsWith("0123456789abc")) << "a wider window shows it";
+}
+
+TEST(Console, SendsOnlyWhatDiffers)
+{
+    const Trial trial;
+    console.start();
+    console.begin_display();
+    const Place field = place_field("Voltage: ");
+    const auto show = [&](const char* text) {
+        const std::size_t before = trial.output().size();
+        console.print_at(field, Color::value, "%s", text);
+        console.flush();
+        return trial.output().substr(before);
+    };
+    (void)show("24.000V");
+    EXPECT_EQ(show("24.000V"), "");
+    EXPECT_EQ(show("24.001V"), "\b\b1");
+    EXPECT_EQ(show("25.002V"), "\033[11G5.002") << "a short gap is written over";
+    const std::size_t writes = virtual_platform.writes;
+    console.flush();
+    EXPECT_EQ(virtual_platform.writes, writes);
+}
+
+TEST(Console, ColoursAndTheirSwitches)
+{
+    const auto output_with = [](bool terminal, const char* variable, const char* value) {
+        const Trial trial;
+        virtual_platform.output_is_terminal = terminal;
+        if (variable != nullptr)
+            virtual_platform.environment[variable] = value;
+        console.start();
+        console.print(Color::value, "a");
+        console.print(Color::bad, "b");
+        console.print("c\n");
+        console.finish();
+        return trial.output();
+    };
+    const std::string colored = "\033[1ma\033[0;95mb\033[mc";
+    EXPECT_EQ(output_with(true, nullptr, ""), colored + "\r\n");
+    EXPECT_EQ(output_with(true, "NO_COLOR", "1"), "abc\r\n");
+    EXPECT_EQ(output_with(true, "NO_COLOR", ""), colored + "\r\n");
+    EXPECT_EQ(output_with(false, nullptr, ""), "abc\n");
+    EXPECT_EQ(output_with(false, "CLICOLOR_FORCE", "1"), colored + "\n");
+    EXPECT_EQ(output_with(false, "CLICOLOR_FORCE", "0"), "abc\n");
+}
+
+TEST(Console, PlainOutputHasEachLineOnceInItsFinalForm)
+{
+    const Trial trial;
+    virtual_platform.output_is_terminal = false;
+    console.start();
+    console.print("first\n");
+    EXPECT_EQ(trial.output(), "first\n");
+    for (int number = 1; number <= 3; ++number) {
+        console.print("Processing #%d", number);
+        console.move_to_column(1);
+    }
+    console.clear_line();
+    console.print("done\n");
+    EXPECT_EQ(trial.output(), "first\ndone\n");
+    console.begin_display();
+    const Place field = place_field("Value: ");
+    console.print("\r\nend\r\n");
+    console.print_at(field, Color::value, "1");
+    console.flush();
+    EXPECT_EQ(trial.output(), "first\ndone\n") << "a display may still change its lines";
+    console.print_at(field, Color::value, "2");
+    console.move_to({field.row + 2, 1});
+    console.end_display();
+    EXPECT_EQ(trial.output(), "first\ndone\nValue: 2\nend\n");
+    console.print_at({1, 1}, Color::bad, "too late"); // has left already
+    console.move_to({5, 1});
+    console.print("Sure? ");
+    console.flush_for_wait();
+    EXPECT_THAT(trial.output(), testing::EndsWith("end\nSure?"))
+        << "a question comes before its answer";
+    console.print("y\nlast");
+    console.finish();
+    EXPECT_EQ(trial.output(), "first\ndone\nValue: 2\nend\nSure? y\nlast\n");
+}
+
+TEST(Console, ALongDisplayInAPipeDoesNotPileUp)
+{
+    const Trial trial;
+    virtual_platform.output_is_terminal = false;
+    console.start();
+    console.begin_display();
+    for (int line = 0; line < 1000; ++line) {
+        console.print("line %d\n", line);
+        console.flush();
+    }
+    EXPECT_THAT(trial.output(), testing::StartsWith("line 0\nline 1\n"));
+    EXPECT_LT(console.last_row() - console.first_row(), 300);
+    console.end_display();
+    EXPECT_THAT(trial.output(), testing::EndsWith("line 999\n"));
+}
+
+TEST(Console, TheTextWindowScrollsByItself)
+{
+    const Trial trial;
+    virtual_platform.size = {.columns = 20, .rows = 6};
+    console.start();
+    console.print("before\n");
+    console.clear_screen();
+    console.print("status");
+    console.set_window(4);
+    console.print("a\nb\nc\nd\ne");
+    console.clear_window();
+    console.print_at(console.screen_place(2, 3), Color::value, "x");
+    console.flush();
+    std::string rows;
+    for (int row = 1; row <= 6; ++row) {
+        for (const Cell& cell : console.cells(console.screen_place(row, 1).row))
+            rows += static_cast<char>(cell.character);
+        rows += '|';
+    }
+    EXPECT_EQ(rows, "status|  x||c|d|e|");
+}
+
+TEST(Console, OutOfReachIsOutOfReach)
+{
+    const Trial trial;
+    virtual_platform.size = {.columns = 20, .rows = 3};
+    console.start();
+    console.print_at({-1, 1}, Color::value, "above everything");
+    console.move_to({1, 1});
+    console.print("1\n2\n3\n4");
+    console.print_at({1, 1}, Color::value, "gone");
+    console.print_at({2, 1}, Color::value, "two");
+    console.flush();
+    EXPECT_EQ(trial.screen(), "1\n{W}two{.}\n3\n4\n");
+    EXPECT_THAT(trial.output(), testing::EndsWith("\033[2A\r\033[1mtwo"));
+}
+
+TEST(Console, ValueAndProgressLines)
+{
+    const Trial trial;
+    program = {};
+    console.start();
+    progress("unseen %d\n", 1);
+    program.debug = true;
+    progress("Getting %s:\r\n", std::string(1000, 'x').c_str());
+    print_value_line("Version: ", "%d-%02d", 1, 5);
+    const std::string screen = trial.screen();
+    EXPECT_EQ(std::count(screen.begin(), screen.end(), 'x'), 1000);
+    EXPECT_THAT(screen, testing::EndsWith("x:\nVersion: {W}1-05{.}\n"));
+    program = {};
+}
+
+} // namespace

@@ -1,0 +1,145 @@
+#include "frame/format.h"
+
+#include <cmath>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/trial.h"
+
+namespace
+{
+
+TEST(Format, ColoursByDeviation)
+{
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const struct {
+        double value, nominal, tolerance;
+        Color color;
+    } cases[] = {
+        {24.2, 24.0, 2.0, Color::value},     {24.6, 24.0, 2.0, Color::above},
+        {23.4, 24.0, 2.0, Color::below},     {24.48, 24.0, 2.0, Color::value},
+        {24.4801, 24.0, 2.0, Color::above},  {23.52, 24.0, 2.0, Color::value},
+        {23.5199, 24.0, 2.0, Color::below},  {3.40, 3.3, 2.0, Color::above},
+        {-23.2, -22.0, 5.0, Color::above}, // further from 0 than it should be
+        {-20.8, -22.0, 5.0, Color::below},   {-23.1, -22.0, 5.0, Color::value},
+        {5.0, 0.0, 1.0, Color::value},       {nan, 24.0, 2.0, Color::value},
+        {infinity, 24.0, 2.0, Color::value},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(deviation_color(c.value, c.nominal, c.tolerance), c.color)
+            << c.value << " of " << c.nominal;
+}
+
+TEST(Format, ColoursByRange)
+{
+    EXPECT_EQ(range_color(40.0, 10.0, 40.0), Color::value);
+    EXPECT_EQ(range_color(40.1, 10.0, 40.0), Color::above);
+    EXPECT_EQ(range_color(10.0, 10.0, 40.0), Color::value);
+    EXPECT_EQ(range_color(9.9, 10.0, 40.0), Color::below);
+    EXPECT_EQ(range_color(std::nan(""), 10.0, 40.0), Color::value);
+}
+
+TEST(Format, Words)
+{
+    EXPECT_STREQ(active_or_off(false).text, "off   ");
+    EXPECT_EQ(active_or_off(false).color, Color::disabled);
+    EXPECT_STREQ(ok_fail_or_disabled(false, true).text, "dis.");
+    EXPECT_STREQ(ok_fail_or_disabled(true, true).text, "OK  ");
+    EXPECT_EQ(ok_fail_or_disabled(true, false).color, Color::bad);
+    EXPECT_STREQ(led_color_name(true, false, true), "Pink");
+    EXPECT_STREQ(led_color_name(false, true, true), "Cyan");
+    EXPECT_STREQ(module_type_name(0), "Heat Controller");
+    EXPECT_STREQ(module_type_name(128), "KOV Controller");
+    EXPECT_STREQ(module_type_name(2), "HV Supply");
+}
+
+TEST(Format, Bits)
+{
+    EXPECT_EQ(bits_text(0xA5, 8), "1010 0101b");
+    EXPECT_EQ(bits_text(0x1F, 5), "1 1111b");
+    EXPECT_EQ(bits_text(0xC100, 16), "1100 0001 0000 0000b");
+    EXPECT_EQ(bits_text(0x1FF, 4), "1111b");
+    EXPECT_EQ(bits_text(1, 0), "b");
+}
+
+TEST(Format, KeysAndEscapes)
+{
+    EXPECT_EQ(key_text(0), "    ");
+    EXPECT_EQ(key_text('a'), "'a' ");
+    EXPECT_EQ(key_text(' '), "020h");
+    EXPECT_EQ(key_text(33), "'!' ");
+    EXPECT_EQ(key_text(127), "'\x7F' ");
+    EXPECT_EQ(key_text(0x148), "148h");
+    EXPECT_EQ(escaped_byte(0), "\\0");
+    EXPECT_EQ(escaped_byte(27), "\\e");
+    EXPECT_EQ(escaped_byte(5), "\x05");
+    EXPECT_EQ(escaped_byte(0x7F), "\x7F");
+    EXPECT_EQ(escaped_byte(0xF8), "\\xF8");
+    EXPECT_EQ(printable("a\x1B[2J\r\n\x05\xC2\x9B"
+                        "31m \xF8"
+                        "C \xC3\xA9"),
+              "a\\e[2J\\r\\n\\x05\\x9B31m \xF8"
+              "C \xC3\xA9");
+    EXPECT_EQ(printable(static_cast<const char*>(nullptr)), "");
+}
+
+TEST(Format, ShortenedPaths)
+{
+    EXPECT_EQ(shortened_path("C:\\short.txt", 20), "C:\\short.txt");
+    EXPECT_EQ(shortened_path("C:\\measurements\\2026\\log.txt", 20), "C:\\..\\2026\\log.txt");
+    EXPECT_EQ(shortened_path("C:\\measurements\\2026\\log.txt", 14), "C:\\..\\log.txt");
+    EXPECT_EQ(shortened_path("C:\\a-very-long-file-name.txt", 12), "..e-name.txt");
+    EXPECT_EQ(shortened_path("no-separator-at-all", 8), "..at-all");
+    EXPECT_EQ(shortened_path("\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9", 3), "..\xC3\xA9");
+    EXPECT_EQ(shortened_path("abc", 1), ".");
+    EXPECT_EQ(shortened_path_padded("a\\b", 6), "a\\b   ");
+}
+
+TEST(Format, SignificantDigits)
+{
+    EXPECT_EQ(significant_digits("%.*lfV", 1.23456, 3), "1.23V");
+    EXPECT_EQ(significant_digits("%.*lf", -0.0123456, 3), "-0.0123");
+    EXPECT_EQ(significant_digits("%.*lf", 12345.6, 3), "12346");
+    EXPECT_EQ(significant_digits("%.*lf", 0.0, 3), "0.00");
+    EXPECT_EQ(version_text(0x010A), "1-10");
+    EXPECT_EQ(version_text(0x0A00), "10-00");
+}
+
+TEST(Format, Durations)
+{
+    EXPECT_EQ(duration_hms(59.96), " 0:01:00.0");
+    EXPECT_EQ(duration_hms(3661.25), " 1:01:01.3");
+    EXPECT_EQ(duration_text("%.1lfs", 59.96), "1:00.0s");
+    EXPECT_EQ(duration_text("%.1lfs", 59.94), "59.9s");
+    EXPECT_EQ(duration_text("%6.2lf sec.", 125.5), "2:05.50 sec.");
+    EXPECT_EQ(duration_text("%.0lfs", 3725.0), "1:02:05s");
+    EXPECT_EQ(duration_text("%lf", 61.5), "1:1.500000");
+}
+
+TEST(Format, Uptimes)
+{
+    EXPECT_EQ(uptime_text(59, 990), "59.99 sec.");
+    EXPECT_EQ(uptime_text(59, 999), "59.99 sec."); // cut, not rounded
+    EXPECT_EQ(uptime_text(61, 5), "1:01.00 sec.");
+    EXPECT_EQ(uptime_text(3600, 0), "1:00:00.00 sec.");
+    EXPECT_EQ(uptime_text(360000, 0), "100:00:00.00 sec.");
+}
+
+TEST(Format, TimestampAndSpinner)
+{
+    const Trial trial;
+    EXPECT_EQ(timestamp(), "2026/03/14, 09:26:53.589");
+    console.start();
+    Spinner spinner{.place = {1, 3}, .divider = 2};
+    std::string turns;
+    for (int step = 0; step < 18; ++step) {
+        spinner.step();
+        const std::vector<Cell> cells = console.cells(1);
+        turns += cells.size() < 3 ? '.' : static_cast<char>(cells[2].character);
+    }
+    EXPECT_EQ(turns, ".--//||\\\\--//||\\\\-");
+}
+
+} // namespace

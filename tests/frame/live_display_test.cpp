@@ -1,0 +1,140 @@
+#include "frame/live_display.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "frame/keys.h"
+#include "frame/program.h"
+#include "tests/support/trial.h"
+#include "tests/support/virtual_time.h"
+
+namespace
+{
+
+struct Counter {
+    int value = 0;
+};
+
+/// A display whose device answers in `answer_us`; counts what it reads and draws.
+struct Display {
+    LiveDisplay options;
+    std::int64_t answer_us = 1000;
+    int readings = 0;
+    int drawings = 0;
+    int shown = 0;
+    int nothing_new_until = 0; ///< readings that bring nothing
+    int fails_at = 0;
+
+    void run()
+    {
+        console.start();
+        start_keys();
+        program = {};
+        Place field;
+        run_live_display<Counter>(
+            options,
+            [&](LiveFields& fields) {
+                fields.place_rates(fine_rates_in_header);
+                field = place_field("  Value: ");
+            },
+            [&](Counter& counter) -> Reading {
+                EXPECT_EQ(counter.value, 0) << "every reading starts from zero";
+                virtual_time::advance_us(answer_us);
+                counter.value = ++readings;
+                if (readings == fails_at)
+                    return "COM_KOV_CTRL_GetState";
+                return readings <= nothing_new_until ? Reading::nothing_new() : Reading{nullptr};
+            },
+            [&](const Counter& counter) {
+                ++drawings;
+                shown = counter.value;
+                console.print_at(field, Color::value, "%d", counter.value);
+            });
+    }
+};
+
+TEST(LiveDisplay, DrawsAtMostEvery10MillisecondsButShowsTheLatest)
+{
+    Trial trial;
+    trial.type(950, "\033"); // it takes 50 ms to be sure that Esc stands alone
+    Display display{.options = {.title = "Test", .continuous = true}, .answer_us = 100};
+    display.run();
+    EXPECT_EQ(display.readings, 10'000);
+    EXPECT_EQ(display.shown, display.readings);
+    EXPECT_GE(display.drawings, 32 + 90);
+    EXPECT_LE(display.drawings, 32 + 101);
+    EXPECT_EQ(trial.screen(), "Test, press {W}Esc{.} to quit: Polling rate:{W}10000.00{.}cycles/s, "
+                              "Mean response time:   {W}0.10{.} ms  Value: {W}10000{.}\n");
+}
+
+TEST(LiveDisplay, CountsOnlyWhatIsNew)
+{
+    Trial trial;
+    Display display{.options = {.title = "Test", .key_first = true}, .nothing_new_until = 50};
+    display.run();
+    EXPECT_EQ(display.readings, 51);
+    EXPECT_EQ(display.drawings, 1);
+    EXPECT_EQ(trial.screen(), "Test:   Value: {W}51{.}\n");
+
+    Trial escaped; // Esc ends even the wait of a single reading
+    escaped.type(10, "\033");
+    Display waiting{.options = {.title = "Test", .key_first = true}, .nothing_new_until = 500};
+    waiting.run();
+    EXPECT_EQ(waiting.readings, 60);
+    EXPECT_EQ(escaped.screen(), "Test:   Value:\n");
+
+    Trial unattended; // nobody can press Esc: a single reading is awaited, but not for ever
+    unattended.pipe_in("");
+    Display endless{.options = {.key_first = true}, .nothing_new_until = 1'000'000};
+    endless.run();
+    EXPECT_EQ(endless.readings, 10'000);
+    Trial patient;
+    patient.pipe_in("");
+    Display later{.options = {.key_first = true}, .nothing_new_until = 50};
+    later.run();
+    EXPECT_EQ(later.shown, 51);
+}
+
+TEST(LiveDisplay, KeepsTheLastGoodValuesOnAFailure)
+{
+    const Trial trial;
+    Display display{
+        .options = {.title = "Test", .continuous = true}, .answer_us = 100, .fails_at = 999};
+    display.run();
+    EXPECT_EQ(display.shown, 998);
+    EXPECT_THAT(trial.screen(), testing::HasSubstr("Value: {W}998{.}\n{M}2026/03/14"));
+    EXPECT_TRUE(console.cursor_visible());
+}
+
+TEST(LiveDisplay, HandsOtherKeysToTheCommand)
+{
+    Trial trial;
+    trial.type(5, "hn");
+    trial.type(8, "\033[A");
+    trial.type(20, "x");
+    std::vector<int> keys;
+    Display display{.options = {.title = "Test", .continuous = true}};
+    display.options.on_key = [&](int key) -> const char* {
+        keys.push_back(key);
+        return key == 'X' ? "COM_KOV_CTRL_SetEnable" : nullptr;
+    };
+    display.run();
+    EXPECT_EQ(keys, (std::vector<int>{'H', 'N', 0x148, 'X'}));
+    EXPECT_THAT(trial.screen(), testing::HasSubstr("Error at COM_KOV_CTRL_SetEnable: "));
+}
+
+TEST(LiveDisplay, HidesTheCursorAndComesBackToAFreshLine)
+{
+    Trial trial;
+    trial.type(5, "\033");
+    Display display{.options = {.title = "Test", .continuous = true}};
+    display.run();
+    EXPECT_EQ(console.place(), (Place{2, 1}));
+    console.finish();
+    const std::size_t hidden = trial.output().find("\033[?25l");
+    const std::size_t shown = trial.output().rfind("\033[?25h");
+    EXPECT_LT(hidden, trial.output().find("Test"));
+    EXPECT_GT(shown, trial.output().find("Value"));
+}
+
+} // namespace

@@ -1,0 +1,146 @@
+#include "tests/support/trial.h"
+
+#include <gtest/gtest.h>
+
+#include "frame/characters.h"
+#include "frame/console.h"
+#include "frame/entry.h"
+#include "simulator/simulator.h"
+
+namespace
+{
+
+constexpr std::string_view library_prefix = "COM_KOV_CTRL_";
+
+std::vector<std::string> split(std::string_view command_line)
+{
+    std::vector<std::string> arguments = {"/usr/bin/KOV-Controller.exe"};
+    bool in_argument = false;
+    bool quoted = false;
+    for (const char c : command_line) {
+        if (c == ' ' && !quoted) {
+            in_argument = false;
+            continue;
+        }
+        if (!in_argument)
+            arguments.emplace_back();
+        in_argument = true;
+        if (c == '\'')
+            quoted = !quoted;
+        else
+            arguments.back() += c;
+    }
+    return arguments;
+}
+
+char mark_of(Color color)
+{
+    constexpr std::string_view marks = "0123456.KBGCRMYW";
+    return marks[static_cast<std::size_t>(color)];
+}
+
+std::string marked_row(int row)
+{
+    std::string text;
+    std::string blanks; // kept back: a mark stands directly at what it colours
+    Color color = Color::label;
+    const auto change_to = [&](Color next) {
+        if (next != color && color != Color::label)
+            text += "{.}";
+        text += blanks;
+        blanks.clear();
+        if (next != color && next != Color::label)
+            text += std::string{"{"} + mark_of(next) + '}';
+        color = next;
+    };
+    for (const Cell& cell : console.cells(row)) {
+        if (cell.is_blank()) {
+            blanks += ' ';
+        } else if (cell.character != 0) {
+            change_to(cell.color);
+            append_utf8(text, cell.character);
+        }
+    }
+    change_to(Color::label);
+    return text;
+}
+
+} // namespace
+
+Trial::Trial()
+{
+    reset_virtual_platform();
+    simulator::reset_for_test();
+    simulator::observe_calls([this](const simulator::CallRecord& call) {
+        std::string_view name = call.function;
+        if (name.starts_with(library_prefix))
+            name.remove_prefix(library_prefix.size());
+        calls.push_back(std::string{name} + '(' + call.inputs + ')');
+    });
+}
+
+Trial::~Trial()
+{
+    simulator::observe_calls({});
+}
+
+void Trial::instrument(std::string_view line)
+{
+    std::string problem;
+    if (!simulator::apply(line, problem))
+        ADD_FAILURE() << "scenario line \"" << line << "\": " << problem;
+}
+
+void Trial::type(std::int64_t at_ms, std::string_view keys)
+{
+    virtual_platform.typed.push_back({at_ms, std::string{keys}});
+}
+
+void Trial::pipe_in(std::string_view bytes)
+{
+    virtual_platform.input_is_terminal = false;
+    if (!bytes.empty())
+        type(0, bytes);
+}
+
+void Trial::run(std::string_view command_line)
+{
+    std::vector<std::string> arguments = split(command_line);
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments)
+        pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    exit_status = run_program(static_cast<int>(arguments.size()), pointers.data());
+}
+
+std::string Trial::screen() const
+{
+    std::string text;
+    std::string empty_lines; // kept back: those at the end do not count
+    for (int row = console.first_row(); row <= console.last_row(); ++row) {
+        const std::string line = marked_row(row);
+        empty_lines += '\n';
+        if (line.empty())
+            continue;
+        text += empty_lines.substr(1) + line + '\n';
+        empty_lines.clear();
+    }
+    return text;
+}
+
+std::string Trial::display() const
+{
+    std::string text = screen();
+    for (const std::string_view frame :
+         {"{W}COM3{.} opened for the communication stream\n", "Program completed\n"}) {
+        if (const std::size_t at = text.find(frame); at != std::string::npos)
+            text.erase(at, frame.size());
+    }
+    return text;
+}
+
+std::string error_line(std::string_view function, std::string_view time, std::string_view message)
+{
+    return "{M}2026/03/14, " + std::string{time} + ": Error at COM_KOV_CTRL_" +
+           std::string{function} + ": " + std::string{message} + "{.}\n";
+}

@@ -1,0 +1,51 @@
+/// The platform of the unit tests: a terminal (or a pipe) that records what it gets, a keyboard
+/// that types by the clock, and signals at set times. Its clock is virtual: it moves only when the
+/// program waits or the instrument takes time to answer.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "frame/platform.h"
+
+struct TypedKeys {
+    std::int64_t at_ms;
+    std::string bytes;
+};
+
+struct RaisedSignal {
+    std::int64_t at_ms;
+    int number;
+};
+
+struct WindowEvent {
+    std::int64_t at_ms;
+    platform::WindowChange change;
+    platform::WindowSize size;
+};
+
+struct VirtualPlatform {
+    bool output_is_terminal = true;
+    bool input_is_terminal = true; ///< a pipe ends after the last typed keys
+    platform::WindowSize size{.columns = 160, .rows = 150};
+    std::vector<TypedKeys> typed; ///< in the order of their times
+    std::vector<RaisedSignal> signals;
+    std::vector<WindowEvent> window_events;
+    std::map<std::string, std::string> environment;
+    bool output_is_closed = false;
+
+    // What the program did.
+    std::string output;
+    std::size_t writes = 0;
+    int raw_input_starts = 0;
+    int restores = 0;
+    int dropped_bytes = 0; ///< typed ahead and flushed away
+};
+
+extern VirtualPlatform virtual_platform;
+
+/// A fresh platform at the start of time.
+void reset_virtual_platform();

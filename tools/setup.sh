@@ -1,0 +1,54 @@
+# What run.sh and test.sh share: the tools that a build needs, and the build itself.
+
+source_folder=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+# A tool or file, and the Debian package that brings it.
+build_tools=("g++ g++" "cmake cmake" "ninja ninja-build")
+test_tools=("/usr/include/gtest/gtest.h libgtest-dev" "/usr/include/gmock/gmock.h libgmock-dev"
+            "/usr/include/vterm.h libvterm-dev" "pkg-config pkg-config")
+
+is_there() {
+    case $1 in
+    /*) [ -e "$1" ] ;;
+    *) command -v "$1" >/dev/null 2>&1 ;;
+    esac
+}
+
+# Installs the packages of the tools that are missing, or says which they are.
+need_tools() {
+    local tool packages=()
+    for tool in "$@"; do
+        is_there "${tool% *}" || packages+=("${tool#* }")
+    done
+    [ ${#packages[@]} -gt 0 ] || return 0
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        as_root=(sudo)
+    fi
+    if ! command -v apt-get >/dev/null 2>&1 ||
+        { [ ${#as_root[@]} -gt 0 ] && ! command -v sudo >/dev/null 2>&1; }; then
+        echo "Please install these packages first: ${packages[*]}" >&2
+        exit 1
+    fi
+    echo "Installing ${packages[*]}..." >&2
+    { "${as_root[@]}" apt-get update -qq &&
+        "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+            apt-get install -y -qq --no-install-recommends "${packages[@]}"; } >&2 || {
+        echo "They could not be installed. Please install them first: ${packages[*]}" >&2
+        exit 1
+    }
+}
+
+# build PRESET TARGET: configures where needed and builds; shows what was printed only when it fails.
+build() {
+    local folder="$source_folder/build/$1" log
+    mkdir -p "$folder"
+    log="$folder/build.log"
+    {
+        (cd "$source_folder" && cmake --preset "$1" && cmake --build --preset "$1" --target "$2")
+    } >"$log" 2>&1 || {
+        cat "$log" >&2
+        echo "The build failed; the above is in $log" >&2
+        exit 1
+    }
+}
