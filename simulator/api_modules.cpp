@@ -1,5 +1,5 @@
-/// Presence, scan, maintenance, identification and state of the modules and the base unit.
-#include "simulator/call.h"
+/// Presence, scan, maintenance, readings and state of the modules and the base unit.
+#include "simulator/call_unit.h"
 #include "simulator/config_record.h"
 #include "simulator/measurements.h"
 #include "simulator/status.h"
@@ -13,26 +13,6 @@ namespace
 constexpr std::int64_t module_restart_us = 200'000;
 constexpr std::int64_t presence_us = 20'000;
 constexpr std::int64_t rescan_us = 20'000;
-
-/// Runs `work(instrument, unit)` for the unit that answers at an address.
-template <Name name, typename Work, typename... Results>
-std::int32_t call_unit(std::uint32_t address, const Work& work, Results... results)
-{
-    return call<name>(
-        [&](Instrument& instrument) {
-            unsigned unit = 0;
-            const Failure failure = find_unit(instrument, address, unit);
-            if (failure == Failure::none)
-                work(instrument, unit);
-            return failure;
-        },
-        address, results...);
-}
-
-const Identity& identity(const Instrument& instrument, unsigned unit)
-{
-    return instrument.physical.units[unit].identity;
-}
 
 /// Where the current configuration keeps a module's activation.
 std::size_t activation_field(unsigned unit)
@@ -144,124 +124,6 @@ std::int32_t COM_KOV_CTRL_SetScannedModuleState(void)
         instrument.saved = instrument.scanned;
         settings_changed(instrument);
     });
-}
-
-std::int32_t COM_KOV_CTRL_GetModuleProductID(std::uint32_t address, char* identification)
-{
-    return call_unit<"GetModuleProductID">(
-        address,
-        [&](Instrument& instrument, unsigned unit) {
-            copy_text(identification, 84, identity(instrument, unit).product_id);
-        },
-        identification);
-}
-
-std::int32_t COM_KOV_CTRL_GetModuleProductNo(std::uint32_t address, std::int32_t* number)
-{
-    return call_unit<"GetModuleProductNo">(
-        address,
-        [&](Instrument& instrument, unsigned unit) {
-            *number = identity(instrument, unit).product_number;
-        },
-        number);
-}
-
-std::int32_t COM_KOV_CTRL_GetModuleManufDate(std::uint32_t address, std::uint16_t* year,
-                                             std::uint16_t* week)
-{
-    return call_unit<"GetModuleManufDate">(
-        address,
-        [&](Instrument& instrument, unsigned unit) {
-            *year = identity(instrument, unit).year;
-            *week = identity(instrument, unit).week;
-        },
-        year, week);
-}
-
-std::int32_t COM_KOV_CTRL_GetModuleHwVersion(std::uint32_t address, std::uint16_t* version)
-{
-    return call_unit<"GetModuleHwVersion">(
-        address,
-        [&](Instrument& instrument, unsigned unit) {
-            *version = identity(instrument, unit).hardware_version;
-        },
-        version);
-}
-
-std::int32_t COM_KOV_CTRL_GetModuleFwVersion(std::uint32_t address, std::uint16_t* version)
-{
-    return call_unit<"GetModuleFwVersion">(
-        address,
-        [&](Instrument& instrument, unsigned unit) {
-            *version = identity(instrument, unit).firmware_version;
-        },
-        version);
-}
-
-std::int32_t COM_KOV_CTRL_GetModuleFwDate(std::uint32_t address, char* date)
-{
-    return call_unit<"GetModuleFwDate">(
-        address,
-        [&](Instrument& instrument, unsigned unit) {
-            copy_text(date, 12, identity(instrument, unit).firmware_date);
-        },
-        date);
-}
-
-std::int32_t COM_KOV_CTRL_GetModuleDevType(std::uint32_t address, std::uint16_t* type)
-{
-    return call_unit<"GetModuleDevType">(
-        address,
-        [&](Instrument& instrument, unsigned unit) {
-            *type = identity(instrument, unit).device_type;
-        },
-        type);
-}
-
-std::int32_t COM_KOV_CTRL_GetModuleHwType(std::uint32_t address, std::uint32_t* type)
-{
-    return call_unit<"GetModuleHwType">(
-        address,
-        [&](Instrument& instrument, unsigned unit) {
-            *type = identity(instrument, unit).hardware_type;
-        },
-        type);
-}
-
-std::int32_t COM_KOV_CTRL_GetModuleUptimeInt(std::uint32_t address, std::uint32_t* seconds,
-                                             std::uint16_t* milliseconds,
-                                             std::uint32_t* totalSeconds,
-                                             std::uint16_t* totalMilliseconds)
-{
-    return call_unit<"GetModuleUptimeInt">(
-        address,
-        [&](Instrument& instrument, unsigned unit) {
-            const Duration now = duration(uptime_us(instrument, unit));
-            const Duration total = duration(total_uptime_us(instrument, unit));
-            *seconds = now.seconds;
-            *milliseconds = now.milliseconds;
-            *totalSeconds = total.seconds;
-            *totalMilliseconds = total.milliseconds;
-        },
-        seconds, milliseconds, totalSeconds, totalMilliseconds);
-}
-
-std::int32_t COM_KOV_CTRL_GetModuleOptimeInt(std::uint32_t address, std::uint32_t* seconds,
-                                             std::uint16_t* milliseconds,
-                                             std::uint32_t* totalSeconds,
-                                             std::uint16_t* totalMilliseconds)
-{
-    return call_unit<"GetModuleOptimeInt">(
-        address,
-        [&](Instrument& instrument, unsigned unit) {
-            const Duration now = duration(optime_us(instrument, unit));
-            const Duration total = duration(total_optime_us(instrument, unit));
-            *seconds = now.seconds;
-            *milliseconds = now.milliseconds;
-            *totalSeconds = total.seconds;
-            *totalMilliseconds = total.milliseconds;
-        },
-        seconds, milliseconds, totalSeconds, totalMilliseconds);
 }
 
 std::int32_t COM_KOV_CTRL_GetModuleCPUdata(std::uint32_t address, double* load)

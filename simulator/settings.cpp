@@ -3,7 +3,10 @@
 #include "simulator/call.h"
 #include "simulator/measurements.h"
 
+#include <algorithm>
 #include <cmath>
+#include <optional>
+#include <span>
 #include <string_view>
 
 namespace simulator
@@ -62,10 +65,16 @@ void put(std::optional<T>& place, const Given& given)
         put(place.emplace(), given);
 }
 
+/// A number of seconds and the like held where whole microseconds can be: 0 to some decades.
+double held(double value)
+{
+    return value > 0 ? std::min(value, 1e9) : 0.0;
+}
+
 void put_period(Instrument& instrument, std::int64_t& period, const Given& given)
 {
     // Measurements are made at whole steps of the models.
-    period = std::max(1LL, std::llround(given.real / 10)) * 10'000;
+    period = std::max(1LL, std::llround(held(given.real) / 10)) * 10'000;
     for (unsigned unit = 0; unit <= unit_count; ++unit)
         restart_measurements(instrument, unit);
 }
@@ -104,7 +113,7 @@ using G = const Given&;
 
 /// Settings of the instrument as a whole.
 constexpr Setting general_settings[] = {
-    {"latency", Takes::real, 0, [](I&, U, G v) { set_latency_us(std::llround(std::min(std::max(v.real, 0.0), 1e9) * 1000)); }},
+    {"latency", Takes::real, 0, [](I&, U, G v) { set_latency_us(std::llround(held(v.real) * 1000)); }},
     {"noise", Takes::flag, 0, [](I& i, U, G v) { put(i.physical.noise, v); }},
     {"library_version", Takes::whole, word, [](I& i, U, G v) { put(i.physical.library_version, v); }},
     {"voltage24", Takes::real, 0, [](I& i, U, G v) { put(i.physical.readings.voltage24, v); }},
@@ -164,7 +173,7 @@ constexpr Setting identity_settings[] = {
     {"firmware_date", Takes::text, 12, [](I& i, U u, G v) { put(identity(i, u).firmware_date, v); }},
     {"device_type", Takes::whole, word, [](I& i, U u, G v) { put(identity(i, u).device_type, v); }},
     {"hardware_type", Takes::whole, double_word, [](I& i, U u, G v) { put(identity(i, u).hardware_type, v); }},
-    {"uptime", Takes::real, 0, [](I& i, U u, G v) { i.clocks[u].started_us = i.now_us - std::llround(v.real * 1e6); }},
+    {"uptime", Takes::real, 0, [](I& i, U u, G v) { i.clocks[u].started_us = i.now_us - std::llround(held(v.real) * 1e6); }},
 };
 
 /// Settings of a unit, after "slot0." .. "slot3." or "base.".
@@ -275,8 +284,7 @@ const char* read_given(const Word& given_word, const Setting& setting, Given& gi
 
 } // namespace
 
-bool change_setting(const std::vector<Word>& words, bool really, Instrument& instrument,
-                    std::string& problem)
+bool change_setting(const Words& words, bool really, Instrument& instrument, std::string& problem)
 {
     std::string_view name = words[0].text;
     const unsigned unit = take_unit(name);

@@ -3,17 +3,16 @@
 #pragma once
 
 #include "simulator/instrument.h"
-#include "simulator/value.h"
+#include "simulator/words.h"
 
 #include <string>
-#include <vector>
 
 namespace simulator
 {
 
 /// Sets words[0] to words[1]. Returns false and says why when the name or the value is wrong;
 /// nothing is changed then, nor when `really` is false.
-[[nodiscard]] bool change_setting(const std::vector<Word>& words, bool really,
-                                  Instrument& instrument, std::string& problem);
+[[nodiscard]] bool change_setting(const Words& words, bool really, Instrument& instrument,
+                                  std::string& problem);
 
 } // namespace simulator

@@ -1,7 +1,8 @@
-/// Words and values of the scenario language, and how values look in the trace.
+/// Values that replies put in the place of results, and how values look in the trace.
 #pragma once
 
 #include "simulator/functions.h"
+#include "simulator/words.h"
 
 #include <cstdint>
 #include <string>
@@ -10,23 +11,6 @@
 
 namespace simulator
 {
-
-/// One word of a scenario line; a quoted one is a text whose escapes are already replaced.
-struct Word {
-    std::string text;
-    bool quoted = false;
-};
-
-/// Splits a line at its blanks; "#" starts a comment, texts stand in double quotes with the escapes
-/// \n \t \r \e \xNN \" \\. Returns false and names the fault when a text is wrong.
-[[nodiscard]] bool split_words(std::string_view line, std::vector<Word>& words,
-                               std::string& problem);
-
-/// A whole number: decimal, or hexadecimal as 1Fh or 0x1F. False when it is something else.
-[[nodiscard]] bool read_integer(std::string_view text, std::int64_t& value);
-
-/// A real number, "nan", "inf" and "-inf" included. False when it is something else.
-[[nodiscard]] bool read_real(std::string_view text, double& value);
 
 /// What a reply puts in the place of a result.
 struct Value {
@@ -40,9 +24,8 @@ struct Value {
 /// Reads the values that stand for `parameter` from words[first] on ("fill" takes the text after
 /// it). `returned` is true for a result that comes back directly. False and the fault in `problem`
 /// when a word does not fit the parameter.
-[[nodiscard]] bool read_values(const std::vector<Word>& words, std::size_t first,
-                               const Parameter& parameter, bool returned,
-                               std::vector<Value>& values, std::string& problem);
+[[nodiscard]] bool read_values(const Words& words, std::size_t first, const Parameter& parameter,
+                               bool returned, std::vector<Value>& values, std::string& problem);
 
 /// Writes a value over a result: over all elements of an array, or over one (element >= 0). Never
 /// beyond `count` elements or bytes.

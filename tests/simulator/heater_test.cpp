@@ -7,20 +7,6 @@
 namespace
 {
 
-struct Monitoring {
-    double output = 0, heater = 0, current = 0, temperature = 0;
-};
-
-Monitoring monitoring()
-{
-    Monitoring m;
-    std::uint8_t ready = 0;
-    EXPECT_EQ(COM_KOV_CTRL_GetHeatCtrlMonitoring(&ready, &m.output, &m.heater, &m.current,
-                                                 &m.temperature),
-              0);
-    return m;
-}
-
 class HeaterTest : public InstrumentTest
 {
 protected:

@@ -61,3 +61,35 @@ T got(std::int32_t (*getter)(std::uint32_t, T*), std::uint32_t address)
     EXPECT_EQ(getter(address, &value), 0) << COM_KOV_CTRL_GetErrorMessage();
     return value;
 }
+
+/// A time and its total in whole seconds, as the four results of a getter give them.
+struct Times {
+    std::uint32_t seconds = 0, total = 0;
+    bool operator==(const Times&) const = default;
+};
+
+template <typename Getter, typename... Address>
+Times times(Getter getter, Address... address)
+{
+    Times times;
+    std::uint16_t ms = 0, total_ms = 0;
+    EXPECT_EQ(getter(address..., &times.seconds, &ms, &times.total, &total_ms), 0);
+    return times;
+}
+
+/// The last measurement of the heater.
+struct Monitoring {
+    bool ready = false;
+    double output = 0, heater = 0, current = 0, temperature = 0;
+};
+
+inline Monitoring monitoring()
+{
+    Monitoring m;
+    std::uint8_t ready = 0;
+    EXPECT_EQ(COM_KOV_CTRL_GetHeatCtrlMonitoring(&ready, &m.output, &m.heater, &m.current,
+                                                 &m.temperature),
+              0);
+    m.ready = ready != 0;
+    return m;
+}

@@ -37,11 +37,7 @@ bool read_supply_housekeeping()
 
 bool read_monitoring()
 {
-    std::uint8_t ready = 0;
-    double output = 0, heater = 0, current = 0, temperature = 0;
-    EXPECT_EQ(COM_KOV_CTRL_GetHeatCtrlMonitoring(&ready, &output, &heater, &current, &temperature),
-              0);
-    return ready != 0;
+    return monitoring().ready;
 }
 
 bool read_voltage()

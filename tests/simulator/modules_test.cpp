@@ -93,12 +93,8 @@ TEST_F(ModuleTest, RestartConcernsOneModule)
     wait_seconds(500);
     ASSERT_EQ(COM_KOV_CTRL_RestartModule(2), 0);
     wait_seconds(4);
-    std::uint32_t seconds = 0, total = 0;
-    std::uint16_t ms = 0, total_ms = 0;
-    ASSERT_EQ(COM_KOV_CTRL_GetModuleUptimeInt(2, &seconds, &ms, &total, &total_ms), 0);
-    EXPECT_EQ(std::pair(seconds, total), std::pair(4U, 504U));
-    ASSERT_EQ(COM_KOV_CTRL_GetModuleUptimeInt(1, &seconds, &ms, &total, &total_ms), 0);
-    EXPECT_EQ(std::pair(seconds, total), std::pair(504U, 504U));
+    EXPECT_EQ(times(COM_KOV_CTRL_GetModuleUptimeInt, 2U), (Times{4, 504}));
+    EXPECT_EQ(times(COM_KOV_CTRL_GetModuleUptimeInt, 1U), (Times{504, 504}));
 }
 
 TEST_F(ModuleTest, TypesAreThoseOfTheSlots)

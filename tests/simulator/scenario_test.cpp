@@ -113,10 +113,8 @@ TEST_F(ScenarioTest, FileWinsOverTheStateThatWasLeft)
     wait_seconds(3600);
     start_with("/lines.txt");
     ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
-    std::uint32_t seconds = 0, total = 0;
-    std::uint16_t ms = 0, total_ms = 0;
-    ASSERT_EQ(COM_KOV_CTRL_GetUptimeInt(&seconds, &ms, &total, &total_ms), 0);
-    EXPECT_EQ(seconds, 5000U);
+    EXPECT_EQ(times(COM_KOV_CTRL_GetUptimeInt).seconds, 5000U);
+    EXPECT_EQ(monitoring().temperature, 120);
 }
 
 TEST_F(ScenarioTest, LinesWaitForTheirTime)

@@ -31,13 +31,9 @@ std::string last_error()
     return COM_KOV_CTRL_GetErrorMessage();
 }
 
-std::uint32_t uptime(bool total = false)
+std::uint32_t uptime()
 {
-    std::uint32_t seconds = 0, total_seconds = 0;
-    std::uint16_t milliseconds = 0, total_milliseconds = 0;
-    EXPECT_EQ(
-        COM_KOV_CTRL_GetUptimeInt(&seconds, &milliseconds, &total_seconds, &total_milliseconds), 0);
-    return total ? total_seconds : seconds;
+    return times(COM_KOV_CTRL_GetUptimeInt).seconds;
 }
 
 TEST_F(SessionTest, NothingButTheLibraryAnswersWithoutAPort)
@@ -94,11 +90,7 @@ TEST_F(SessionTest, HeaterCoolsDownWhileNobodyIsThere)
     start_again();
     wait_seconds(24 * 3600);
     ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
-    std::uint8_t ready = 0;
-    double output = 0, heater = 0, current = 0, temperature = 0;
-    ASSERT_EQ(COM_KOV_CTRL_GetHeatCtrlMonitoring(&ready, &output, &heater, &current, &temperature),
-              0);
-    EXPECT_NEAR(temperature, 25, 0.001);
+    EXPECT_NEAR(monitoring().temperature, 25, 0.001);
 }
 
 TEST_F(SessionTest, ClockThatWasSetBackTakesNothingBack)
@@ -199,13 +191,8 @@ TEST_F(SessionTest, RestartStartsTheUptimeAgainAndKeepsTheSettings)
     ASSERT_EQ(COM_KOV_CTRL_Restart(), 0);
     EXPECT_GT(virtual_time::now_us(), before_us);
     wait_seconds(7);
-    EXPECT_EQ(uptime(), 7U);
-    EXPECT_EQ(uptime(true), 107U);
-    std::uint32_t seconds = 0, total = 0;
-    std::uint16_t ms = 0, total_ms = 0;
-    ASSERT_EQ(COM_KOV_CTRL_GetOptimeInt(&seconds, &ms, &total, &total_ms), 0);
-    EXPECT_EQ(seconds, 7U);
-    EXPECT_EQ(total, 107U);
+    EXPECT_EQ(times(COM_KOV_CTRL_GetUptimeInt), (Times{7, 107}));
+    EXPECT_EQ(times(COM_KOV_CTRL_GetOptimeInt), (Times{7, 107}));
     EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
 }
 
@@ -217,10 +204,7 @@ TEST_F(SessionTest, OperationTimeRunsOnlyWhileTheDeviceIsOn)
     wait_seconds(20);
     COM_KOV_CTRL_SetEnable(0);
     wait_seconds(40);
-    std::uint32_t seconds = 0, total = 0;
-    std::uint16_t ms = 0, total_ms = 0;
-    ASSERT_EQ(COM_KOV_CTRL_GetOptimeInt(&seconds, &ms, &total, &total_ms), 0);
-    EXPECT_EQ(seconds, 20U);
+    EXPECT_EQ(times(COM_KOV_CTRL_GetOptimeInt), (Times{20, 20}));
 }
 
 TEST_F(SessionTest, DataRateIsTheNearestThatAPortCanDo)
