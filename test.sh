@@ -7,9 +7,8 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/tools/setup.sh"
 
 need_tools "${build_tools[@]}" "${test_tools[@]}"
-for preset in "${@:-debug sanitize}"; do
-    for one in $preset; do
-        build "$one" all
-        (cd "$source_folder" && ctest --preset "$one" -j "$(nproc)")
-    done
+[ $# -gt 0 ] || set -- debug sanitize
+for preset in "$@"; do
+    build "$preset" all
+    (cd "$source_folder" && ctest --preset "$preset" -j "$(nproc)")
 done

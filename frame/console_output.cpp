@@ -125,6 +125,8 @@ void Console::flush()
     if (bell_)
         out_ += '\a';
     bell_ = false;
+    const int last = std::min(last_row(), bottom_row());
+    platform::note_rows_to_leave(display_depth_ > 0 ? last - sent_row_ + 1 : 0);
     if (!out_.empty())
         platform::write_output(out_);
     out_.clear();

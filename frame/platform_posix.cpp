@@ -28,6 +28,7 @@ termios raw_modes;
 volatile std::sig_atomic_t have_original_modes = 0;
 volatile std::sig_atomic_t raw_input_active = 0;
 volatile std::sig_atomic_t screen_in_use = 0;
+volatile std::sig_atomic_t rows_to_leave = 0;
 
 constexpr char neutral_screen[] = "\033[0m\033[?25h"; // no colour, cursor visible
 
@@ -37,6 +38,8 @@ void hand_terminal_back()
     if (screen_in_use != 0) {
         screen_in_use = 0;
         (void)!write(STDOUT_FILENO, neutral_screen, sizeof neutral_screen - 1);
+        for (int row = 0; row < rows_to_leave; ++row)
+            (void)!write(STDOUT_FILENO, "\r\n", 2);
     }
     if (raw_input_active != 0) {
         raw_input_active = 0;
@@ -252,6 +255,11 @@ bool write_output(std::string_view bytes)
         return false;
     }
     return true;
+}
+
+void note_rows_to_leave(int rows)
+{
+    rows_to_leave = rows;
 }
 
 bool input_is_terminal()

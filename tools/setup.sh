@@ -44,9 +44,13 @@ build() {
     local folder="$source_folder/build/$1" log
     mkdir -p "$folder"
     log="$folder/build.log"
-    {
-        (cd "$source_folder" && cmake --preset "$1" && cmake --build --preset "$1" --target "$2")
-    } >"$log" 2>&1 || {
+    (
+        cd "$source_folder" || exit
+        if [ ! -e "$folder/build.ninja" ] || [ CMakePresets.json -nt "$folder/build.ninja" ]; then
+            cmake --preset "$1" || exit
+        fi
+        cmake --build --preset "$1" --target "$2"
+    ) >"$log" 2>&1 || {
         cat "$log" >&2
         echo "The build failed; the above is in $log" >&2
         exit 1

@@ -155,6 +155,8 @@ bool write_output(std::string_view bytes)
     return true;
 }
 
+void note_rows_to_leave(int) {}
+
 bool input_is_terminal()
 {
     return virtual_platform.input_is_terminal;
