@@ -220,7 +220,8 @@ struct Instrument {
     std::array<std::array<std::int64_t, measurement_count>, unit_count + 1> taken{};
 
     Status status;
-    bool changed = false; ///< something happened that the state file must keep
+    bool changed = false;    ///< something happened that the state file must keep
+    bool interfered = false; ///< a scenario changed something by itself
 };
 
 /// A new instrument, switched on at that time, with the scenario-less physical world.

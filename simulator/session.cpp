@@ -18,6 +18,8 @@ namespace
 constexpr std::uint32_t default_data_rate = 230'400;
 /// A state is waited for until the disk has it, but in a burst of changes not for each.
 constexpr std::int64_t durable_every_us = 200'000;
+/// A state that is older is written again at the end of the connection.
+constexpr std::int64_t old_after_us = 60'000'000;
 
 struct Session {
     bool instrument_made = false;
@@ -25,7 +27,9 @@ struct Session {
     std::string state_path; ///< empty = the state is kept in this process alone
     std::uint32_t data_rate = default_data_rate;
     std::int64_t clock_offset_us = 0; ///< from the monotonic clock to the instrument's
-    std::int64_t durable_at_us = 0;   ///< monotonic: when the next state is waited for
+    std::int64_t durable_at_us = 0;   ///< monotonic: when the next change is waited for
+    std::int64_t saved_at_us = 0;     ///< monotonic: the last writing, or the opening
+    bool unsafe = false;              ///< the disk may not have the last change yet
 };
 
 Session session;
@@ -94,6 +98,7 @@ Failure find_instrument()
     case host::Reading::missing: {
         Physical physical = std::move(instrument.physical);
         make_new(instrument, wall_us);
+        instrument.changed = true; // its state file is yet to be made
         instrument.physical = std::move(physical);
         break;
     }
@@ -113,13 +118,20 @@ Failure find_instrument()
 
 Failure save(bool closing)
 {
-    if (session.state_path.empty())
-        return Failure::none;
+    const Instrument& instrument = the_instrument();
     const std::int64_t now_us = host::monotonic_us();
+    // The file tells how things go on from the last change, unless a scenario interfered. Now and
+    // then the time is worth noting, for a clock that is set back.
+    const bool needed = !closing || session.unsafe || instrument.interfered ||
+                        now_us - session.saved_at_us > old_after_us;
+    if (session.state_path.empty() || !needed)
+        return Failure::none;
     const bool durable = closing || now_us >= session.durable_at_us;
     std::string problem;
-    if (!host::replace_file(session.state_path, write_state(the_instrument()), durable, problem))
+    if (!host::replace_file(session.state_path, write_state(instrument), durable, problem))
         return failed(Failure::state_file, "cannot write '" + session.state_path + "': " + problem);
+    session.unsafe = !durable;
+    session.saved_at_us = now_us;
     if (durable)
         session.durable_at_us = now_us + durable_every_us;
     return Failure::none;
@@ -167,8 +179,9 @@ Failure open_port(std::uint8_t port)
     }
     Instrument& instrument = instrument_now();
     find_modules(instrument);
-    settings_changed(instrument);
+    refresh(instrument);
     session.data_rate = default_data_rate;
+    session.saved_at_us = host::monotonic_us();
     session.open = true;
     call_conditions_changed();
     return Failure::none;
@@ -180,6 +193,7 @@ Failure close_port()
     call_conditions_changed();
     Instrument& instrument = instrument_now();
     drop_written(instrument.memory);
+    session.unsafe |= instrument.changed;
     instrument.changed = false;
     const Failure failure = save(true);
     if (!session.state_path.empty())

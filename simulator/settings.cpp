@@ -305,6 +305,7 @@ bool change_setting(const Words& words, bool really, Instrument& instrument, std
     }
     if (really) {
         setting->set(instrument, unit, given);
+        instrument.interfered = true;
         refresh(instrument);
     }
     return true;

@@ -10,8 +10,10 @@
 namespace simulator
 {
 
-/// A new instrument, as delivered: port closed, default settings, empty memory, no scenario, no
-/// faults, noise off, no answer time, state kept nowhere but in this process.
+/// A new instrument, as delivered and switched on just now: port closed, default settings, empty
+/// memory, no scenario, no faults, noise off, no answer time. The clock must not go back
+/// afterwards. State file and scenario file are read again where the host's environment names them;
+/// the one of the tests says that the state is kept nowhere but in this process.
 void reset_for_test();
 
 /// Carries out one line of the scenario language ("interlock.front open", "fail GetState at 2",
