@@ -109,11 +109,6 @@ void set_latency_us(std::int64_t microseconds)
     call_conditions_changed();
 }
 
-std::int64_t latency_us()
-{
-    return answer_time_us;
-}
-
 void take_time_us(std::int64_t microseconds)
 {
     host::let_time_pass_us(microseconds);

@@ -43,7 +43,6 @@ void call_conditions_changed();
 
 /// The answer time of a call.
 void set_latency_us(std::int64_t microseconds);
-[[nodiscard]] std::int64_t latency_us();
 
 /// Lets time pass that the instrument needs for a work of its own / that a transfer takes; the
 /// latter is nothing where the answer time is 0.

@@ -8,8 +8,8 @@
 
 #include <array>
 #include <cstdint>
-#include <limits>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace simulator
@@ -195,7 +195,6 @@ struct Status {
     bool fan_enabled = false;
     std::uint8_t interlock_results = 0; ///< bits as Input
     bool device_active = false;
-    bool modules_changed = false;
     std::array<std::uint16_t, unit_count> modules{};
     std::array<std::uint8_t, unit_count + 1> leds{}; ///< 4 red, 2 green, 1 blue; last: controller
 };

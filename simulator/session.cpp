@@ -210,11 +210,6 @@ Failure save_changes()
     return save(false);
 }
 
-std::uint32_t data_rate()
-{
-    return session.data_rate;
-}
-
 std::uint32_t set_data_rate(std::uint32_t wanted)
 {
     // A port divides its clock by whole numbers.

@@ -3,6 +3,7 @@
 
 #include "simulator/errors.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace simulator
@@ -19,8 +20,7 @@ namespace simulator
 /// Writes the state file when the instrument changed in a way that it keeps.
 [[nodiscard]] Failure save_changes();
 
-/// The data rate of the port, and the time that bytes take on it.
-[[nodiscard]] std::uint32_t data_rate();
+/// Sets the nearest data rate that a port can do and returns it; the time that bytes take at it.
 std::uint32_t set_data_rate(std::uint32_t wanted);
 [[nodiscard]] std::int64_t transfer_time_us(std::size_t bytes);
 

@@ -191,7 +191,6 @@ void refresh(Instrument& instrument)
     status.voltage = voltage_word(instrument);
     status.temperature = temperature_word(instrument);
     status.interlock_results = closed_inputs(instrument);
-    status.modules_changed = instrument.scanned != instrument.saved;
     const std::uint8_t override = config[field::fan_override];
     status.fan_enabled = (override & 1) != 0 ? (override & 2) != 0 : physical.fan.switched_on;
 

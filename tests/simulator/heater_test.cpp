@@ -1,6 +1,7 @@
 /// The heater under each of its limits, and what switches it off.
 #include "tests/simulator/instrument_test.h"
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 
@@ -56,21 +57,29 @@ TEST_F(HeaterTest, EachLimitInTurnIsTheActiveOne)
 TEST_F(HeaterTest, HardwareLimitsHoldWhateverIsSet)
 {
     const double huge = 1e9;
-    COM_KOV_CTRL_SetHeatCtrlVoltageLimit(&huge);
-    COM_KOV_CTRL_SetHeatCtrlCurrentLimit(&huge);
-    COM_KOV_CTRL_SetHeatCtrlPowerLimit(&huge);
     double voltage = 0, current = 0, power = 0, temperature = 0;
     ASSERT_EQ(COM_KOV_CTRL_GetHeatCtrlHwLimits(&voltage, &current, &power, &temperature), 0);
-    heat_to(5000);
-    for (int second = 0; second < 1500; ++second) {
-        wait_seconds(1);
-        const Monitoring now = monitoring();
-        ASSERT_LE(now.heater, voltage + 1e-9);
-        ASSERT_LE(now.current, current + 1e-9);
-        ASSERT_LE(now.heater * now.current, power + 1e-9);
-        ASSERT_LE(now.temperature, temperature + 0.01);
+    // A heater for each of the limits to be the one that counts at first, and the temperature last.
+    for (const char* const resistance : {"2", "5", "20"}) {
+        SetUp();
+        apply(std::string("heater.resistance ") + resistance);
+        apply("heater.thermal_resistance 8");
+        COM_KOV_CTRL_SetHeatCtrlVoltageLimit(&huge);
+        COM_KOV_CTRL_SetHeatCtrlCurrentLimit(&huge);
+        COM_KOV_CTRL_SetHeatCtrlPowerLimit(&huge);
+        heat_to(5000);
+        Monitoring highest;
+        for (int second = 0; second < 2000; ++second) {
+            wait_seconds(1);
+            const Monitoring now = monitoring();
+            highest.heater = std::max(highest.heater, now.heater / voltage);
+            highest.current = std::max(highest.current, now.current / current);
+            highest.output = std::max(highest.output, now.heater * now.current / power);
+            ASSERT_LE(now.temperature, temperature + 0.01);
+        }
+        EXPECT_NEAR(std::max({highest.heater, highest.current, highest.output}), 1, 1e-6);
+        EXPECT_NEAR(monitoring().temperature, temperature, 0.1) << resistance;
     }
-    EXPECT_NEAR(monitoring().temperature, temperature, 0.1);
 }
 
 TEST_F(HeaterTest, WiresTakeTheirShareAndResistanceRises)

@@ -69,6 +69,12 @@ TEST_F(SessionTest, SettingsAndTimesSurviveTheProgram)
     EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
     EXPECT_EQ(got(COM_KOV_CTRL_GetModuleActivationState, 128), 0);
     EXPECT_EQ(got(COM_KOV_CTRL_GetScannedModuleState), 1); // the module is back in its slot
+    std::int32_t scanned = 0, saved = 0;
+    std::uint32_t scanned_type = 0, saved_type = 0;
+    COM_KOV_CTRL_GetScannedModuleParams(1, &scanned, &saved, &scanned_type, &saved_type);
+    EXPECT_EQ(std::pair(saved, saved_type), std::pair(scanned, scanned_type));
+    COM_KOV_CTRL_GetScannedModuleParams(2, &scanned, &saved, &scanned_type, &saved_type);
+    EXPECT_EQ(std::pair(saved, saved_type), std::pair(0, 0U));
     char name[203] = {};
     ASSERT_EQ(COM_KOV_CTRL_GetConfigName(4, name), 0);
     EXPECT_STREQ(name, "bake out");
