@@ -63,7 +63,7 @@ TEST_F(HeaterTest, HardwareLimitsHoldWhateverIsSet)
     for (const char* const resistance : {"2", "5", "20"}) {
         SetUp();
         apply(std::string("heater.resistance ") + resistance);
-        apply("heater.thermal_resistance 8");
+        apply("heater.thermal_resistance 12");
         COM_KOV_CTRL_SetHeatCtrlVoltageLimit(&huge);
         COM_KOV_CTRL_SetHeatCtrlCurrentLimit(&huge);
         COM_KOV_CTRL_SetHeatCtrlPowerLimit(&huge);
