@@ -4,6 +4,8 @@
 
 #include "controller/identification.h"
 #include "controller/measurements.h"
+#include "controller/settings.h"
+#include "controller/status_displays.h"
 #include "frame/general_commands.h"
 #include "frame/switches.h"
 
@@ -24,22 +26,22 @@ inline constexpr Switch controller_switches[] = {
     {"PL", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   show_led_data},
     {"PC", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   show_cpu_data},
     {"P#", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   restart_controller},
-    {"S",  Form::either,  Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"SD", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"SV", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"ST", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"SF", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"SI", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"SN", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"SP", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"SE", Form::capital, Attached::nothing, Next::number,  Session::required, not_yet_there},
-    {"SE", Form::lower,   Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"SG", Form::capital, Attached::nothing, Next::number,  Session::required, not_yet_there},
-    {"SG", Form::lower,   Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"SS", Form::capital, Attached::nothing, Next::number,  Session::required, not_yet_there},
-    {"SS", Form::lower,   Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"UY", Form::capital, Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"UN", Form::capital, Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
-    {"U",  Form::lower,   Attached::nothing, Next::nothing, Session::wanted,   not_yet_there},
+    {"S",  Form::either,  Attached::nothing, Next::nothing, Session::wanted,   show_overall_state},
+    {"SD", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   show_device_state},
+    {"SV", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   show_voltage_state},
+    {"ST", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   show_temperature_state},
+    {"SF", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   show_fan_state},
+    {"SI", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   show_interlock_state},
+    {"SN", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   show_input_levels},
+    {"SP", Form::either,  Attached::nothing, Next::nothing, Session::wanted,   show_power_monitors},
+    {"SE", Form::capital, Attached::nothing, Next::number,  Session::required, set_hv_supply_interlock_mask},
+    {"SE", Form::lower,   Attached::nothing, Next::nothing, Session::wanted,   show_hv_supply_interlock_mask},
+    {"SG", Form::capital, Attached::nothing, Next::number,  Session::required, set_heat_controller_interlock_mask},
+    {"SG", Form::lower,   Attached::nothing, Next::nothing, Session::wanted,   show_heat_controller_interlock_mask},
+    {"SS", Form::capital, Attached::nothing, Next::number,  Session::required, set_fan_switch_function},
+    {"SS", Form::lower,   Attached::nothing, Next::nothing, Session::wanted,   show_fan_switch_function},
+    {"UY", Form::capital, Attached::nothing, Next::nothing, Session::wanted,   enable_device},
+    {"UN", Form::capital, Attached::nothing, Next::nothing, Session::wanted,   disable_device},
+    {"U",  Form::lower,   Attached::nothing, Next::nothing, Session::wanted,   show_enable_state},
 };
 // clang-format on

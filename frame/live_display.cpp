@@ -120,9 +120,10 @@ private:
         if (!undrawn_ && key_ == 0)
             return;
         undrawn_ = false;
-        fields_.rates.show(rates_, now_ms);
-        if (rates_.cycles > 0)
+        if (rates_.cycles > 0) {
+            fields_.rates.show(rates_, now_ms);
             draw_();
+        }
         if (fields_.key_echo.row > 0)
             console.print_at(fields_.key_echo, Color::label, "%s", key_text(key_).c_str());
         key_ = 0;

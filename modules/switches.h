@@ -3,16 +3,18 @@
 #pragma once
 
 #include "frame/switches.h"
+#include "modules/maintenance.h"
 
 // clang-format off
 inline constexpr Switch module_switches[] = {
-    {"M",  Form::either,  Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
-    {"MP", Form::either,  Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
-    {"MR", Form::either,  Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
-    {"M#", Form::either,  Attached::address, Next::nothing, Session::wanted, not_yet_there},
-    {"MG", Form::either,  Attached::address, Next::nothing, Session::wanted, not_yet_there},
-    {"MZ", Form::lower,   Attached::address, Next::nothing, Session::wanted, not_yet_there},
-    {"MZ", Form::capital, Attached::address, Next::nothing, Session::wanted, not_yet_there},
+    {"M",  Form::lower,   Attached::nothing, Next::nothing, Session::wanted, list_modules},
+    {"M",  Form::capital, Attached::nothing, Next::nothing, Session::wanted, check_modules},
+    {"MP", Form::either,  Attached::nothing, Next::nothing, Session::wanted, update_presence},
+    {"MR", Form::either,  Attached::nothing, Next::nothing, Session::wanted, rescan_all_modules},
+    {"M#", Form::either,  Attached::address, Next::nothing, Session::wanted, restart_module},
+    {"MG", Form::either,  Attached::address, Next::nothing, Session::wanted, rescan_module},
+    {"MZ", Form::lower,   Attached::address, Next::nothing, Session::wanted, show_module_buffer_state},
+    {"MZ", Form::capital, Attached::address, Next::nothing, Session::wanted, purge_module},
     {"MS", Form::either,  Attached::address, Next::nothing, Session::wanted, not_yet_there},
     {"MA", Form::capital, Attached::address, Next::yes_no, Session::required, not_yet_there},
     {"MA", Form::lower,   Attached::address, Next::nothing, Session::wanted, not_yet_there},
@@ -45,10 +47,10 @@ inline constexpr Switch module_switches[] = {
     {"BO", Form::either,  Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
     {"BK", Form::either,  Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
     {"BC", Form::either,  Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
-    {"B#", Form::either,  Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
-    {"BG", Form::either,  Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
-    {"BZ", Form::lower,   Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
-    {"BZ", Form::capital, Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
+    {"B#", Form::either,  Attached::nothing, Next::nothing, Session::wanted, restart_base_unit},
+    {"BG", Form::either,  Attached::nothing, Next::nothing, Session::wanted, rescan_base_unit},
+    {"BZ", Form::lower,   Attached::nothing, Next::nothing, Session::wanted, show_base_unit_buffer_state},
+    {"BZ", Form::capital, Attached::nothing, Next::nothing, Session::wanted, purge_base_unit},
     {"H",  Form::either,  Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
     {"HT", Form::capital, Attached::real, Next::nothing, Session::wanted, not_yet_there, SecondLetter::as_first},
     {"HT", Form::lower,   Attached::nothing, Next::nothing, Session::wanted, not_yet_there, SecondLetter::as_first},

@@ -1,0 +1,364 @@
+#include "modules/maintenance.h"
+
+#include <cstdio>
+
+#include "frame/console.h"
+#include "frame/device_call.h"
+#include "frame/keys.h"
+#include "frame/platform.h"
+#include "modules/presence.h"
+
+namespace
+{
+
+/// Runs a command for the base unit.
+void for_base_unit(Routine routine)
+{
+    Given given;
+    given.address = base_unit;
+    routine(given);
+}
+
+/// The walk of a command over all modules: heading, then a line for each slot with a module.
+/// `show` gets the slot's address after the label was chosen and reports itself; when it fails the
+/// walk goes on.
+template <class Show>
+void for_all_slots(const char* heading, Show show)
+{
+    ModulePresence presence;
+    if (!read_valid_presence(presence))
+        return;
+    console.print("%s\r\n", heading);
+    for (const unsigned slot : presence.present_slots())
+        show(slot);
+}
+
+void print_slot(unsigned slot)
+{
+    console.print("  slot #%02u: ", slot);
+}
+
+// ---- Listing ----
+
+Word listed_type(std::uint16_t type)
+{
+    switch (type) {
+    case module_type::base_unit:
+        return {"Base  ", Color::value};
+    case module_type::heat_controller:
+        return {"HTCTRL", Color::value};
+    case module_type::hv_supply:
+        return {"HVPS  ", Color::value};
+    default:
+        return {"unknown", Color::bad};
+    }
+}
+
+/// What stands in a line of the list behind the slot. A failure ends the line, not the list.
+void print_identification(unsigned address, std::uint8_t flag)
+{
+    switch (flag) {
+    case presence_flag::absent:
+        console.print("n/a");
+        return;
+    case presence_flag::present:
+        break;
+    case presence_flag::invalid:
+        console.print("invalid");
+        return;
+    default:
+        console.print("unknown");
+        return;
+    }
+    const std::string name = module_name(address);
+    progress("Getting product number of %s:\r\n", name.c_str());
+    std::int32_t number = 0;
+    if (!call_twice(LIB(GetModuleProductNo), address, &number))
+        return;
+    console.print("P/N: ");
+    console.print(Color::value, "%d", number);
+    progress("Getting device type of %s:\r\n", name.c_str());
+    std::uint16_t type = 0;
+    if (!call_twice(LIB(GetModuleDevType), address, &type))
+        return;
+    console.print(", dev.type: ");
+    console.print(listed_type(type));
+}
+
+// ---- Checking ----
+
+/// As scanned now and as saved in the controller.
+struct ScannedModule {
+    std::int32_t product_number, saved_product_number;
+    std::uint32_t hardware_type, saved_hardware_type;
+};
+
+const char* presence_text(std::uint8_t flag)
+{
+    switch (flag) {
+    case presence_flag::absent:
+        return "    n/a";
+    case presence_flag::present:
+        return "present";
+    case presence_flag::invalid:
+        return "invalid";
+    default:
+        return "unknown";
+    }
+}
+
+void print_scanned_module(const ScannedModule& module)
+{
+    const auto color = [](auto scanned, auto saved) {
+        return scanned == saved ? Color::value : Color::not_good;
+    };
+    const Color number_color = color(module.product_number, module.saved_product_number);
+    const Color type_color = color(module.hardware_type, module.saved_hardware_type);
+    console.print(", P/N scanned: ");
+    console.print(number_color, "%6d", module.product_number);
+    console.print(", saved: ");
+    console.print(number_color, "%6d", module.saved_product_number);
+    console.print(", HW type scanned: ");
+    console.print(type_color, "%08Xh", module.hardware_type);
+    console.print(", saved: ");
+    console.print(type_color, "%08Xh", module.saved_hardware_type);
+}
+
+/// The table of all scanned modules; false after a failure, which has been reported.
+bool print_scanned_modules(const ModulePresence& presence)
+{
+    constexpr unsigned entries = 5;
+    console.print("Scanned module data:");
+    for (unsigned entry = 0; entry < entries; ++entry) {
+        // The base unit follows the slots that the controller has, wherever that is.
+        const bool is_base = entry == presence.slot_count;
+        ScannedModule module{};
+        if (!call_twice(LIB(GetScannedModuleParams), is_base ? base_unit : entry,
+                        &module.product_number, &module.saved_product_number, &module.hardware_type,
+                        &module.saved_hardware_type))
+            return false;
+        if (is_base)
+            console.print("\r\n  base unit: ");
+        else
+            console.print("\r\n  slot #%02u:  ", entry);
+        console.print(
+            "%s", presence_text(presence.flags[is_base ? ModulePresence::base_unit_index : entry]));
+        print_scanned_module(module);
+    }
+    console.print("\r\n");
+    return true;
+}
+
+/// Asks whether to save the scan. Esc leaves without a trace.
+void offer_to_save()
+{
+    console.print(Color::warning, "Module state changed, it must be saved to enable the device!");
+    console.print("\r\nWere all modules found and should the state be saved now? [");
+    console.print(Color::value, "Y");
+    console.print("/");
+    console.print(Color::value, "N");
+    console.print("] ");
+    int key = 0;
+    do
+        key = folded(read_key());
+    while (key != 'Y' && key != 'N' && key != key::escape);
+    if (key == key::escape)
+        return;
+    console.print(key == 'Y' ? Word{"Y", Color::good} : Word{"N", Color::not_good});
+    console.print("\r\n");
+    if (key == 'Y')
+        (void)call_twice(LIB(SetScannedModuleState));
+}
+
+// ---- Single modules ----
+
+bool print_rescanned(const char* label, unsigned address)
+{
+    // Made once, unlike the other calls to a module.
+    if (!call(LIB(RescanModule), address))
+        return false;
+    console.print("%s", label);
+    console.print(Color::value, "%2d", static_cast<int>(address));
+    console.print("=");
+    console.print(Color::value, "%02Xh", address);
+    console.print("\r\n");
+    return true;
+}
+
+/// Up to ten tries; false when the last one failed, which has been reported.
+bool purge(unsigned address, bool& purged)
+{
+    constexpr int most_tries = 10;
+    constexpr std::int64_t pause_ms = 100;
+    const char* failed = nullptr;
+    purged = false;
+    for (int tries = 1; tries <= most_tries && !purged; ++tries) {
+        std::uint8_t flag = 0;
+        failed = attempt(LIB(ModulePurge), address, &flag);
+        purged = failed == nullptr && flag != 0;
+        if (failed != nullptr && tries < most_tries)
+            platform::sleep_ms(pause_ms);
+    }
+    return succeeded(failed);
+}
+
+Word emptiness(std::uint8_t empty)
+{
+    return empty != 0 ? Word{"empty", Color::value} : Word{"not empty", Color::not_good};
+}
+
+} // namespace
+
+void list_modules(const Given&)
+{
+    ModulePresence presence;
+    if (!read_presence(presence))
+        return;
+    console.print("Module presence:");
+    if (presence.valid != 0) {
+        for (unsigned slot = 0; slot < presence.slots(); ++slot) {
+            console.print("\r\n  slot #%02u: ", slot);
+            print_identification(slot, presence.flags[slot]);
+        }
+        console.print("\r\n base unit: ");
+        print_identification(base_unit, presence.flags[ModulePresence::base_unit_index]);
+    } else {
+        console.print(" ");
+        console.print(Color::bad, "flags invalid!");
+    }
+    console.print("\r\n");
+}
+
+void check_modules(const Given&)
+{
+    progress("Getting state of the module scan:\r\n");
+    std::uint8_t changed = 0;
+    if (!call_twice(LIB(GetScannedModuleState), &changed))
+        return;
+    console.print("Module state: ");
+    console.print(changed != 0 ? Word{"changed", Color::not_good} : Word{"OK", Color::good});
+    console.print("\r\n");
+    ModulePresence presence;
+    if (read_presence(presence) && print_scanned_modules(presence) && changed != 0)
+        offer_to_save();
+}
+
+void update_presence(const Given&)
+{
+    progress("Updating module-presence flags:\r\n");
+    if (call_twice(LIB(UpdateModulePresence)))
+        console.print("Module-presence flags were updated\r\n");
+}
+
+void rescan_all_modules(const Given&)
+{
+    progress("Rescanning address pins of all modules:\r\n");
+    if (call_twice(LIB(RescanModules)))
+        console.print("Address pins of all modules were rescanned\r\n");
+}
+
+void rescan_module(const Given& given)
+{
+    const std::string name = module_name(given.address);
+    progress("Rescanning address pins of %s:\r\n", name.c_str());
+    if (given.address != all_modules) {
+        (void)print_rescanned(("Rescanned address pins of " + name + ": ").c_str(), given.address);
+        return;
+    }
+    ModulePresence presence;
+    if (!read_valid_presence(presence))
+        return;
+    console.print("Rescanned address pins:\r\n");
+    for (const unsigned slot : presence.present_slots()) {
+        char label[32];
+        std::snprintf(label, sizeof label, "  slot #%02u:  ", slot);
+        if (!print_rescanned(label, slot))
+            return;
+    }
+    if (presence.has_base_unit())
+        (void)print_rescanned("  base unit: ", base_unit);
+}
+
+void restart_module(const Given& given)
+{
+    const std::string name = module_name(given.address);
+    progress("Restarting %s:\r\n", name.c_str());
+    if (given.address != all_modules) {
+        if (call_twice(LIB(RestartModule), given.address))
+            console.print("%s restarted\r\n", name.c_str());
+        return;
+    }
+    for_all_slots("Restarting:", [](unsigned slot) {
+        if (!call_twice(LIB(RestartModule), slot))
+            return;
+        print_slot(slot);
+        console.print(Color::value, "restarted");
+        console.print("\r\n");
+    });
+}
+
+void show_module_buffer_state(const Given& given)
+{
+    const std::string name = module_name(given.address);
+    progress("Getting Buffer state of %s:\r\n", name.c_str());
+    if (given.address != all_modules) {
+        std::uint8_t empty = 0;
+        if (!call_twice(LIB(GetModuleBufferState), given.address, &empty))
+            return;
+        console.print("Buffer of %s is ", name.c_str());
+        console.print(emptiness(empty));
+        console.print("\r\n");
+        return;
+    }
+    for_all_slots("Buffer state:", [](unsigned slot) {
+        std::uint8_t empty = 0;
+        if (!call_twice(LIB(GetModuleBufferState), slot, &empty))
+            return;
+        print_slot(slot);
+        console.print(emptiness(empty));
+        console.print("\r\n");
+    });
+}
+
+void purge_module(const Given& given)
+{
+    const std::string name = module_name(given.address);
+    progress("Purging %s:\r\n", name.c_str());
+    bool purged = false;
+    if (given.address != all_modules) {
+        if (!purge(given.address, purged))
+            return;
+        console.print("Buffers of %s ", name.c_str());
+        console.print(purged ? Word{"were purged", Color::value}
+                             : Word{"could not be purged", Color::not_good});
+        console.print("\r\n");
+        return;
+    }
+    for_all_slots("Buffer state:", [&purged](unsigned slot) {
+        if (!purge(slot, purged))
+            return;
+        print_slot(slot);
+        console.print(purged ? Word{"purged", Color::value} : Word{"not purged", Color::not_good});
+        console.print("\r\n");
+    });
+}
+
+void rescan_base_unit(const Given&)
+{
+    for_base_unit(rescan_module);
+}
+
+void restart_base_unit(const Given&)
+{
+    for_base_unit(restart_module);
+}
+
+void show_base_unit_buffer_state(const Given&)
+{
+    for_base_unit(show_module_buffer_state);
+}
+
+void purge_base_unit(const Given&)
+{
+    for_base_unit(purge_module);
+}

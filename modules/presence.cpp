@@ -1,0 +1,61 @@
+#include "modules/presence.h"
+
+#include <algorithm>
+
+#include "frame/device_call.h"
+
+std::string module_name(unsigned address)
+{
+    switch (address) {
+    case 0:
+        return "heat-controller";
+    case 1:
+    case 2:
+    case 3:
+        return "HV-supply " + std::to_string(address);
+    case base_unit:
+        return "base module";
+    case all_modules:
+        return "all modules";
+    default:
+        return {};
+    }
+}
+
+unsigned ModulePresence::slots() const
+{
+    return std::min(slot_count, static_cast<std::uint32_t>(flags.size()));
+}
+
+std::vector<unsigned> ModulePresence::present_slots() const
+{
+    std::vector<unsigned> present;
+    for (unsigned slot = 0; slot < slots(); ++slot) {
+        if (has_slot(slot))
+            present.push_back(slot);
+    }
+    return present;
+}
+
+const char* attempt_presence(ModulePresence& presence)
+{
+    return attempt_twice(LIB(GetModulePresence), &presence.valid, &presence.slot_count,
+                         &presence.flags);
+}
+
+bool read_presence(ModulePresence& presence)
+{
+    progress("Getting module-presence flags:\r\n");
+    return succeeded(attempt_presence(presence));
+}
+
+bool read_valid_presence(ModulePresence& presence)
+{
+    if (!read_presence(presence))
+        return false;
+    if (presence.valid == 0) {
+        console.print(Color::bad, "Module-presence flags invalid!");
+        console.print("\r\n");
+    }
+    return presence.valid != 0;
+}

@@ -1,0 +1,62 @@
+/// Module addresses and what stands behind them: names, presence, device types.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "frame/console.h"
+#include "frame/numbers.h"
+
+/// Display name of an address: "heat-controller", "HV-supply 2", "base module", "all modules".
+/// Empty for an address that nobody has.
+[[nodiscard]] std::string module_name(unsigned address);
+
+/// Device-type codes of the modules.
+namespace module_type
+{
+inline constexpr std::uint16_t base_unit = 7220;
+inline constexpr std::uint16_t heat_controller = 56092;
+inline constexpr std::uint16_t hv_supply = 2573;
+} // namespace module_type
+
+/// Presence flags: what the controller knows of a slot.
+namespace presence_flag
+{
+inline constexpr std::uint8_t absent = 0;
+inline constexpr std::uint8_t present = 1;
+inline constexpr std::uint8_t invalid = 2;
+} // namespace presence_flag
+
+/// The module-presence record of the device library.
+struct ModulePresence {
+    static constexpr std::size_t base_unit_index = 4;
+
+    std::uint8_t valid = 0;
+    std::uint32_t slot_count = 0;
+    std::array<std::uint8_t, 8> flags{}; ///< the slots from 0; the base unit at base_unit_index
+
+    /// Slots that the record has room for.
+    [[nodiscard]] unsigned slots() const;
+    [[nodiscard]] bool has_slot(unsigned slot) const
+    {
+        return flags[slot] == presence_flag::present;
+    }
+    [[nodiscard]] bool has_base_unit() const
+    {
+        return flags[base_unit_index] == presence_flag::present;
+    }
+    /// The slots with a module in them, in their order.
+    [[nodiscard]] std::vector<unsigned> present_slots() const;
+};
+
+/// Reads the presence record; one failure is repeated. Null, or the name of what failed.
+[[nodiscard]] const char* attempt_presence(ModulePresence& presence);
+
+/// The same with its progress line; false when it failed, which has been reported.
+[[nodiscard]] bool read_presence(ModulePresence& presence);
+
+/// The same for a command on all modules: false, too, when the flags are not valid, and tells so.
+[[nodiscard]] bool read_valid_presence(ModulePresence& presence);
