@@ -1,0 +1,46 @@
+// A device library that is not ours: just enough to be opened and to tell who it is.
+#include <cstring>
+
+#include "devlib/COM-KOV-CTRL.h"
+
+uint16_t COM_KOV_CTRL_GetSWVersion()
+{
+    return 0x0100;
+}
+
+int32_t COM_KOV_CTRL_Open(uint8_t)
+{
+    return 0;
+}
+
+int32_t COM_KOV_CTRL_Close()
+{
+    return 0;
+}
+
+int32_t COM_KOV_CTRL_GetDevType(uint16_t* type)
+{
+    *type = 0x8ED6;
+    return 0;
+}
+
+int32_t COM_KOV_CTRL_GetProductID(char* identification)
+{
+    std::strcpy(identification, "Another library");
+    return 0;
+}
+
+const char* COM_KOV_CTRL_GetErrorMessage()
+{
+    return "error of another library";
+}
+
+const char* COM_KOV_CTRL_GetIOStateMessage(uint32_t)
+{
+    return nullptr;
+}
+
+const char* COM_KOV_CTRL_GetCommErrorMessage(uint32_t)
+{
+    return nullptr;
+}
