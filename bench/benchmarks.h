@@ -1,0 +1,16 @@
+/// The groups of benchmarks. Each notes its results for the table at the end.
+#pragma once
+
+namespace bench
+{
+
+/// Cycle rates, terminal traffic and processor time of live displays.
+void register_live_displays();
+
+/// How long the program takes from its start to its end.
+void register_startup();
+
+/// Waiting for a key that nobody presses.
+void register_key_wait();
+
+} // namespace bench

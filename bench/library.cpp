@@ -1,0 +1,154 @@
+#include "bench/library.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <string>
+#include <utility>
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include "bench/system_calls.h"
+#include "devlib/COM-KOV-CTRL.h"
+
+namespace bench
+{
+
+namespace
+{
+
+constexpr double busy_seconds = 300e-6;
+
+struct Progress {
+    Window window;
+    std::function<void()> at_end;
+    std::uint32_t calls = 0;
+    std::uint32_t next_mark = 0;
+    bool inside = false;   ///< the window has started and not ended
+    bool finished = false; ///< it has ended
+    double start_seconds = 0.0;
+    double left_seconds = 0.0; ///< processor time at the end of the last call
+    SystemCalls start_calls;
+    Usage usage;
+};
+
+Progress progress;
+
+/// The simulated instrument's own function.
+decltype(&COM_KOV_CTRL_GetHousekeeping) instrument_housekeeping = nullptr;
+
+double clock_seconds(clockid_t clock)
+{
+    timespec now = {};
+    clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+/// The window starts or ends at the beginning of this call.
+void pass_mark()
+{
+    if (!progress.inside) {
+        progress.inside = true;
+        progress.next_mark += progress.window.cycles;
+        progress.start_calls = system_calls;
+        progress.usage = {};
+        progress.start_seconds = now_seconds();
+        return;
+    }
+    Usage& usage = progress.usage;
+    usage.cycles = progress.window.cycles;
+    usage.seconds = now_seconds() - progress.start_seconds;
+    usage.writes = system_calls.writes - progress.start_calls.writes;
+    usage.written_bytes = system_calls.written_bytes - progress.start_calls.written_bytes;
+    usage.polls = system_calls.polls - progress.start_calls.polls;
+    usage.reads = system_calls.reads - progress.start_calls.reads;
+    progress.inside = false;
+    progress.finished = true;
+    progress.at_end();
+}
+
+} // namespace
+
+double now_seconds()
+{
+    return clock_seconds(CLOCK_MONOTONIC);
+}
+
+double thread_seconds()
+{
+    return clock_seconds(CLOCK_THREAD_CPUTIME_ID);
+}
+
+bool open_instrument()
+{
+    char name[] = "/tmp/kov-benchmarks-XXXXXX";
+    const int file = mkstemp(name);
+    if (file < 0) {
+        std::perror("no temporary file");
+        return false;
+    }
+    close(file);
+    std::ofstream{name} << "latency 0\n";
+    setenv("KOV_SIMULATOR_SCENARIO", name, 1);
+    setenv("KOV_SIMULATOR_STATE", "none", 1);
+    const bool opened = COM_KOV_CTRL_Open(1) == 0;
+    if (!opened)
+        std::fprintf(stderr, "cannot open the instrument: %s\n", COM_KOV_CTRL_GetErrorMessage());
+    unlink(name);
+    void* const found = dlsym(RTLD_NEXT, "COM_KOV_CTRL_GetHousekeeping");
+    instrument_housekeeping = reinterpret_cast<decltype(instrument_housekeeping)>(found);
+    return opened && instrument_housekeeping != nullptr;
+}
+
+void start_window(const Window& window, std::function<void()> at_end)
+{
+    progress = {};
+    progress.window = window;
+    progress.at_end = std::move(at_end);
+    progress.next_mark = warm_up_cycles + 1;
+    progress.left_seconds = thread_seconds();
+}
+
+Usage window_usage()
+{
+    return progress.usage;
+}
+
+} // namespace bench
+
+using bench::Answer;
+using bench::progress;
+
+std::int32_t COM_KOV_CTRL_GetHousekeeping(double* voltage24, double* voltage5, double* voltage33,
+                                          double* temperatureCPU, double* temperaturePSU)
+{
+    if (progress.window.metered)
+        progress.usage.outside_seconds +=
+            progress.finished ? 0.0 : bench::thread_seconds() - progress.left_seconds;
+    if (++progress.calls == progress.next_mark)
+        bench::pass_mark();
+    if (progress.finished) [[unlikely]]
+        usleep(1000);
+    std::int32_t status = 0;
+    if (progress.window.answer == Answer::by_instrument) {
+        status = bench::instrument_housekeeping(voltage24, voltage5, voltage33, temperatureCPU,
+                                                temperaturePSU);
+    } else {
+        if (progress.window.answer == Answer::after_300_us) {
+            const double end = bench::now_seconds() + bench::busy_seconds;
+            while (bench::now_seconds() < end) {
+            }
+        }
+        const double change = (progress.calls & 1023U) * 0.001;
+        *voltage24 = 23.5 + change;
+        *voltage5 = 4.5 + change;
+        *voltage33 = 2.8 + change;
+        *temperatureCPU = 35.0 + 10.0 * change;
+        *temperaturePSU = 45.0 - 10.0 * change;
+    }
+    if (progress.window.metered)
+        progress.left_seconds = bench::thread_seconds();
+    return status;
+}

@@ -1,0 +1,33 @@
+// Benchmarks whose results are ratios of two measurements of the same run.
+
+#include <cstdlib>
+
+#include <benchmark/benchmark.h>
+
+#include "bench/benchmarks.h"
+#include "bench/library.h"
+#include "bench/results.h"
+#include "bench/terminal.h"
+#include "frame/platform.h"
+
+int main(int argc, char** argv)
+{
+    setenv("TERM", "xterm-256color", 1);
+    unsetenv("NO_COLOR");
+    unsetenv("CLICOLOR_FORCE");
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv) || !bench::open_instrument())
+        return EXIT_FAILURE;
+    {
+        // The program notes once what it runs on.
+        const bench::Terminal terminal;
+        platform::start();
+        (void)platform::output_is_terminal();
+    }
+    bench::register_live_displays();
+    bench::register_startup();
+    bench::register_key_wait();
+    benchmark::RunSpecifiedBenchmarks();
+    bench::print_results();
+    return EXIT_SUCCESS;
+}

@@ -1,0 +1,31 @@
+/// A pseudo-terminal in the place of standard input and output, drained by a reader thread.
+#pragma once
+
+#include <thread>
+
+namespace bench
+{
+
+inline constexpr int terminal_columns = 200;
+inline constexpr int terminal_rows = 50;
+
+/// Standard input and output are the terminal for as long as this exists.
+class Terminal
+{
+public:
+    Terminal();
+    ~Terminal();
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    /// Types a key. Callable while a display runs.
+    void type(char key) const;
+
+private:
+    int master_ = -1;
+    int saved_input_ = -1;
+    int saved_output_ = -1;
+    std::thread reader_;
+};
+
+} // namespace bench
