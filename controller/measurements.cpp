@@ -4,6 +4,7 @@
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/live_display.h"
+#include "frame/supplies.h"
 
 void show_uptime(const Given& given)
 {
@@ -52,7 +53,6 @@ void show_housekeeping(const Given& given)
     struct Values {
         double voltage_24, voltage_5, voltage_33, temperature_cpu, temperature_psu;
     };
-    constexpr double supply_tolerance = 2.0; // per cent
     Place field_24, field_5, field_33, field_cpu, field_psu;
     progress("Getting the device housekeeping:\r\n");
     run_live_display<Values>(
@@ -73,17 +73,16 @@ void show_housekeeping(const Given& given)
                            &values.voltage_33, &values.temperature_cpu, &values.temperature_psu);
         },
         [&](const Values& values) {
-            const auto show_voltage = [](Place field, double volts, double nominal, int width) {
-                console.print_at(field, deviation_color(volts, nominal, supply_tolerance),
-                                 "%*.3lfV", width, volts);
+            const auto show_voltage = [](Place field, double volts, const Supply& supply,
+                                         int width) {
+                console.print_at(field, supply.color(volts), "%*.3lfV", width, volts);
             };
             const auto show_temperature = [](Place field, double celsius) {
-                console.print_at(field, range_color(celsius, coldest_good, hottest_good),
-                                 "%+7.1lf" DEGREES_C, celsius);
+                console.print_at(field, temperature_color(celsius), "%+7.1lf" DEGREES_C, celsius);
             };
-            show_voltage(field_24, values.voltage_24, 24.0, 7);
-            show_voltage(field_5, values.voltage_5, 5.0, 6);
-            show_voltage(field_33, values.voltage_33, 3.3, 6);
+            show_voltage(field_24, values.voltage_24, supply::plus_24, 7);
+            show_voltage(field_5, values.voltage_5, supply::plus_5, 6);
+            show_voltage(field_33, values.voltage_33, supply::plus_3_3, 6);
             show_temperature(field_cpu, values.temperature_cpu);
             show_temperature(field_psu, values.temperature_psu);
         });

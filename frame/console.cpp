@@ -137,7 +137,8 @@ void Console::set_cell(Row& row, int column, Cell cell)
         cells[index - 1] = {};
         mark_dirty(row, column - 1, column - 1);
     }
-    if (cell.character != 0 && index + 1 < cells.size() && cells[index + 1].character == 0) {
+    if (cells[index].character != 0 && index + 1 < cells.size() &&
+        cells[index + 1].character == 0) {
         cells[index + 1] = {};
         mark_dirty(row, column + 1, column + 1);
     }
@@ -226,13 +227,26 @@ void Console::clear_to_end_of_line()
     if (row == nullptr || row->wanted.size() <= kept)
         return;
     mark_dirty(*row, cursor_.column, static_cast<int>(row->wanted.size()));
+    const bool cuts = kept > 0 && row->wanted[kept].character == 0; // a wide character
     row->wanted.resize(kept);
+    if (cuts)
+        set_cell(*row, cursor_.column - 1, {});
 }
 
 void Console::clear_line()
 {
     cursor_.column = 1;
     clear_to_end_of_line();
+}
+
+void Console::move_below_text()
+{
+    int row = last_row();
+    while (row > first_row_ && cells(row).empty())
+        --row;
+    cursor_.row = row;
+    line_feed();
+    line_completed_ = false;
 }
 
 void Console::clear_screen()
@@ -243,6 +257,7 @@ void Console::clear_screen()
     window_first_ = 0;
     const Row& last = rows_.back();
     top_ = last.wanted.empty() ? last_row() : last_row() + 1;
+    floor_row_ = std::min(floor_row_, top_); // the whole screen is ours now
     cursor_ = {top_, 1};
     (void)row_at(bottom_row());
     (void)row_at(top_);

@@ -91,6 +91,8 @@ public:
     void clear_to_end_of_line();
     /// Blanks the cursor's row and goes to its column 1.
     void clear_line();
+    /// Goes to column 1 of a fresh row below everything that is printed.
+    void move_below_text();
     /// Scrolls away what the terminal shows; from here on screen_place() counts from its top.
     void clear_screen();
 

@@ -113,6 +113,8 @@ void Console::flush()
         if (rows_[static_cast<std::size_t>(row - first_row_)].dirty_from > 0)
             send_row(row);
     }
+    if (cleared_ && sent_bottom_ < bottom_row()) // scrolls, also for rows that stay empty
+        move_terminal_to(bottom_row(), 1);
     const Place target = {std::min(cursor_.row, bottom_row()),
                           std::clamp(cursor_.column, 1, size_.columns)};
     const bool reachable = target.row >= first_reachable_row(sent_bottom_);
@@ -166,6 +168,7 @@ void Console::take_window_change()
         sent_color_ = Color::label;
         sent_cursor_visible_ = true;
     }
+    const int reached_before = first_reachable_row(sent_bottom_);
     size_ = platform::window_size();
     if (cleared_) {
         if (clear_pending_)
@@ -179,6 +182,8 @@ void Console::take_window_change()
         repaint_from(top_, false);
         return;
     }
+    // A higher window need not show again what had scrolled away.
+    floor_row_ = std::max(reached_before, first_reachable_row(sent_bottom_));
     int row = display_depth_ > 0 ? display_first_ : cursor_.row;
     row = std::max(row, first_reachable_row(bottom_row()));
     if (resumed) { // somebody else's text stands between us and our rows: show them again below it
@@ -186,9 +191,11 @@ void Console::take_window_change()
         sent_row_ = sent_bottom_ = floor_row_ = row;
         sent_column_ = 1;
         repaint_from(row, false);
-    } else if (display_depth_ > 0) {
-        repaint_from(std::min(row, sent_bottom_), true);
+        return;
     }
+    sent_bottom_ = sent_row_; // a lower window may have lost the empty rows below the cursor
+    if (display_depth_ > 0)
+        repaint_from(std::min(row, sent_bottom_), true);
 }
 
 void Console::repaint_from(int row, bool erase)

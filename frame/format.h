@@ -19,10 +19,6 @@
 /// Colour of a value by the range that it should be in; the limits belong to the range.
 [[nodiscard]] Color range_color(double value, double low, double high);
 
-/// The range in which the temperatures of CPUs and power supplies are good, in degrees Celsius.
-inline constexpr double coldest_good = 10.0;
-inline constexpr double hottest_good = 40.0;
-
 /// What stands behind a temperature on the console: the degree sign is one byte of the console's
 /// code page.
 #define DEGREES_C                                                                                  \

@@ -51,8 +51,8 @@ void end_session()
 {
     // So a command line that holds nothing but a port number opens the port, too.
     const bool stopped = platform::stop_signal() != 0;
-    if (!stopped && open_session() && program.run && status_screen != nullptr)
-        status_screen();
+    if (!stopped && open_session() && program.run)
+        run_status_screen();
     close_session();
     (void)attempt(LIB(CloseDebugFile));
     if (!program.quiet)

@@ -2,12 +2,10 @@
 #pragma once
 
 #include "frame/switches.h"
-
-/// Runs the full-screen status display until Esc.
-inline constexpr void (*status_screen)() = nullptr;
+#include "interactive/status_screen.h"
 
 // clang-format off
 inline constexpr Switch interactive_switches[] = {
-    {"N", Form::either, Attached::nothing, Next::nothing, Session::wanted, not_yet_there},
+    {"N", Form::either, Attached::nothing, Next::nothing, Session::wanted, show_status_screen},
 };
 // clang-format on

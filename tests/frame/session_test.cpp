@@ -20,7 +20,7 @@ using testing::Not;
 TEST(Session, OpensOnceAndClosesAtTheEnd)
 {
     Trial trial;
-    trial.run("3 -pn -pn");
+    trial.run("3 -pn -pn -T");
     EXPECT_EQ(trial.exit_status, 0);
     EXPECT_THAT(trial.calls,
                 ElementsAre("GetSWVersion()", "Open(3)", "GetDevType()", "GetProductNo()",

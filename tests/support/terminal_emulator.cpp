@@ -131,6 +131,8 @@ std::vector<EmulatedCell> TerminalEmulator::cells(int row) const
         VTermScreenCell cell = {};
         vterm_screen_get_cell(screen_, {.row = row - 1, .col = column}, &cell);
         cells.push_back(cell_from(cell));
+        if (cells.back().character == 0)
+            cells.back() = {}; // half a wide character that was overwritten
         if (cell.width == 2)
             cells.push_back({.character = 0, .color = cells.back().color});
         column += cell.width == 2 ? 2 : 1;

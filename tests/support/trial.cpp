@@ -1,5 +1,7 @@
 #include "tests/support/trial.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "frame/characters.h"
@@ -93,7 +95,11 @@ void Trial::instrument(std::string_view line)
 
 void Trial::type(std::int64_t at_ms, std::string_view keys)
 {
-    virtual_platform.typed.push_back({at_ms, std::string{keys}});
+    auto& typed = virtual_platform.typed;
+    const auto later = std::find_if(typed.begin(), typed.end(), [at_ms](const TypedKeys& other) {
+        return other.at_ms > at_ms;
+    });
+    typed.insert(later, {at_ms, std::string{keys}});
 }
 
 void Trial::pipe_in(std::string_view bytes)

@@ -88,11 +88,14 @@ void restore_terminal()
 std::int64_t tick_ms()
 {
     constexpr int too_many = 2'000'000;
+    constexpr std::int64_t longest_run_ms = 3 * 3'600'000;
     if (now_ms() != last_tick_ms)
         ticks_without_progress = 0;
     else if (++ticks_without_progress == too_many)
         end_hanging_program("it looks at the clock, which stands still");
     last_tick_ms = now_ms();
+    if (last_tick_ms > longest_run_ms && raised_signal == 0)
+        end_hanging_program("hours have passed on its clock");
     return last_tick_ms;
 }
 

@@ -1,0 +1,263 @@
+#include "interactive/drawing.h"
+
+#include "controller/status_words.h"
+#include "frame/bit_fields.h"
+#include "frame/platform.h"
+#include "frame/supplies.h"
+
+namespace
+{
+
+constexpr const char* word_separator = " = ";
+
+void show_supply(Place place, const Supply& supply, double value)
+{
+    if (place.row > 0)
+        console.print_at(place, supply.color(value), "%+8.3lfV", value);
+}
+
+void show_fine_supply(Place place, const Supply& supply, double value)
+{
+    if (place.row > 0)
+        console.print_at(place, supply.color(value), "%+7.3lfV", value);
+}
+
+void show_temperature(Place place, double celsius)
+{
+    if (place.row > 0)
+        console.print_at(place, temperature_color(celsius), "%+6.1lf" DEGREES_C, celsius);
+}
+
+void show_group(const GroupPlaces& places, const Group& group)
+{
+    console.print_at(places.duration, Color::value, "%6.1lf", group.mean_duration_ms());
+    console.print_at(places.counters, Color::value, "%u", group.errors);
+    console.print("/");
+    console.print(Color::value, "%u", group.overflows);
+}
+
+void show_controller(const HousekeepingPlaces& places, const ScreenReadings& readings)
+{
+    const ControllerHousekeeping& values = readings.controller;
+    show_group(places.group, readings.controller_group);
+    if (readings.controller_group.readings == 0)
+        return;
+    show_supply(places.plus_24, supply::plus_24, values.plus_24);
+    show_supply(places.plus_5, supply::plus_5, values.plus_5);
+    show_supply(places.plus_3_3, supply::plus_3_3, values.plus_3_3);
+    show_temperature(places.cpu, values.cpu);
+    show_temperature(places.psu, values.psu);
+}
+
+void show_module(const HousekeepingPlaces& places, const ModuleHousekeeping& values,
+                 const Group& group)
+{
+    show_group(places.group, group);
+    if (group.readings == 0)
+        return;
+    show_supply(places.plus_24, supply::plus_24, values.plus_24);
+    show_supply(places.plus_5, supply::plus_5, values.plus_5);
+    show_supply(places.plus_3_3, supply::plus_3_3, values.plus_3_3);
+    show_supply(places.minus_22, supply::minus_22, values.minus_22);
+    show_supply(places.plus_18, supply::plus_18, values.plus_18);
+    show_supply(places.minus_18, supply::minus_18, values.minus_18);
+    show_fine_supply(places.vc, supply::vc, values.vc);
+    show_fine_supply(places.analog_ground, supply::analog_ground, values.analog_ground);
+    show_temperature(places.cpu, values.cpu);
+    show_temperature(places.psu, values.psu);
+}
+
+void show_monitoring(const MonitoringPlaces& places, const HeaterMonitoring& values,
+                     const Group& group)
+{
+    show_group(places.group, group);
+    if (group.readings == 0)
+        return;
+    console.print_at(places.output_voltage, Color::value, "%7.3lfV", values.output_voltage);
+    console.print_at(places.heater_voltage, Color::value, "%7.3lfV", values.heater_voltage);
+    console.print_at(places.current, Color::value, "%7.3lfA", values.current);
+    console.print_at(places.temperature, Color::value, "%+8.2lf" DEGREES_C, values.temperature);
+    console.print_at(places.output_power, Color::value, "%7.2lfW", values.output_power());
+    console.print_at(places.wire_power, Color::value, "%7.2lfW", values.wire_power());
+    console.print_at(places.heater_power, Color::value, "%7.2lfW", values.heater_power());
+    if (const std::optional<double> ohms = values.heater_resistance())
+        console.print_at(places.resistance, Color::value, "%7.3lfOhm", *ohms);
+    else
+        console.print_at(places.resistance, Color::value, "     -    ");
+}
+
+// ---- Status words ----
+
+void show_word(Place place, std::uint32_t value, int bits)
+{
+    console.move_to(place);
+    print_word(value, bits, word_separator);
+}
+
+void show_field(const char* label, const Word& word)
+{
+    console.print("%s", label);
+    console.print(word);
+}
+
+/// The short texts of this screen. The colour goes by the code alone, known or not.
+void show_overall_state(Place place, std::uint16_t code)
+{
+    constexpr std::array<const char*, 6> errors = {
+        "General error",         "Module error",      "Supply-voltage error",
+        "Low-temperature error", "Overheating error", "Interlock error",
+    };
+    const char* text = "Unknown error";
+    if (code == overall_state::on)
+        text = "OK";
+    else if (code == overall_state::stand_by)
+        text = "Stand-by";
+    else if (code >= overall_state::first_error && code <= overall_state::last_error)
+        text = errors[code - overall_state::first_error];
+    constexpr int longest_text = 21;
+    show_word(place, code, 16);
+    console.print("  ");
+    console.print(code < overall_state::first_error ? Color::good : Color::bad, "%-*s",
+                  longest_text, text);
+}
+
+void show_module_state(Place place, unsigned slot, std::uint16_t state)
+{
+    const auto active = [state](int bit) { return active_or_off((state >> bit & 1) != 0); };
+    show_word(place, state, 16);
+    show_field("  Device: ", active(15));
+    show_field("  Module: ", active(14));
+    show_field(slot == 0 ? "  Temperature control: " : "  Voltage control: ", active(8));
+}
+
+/// A field under this screen's own label, its bit and words from the one table.
+struct ShortField {
+    const char* label;
+    const BitField& field;
+};
+
+constexpr std::array device_fields = {
+    ShortField{"  Interlock: ", device_state_fields[0]},
+    ShortField{"  Supply voltages: ", device_state_fields[1]},
+    ShortField{"  Temperature: ", device_state_fields[2]},
+    ShortField{"  Fan : ", device_state_fields[3]}, // with its blank
+    ShortField{"  Module configuration: ", device_state_fields[4]},
+};
+
+// The other way round than in the single display.
+constexpr std::array voltage_fields = {
+    ShortField{"  Line: ", voltage_state_fields[4]}, ShortField{"  PSU: ", voltage_state_fields[3]},
+    ShortField{"  24V: ", voltage_state_fields[2]},  ShortField{"  5V0: ", voltage_state_fields[1]},
+    ShortField{"  3V3: ", voltage_state_fields[0]},
+};
+
+constexpr std::array fan_fields = {ShortField{"  Fan: ", fan_state_fields[0]}};
+
+void show_short_fields(Place place, std::uint8_t state, std::span<const ShortField> fields)
+{
+    show_word(place, state, 8);
+    for (const ShortField& shown : fields)
+        show_field(shown.label, shown.field.word(state));
+}
+
+void show_temperature_state(Place place, std::uint8_t state)
+{
+    using namespace temperature_bit;
+    const auto fault = [state](int bit) {
+        return (state >> bit & 1) != 0 ? Word{"yes", Color::bad} : Word{" no", Color::good};
+    };
+    show_word(place, state, 8);
+    show_field("  overheated CPU: ", fault(cpu_hot));
+    show_field(", PSU: ", fault(psu_hot));
+    show_field("  undercooled CPU: ", fault(cpu_cold));
+    show_field(", PSU: ", fault(psu_cold));
+}
+
+/// One interlock input: its resulting value, and its levels now and last.
+struct InterlockInput {
+    const char* label;
+    const char* enabled_label;
+    const BitField& resulting;
+    const BitField& current;
+    const BitField& last;
+};
+
+constexpr std::array interlock_inputs = {
+    InterlockInput{"  HTCTR#1: ", "  HTCTR#1 enabled: ", resulting_interlock_fields[0],
+                   heat_controller_interlock_fields[0], heat_controller_interlock_fields[1]},
+    InterlockInput{"  HTCTR#2: ", "  HTCTR#2 enabled: ", resulting_interlock_fields[1],
+                   heat_controller_interlock_fields[2], heat_controller_interlock_fields[3]},
+    InterlockInput{"  front: ", "    front enabled: ", resulting_interlock_fields[2],
+                   controller_interlock_fields[0], controller_interlock_fields[1]},
+    InterlockInput{"  rear: ", "     rear enabled: ", resulting_interlock_fields[3],
+                   controller_interlock_fields[2], controller_interlock_fields[3]},
+};
+
+void show_interlock_state(Place place, std::uint16_t state, InterlockMasks masks)
+{
+    show_word(place, state, 16);
+    // The masks name the inputs in the order of the resulting values.
+    for (const InterlockInput& input : interlock_inputs) {
+        const bool enabled = masks.is_enabled(input.resulting.bit);
+        show_field(input.label,
+                   enabled ? input.resulting.word(state) : ok_fail_or_disabled(false, false));
+    }
+    constexpr std::size_t inputs_per_row = 2;
+    for (std::size_t i = 0; i < interlock_inputs.size(); ++i) {
+        const InterlockInput& input = interlock_inputs[i];
+        if (i % inputs_per_row == 0)
+            console.move_to({place.row + 1 + static_cast<int>(i / inputs_per_row), 1});
+        show_field(input.enabled_label,
+                   masks.is_enabled(input.resulting.bit) ? yes_word : Word{" no", Color::disabled});
+        show_field("  current: ", input.current.word(state));
+        show_field("  last: ", input.last.word(state));
+    }
+}
+
+} // namespace
+
+void draw_values(const ScreenLayout& layout, const ScreenReadings& readings,
+                 const ModulePresence& presence, InterlockMasks masks)
+{
+    if (readings.cycles.cycles == 0)
+        return;
+    const std::int64_t now = platform::tick_ms();
+    const PortLine& port = layout.port;
+    console.print_at(port.rate, Color::value, "%7.2lf", readings.cycles.per_second(now));
+    console.print_at(port.mean, Color::value, "%6.1lf", readings.cycles.mean_ms(now));
+    console.print_at(port.errors, readings.state_errors != 0 ? Color::bad : Color::value, "%u",
+                     readings.state_errors);
+
+    show_controller(layout.controller, readings);
+    for (std::size_t index = 0; index < layout.modules.size(); ++index) {
+        if (presence.flags[index] == presence_flag::present)
+            show_module(layout.modules[index], readings.housekeeping[index],
+                        readings.housekeeping_groups[index]);
+    }
+    if (presence.has_slot(0))
+        show_monitoring(layout.monitoring, readings.monitoring, readings.monitoring_group);
+    for (unsigned slot = 1; slot < screen_slots; ++slot) {
+        if (!presence.has_slot(slot))
+            continue;
+        const OutputPlaces& voltage = layout.voltage[slot];
+        show_group(voltage.group, readings.voltage_groups[slot]);
+        if (readings.voltage_groups[slot].readings > 0)
+            console.print_at(voltage.value, Color::value, "%+9.3lfV", readings.voltage[slot]);
+        const OutputPlaces& current = layout.current[slot];
+        show_group(current.group, readings.current_groups[slot]);
+        if (readings.current_groups[slot].readings > 0)
+            console.print_at(current.value, Color::value, "%+10.3leA", readings.current[slot]);
+    }
+
+    const CompleteState& state = readings.state;
+    show_overall_state(layout.overall_state, state.overall);
+    for (unsigned slot = 0; slot < screen_slots; ++slot) {
+        if (presence.has_slot(slot))
+            show_module_state(layout.module_state[slot], slot, state.module[slot]);
+    }
+    show_short_fields(layout.words.device, state.device, device_fields);
+    show_short_fields(layout.words.voltage, state.voltage, voltage_fields);
+    show_temperature_state(layout.words.temperature, state.temperature);
+    show_short_fields(layout.words.fan, state.fan, fan_fields);
+    show_interlock_state(layout.words.interlock, state.interlock, masks);
+}

@@ -1,0 +1,63 @@
+/// Where everything stands on the full screen: its frame of labels, and the places of the values.
+#pragma once
+
+#include <array>
+
+#include "frame/console.h"
+#include "interactive/readings.h"
+
+inline constexpr int screen_columns = 132; ///< needed at least
+inline constexpr int screen_rows = 60;     ///< needed at least
+
+/// Row 3: the port and how the reading goes.
+struct PortLine {
+    Place rate, mean, errors, key, spinner;
+};
+
+/// A group's mean measurement duration and its error counters.
+struct GroupPlaces {
+    Place duration, counters;
+};
+
+/// Places of a module's housekeeping; row 0 where it has no such value.
+struct HousekeepingPlaces {
+    Place plus_24, plus_5, plus_3_3, cpu, psu;
+    Place minus_22, plus_18, minus_18, vc, analog_ground;
+    GroupPlaces group;
+};
+
+struct MonitoringPlaces {
+    Place output_voltage, heater_voltage, current, temperature;
+    Place output_power, wire_power, heater_power, resistance;
+    GroupPlaces group;
+};
+
+/// One measured value with its group.
+struct OutputPlaces {
+    Place value;
+    GroupPlaces group;
+};
+
+struct StateWordPlaces {
+    Place device, voltage, temperature, fan, interlock;
+};
+
+struct ScreenLayout {
+    PortLine port;
+    HousekeepingPlaces controller;
+    std::array<HousekeepingPlaces, 5> modules; ///< slots 0..3, base unit; row 0 when absent
+    MonitoringPlaces monitoring;
+    std::array<OutputPlaces, screen_slots> voltage, current;
+    Place overall_state;
+    std::array<Place, screen_slots> module_state;
+    StateWordPlaces words;
+};
+
+/// The title in row 1.
+void draw_title();
+
+/// Row 3, and where its values go.
+[[nodiscard]] PortLine draw_port_line();
+
+/// All that stands below the identification, from the cursor's row on.
+void draw_frame(const ModulePresence& presence, ScreenLayout& layout);

@@ -1,0 +1,188 @@
+#include "interactive/readings.h"
+
+#include "frame/device_call.h"
+#include "frame/error_report.h"
+#include "frame/platform.h"
+
+namespace
+{
+
+/// Where a kind of data has its two flags in a data-ready byte; the overflow flag is the next bit.
+namespace ready_bit
+{
+constexpr int controller_housekeeping = 0;
+constexpr int monitoring = 0;
+constexpr int housekeeping = 2;
+constexpr int output_voltage = 4;
+constexpr int output_current = 6;
+} // namespace ready_bit
+
+bool is_ready(std::uint8_t flags, int bit)
+{
+    return (flags >> bit & 1) != 0;
+}
+
+bool has_overflowed(std::uint8_t flags, int bit)
+{
+    return (flags >> (bit + 1) & 1) != 0;
+}
+
+/// Counts an overflow, reads the group if it is ready, and counts the reading if it is valid.
+/// `read` fills `fresh` and returns what failed; `is_valid` looks at it; then it becomes `latest`.
+template <class Values, class Read, class IsValid>
+const char* read_group(std::uint8_t flags, int bit, Group& group, Values& latest, Read read,
+                       IsValid is_valid)
+{
+    if (has_overflowed(flags, bit))
+        ++group.overflows;
+    if (!is_ready(flags, bit))
+        return nullptr;
+    Values fresh{};
+    set_purge_hold();
+    if (const char* failed = read(fresh)) {
+        ++group.errors;
+        return failed;
+    }
+    if (is_valid(fresh)) {
+        latest = fresh;
+        group.count_reading(platform::tick_ms());
+    }
+    return nullptr;
+}
+
+} // namespace
+
+double Group::mean_duration_ms() const
+{
+    return readings > 1 ? static_cast<double>(last_ms - first_ms) / (readings - 1) : 0.0;
+}
+
+void Group::count_reading(std::int64_t now_ms)
+{
+    if (readings == 0)
+        first_ms = now_ms;
+    last_ms = now_ms;
+    ++readings;
+}
+
+void report_reading(const char* failed)
+{
+    report_on_screen_and_purge(failed);
+}
+
+/// What overflowed before the screen began was nobody's fault.
+void ScreenReadings::forget_old_overflows(CompleteState& first) const
+{
+    constexpr std::uint8_t controller_overflows = 0x0A;      // bits 1 and 3
+    constexpr std::uint8_t heat_controller_overflows = 0x0A; // bits 1 and 3
+    constexpr std::uint8_t hv_supply_overflows = 0xA8;       // bits 3, 5 and 7
+    constexpr std::uint8_t base_overflows = 0x08;            // bit 3
+    const auto clear = [](std::uint8_t& flags, std::uint8_t mask) {
+        flags = static_cast<std::uint8_t>(flags & ~mask);
+    };
+    clear(first.data_ready, controller_overflows);
+    clear(first.module_data_ready[0], heat_controller_overflows);
+    for (unsigned slot = 1; slot < screen_slots; ++slot)
+        clear(first.module_data_ready[slot], hv_supply_overflows);
+    clear(first.module_data_ready[base_index], base_overflows);
+}
+
+const char* ScreenReadings::read_state()
+{
+    CompleteState fresh;
+    set_purge_hold();
+    const char* failed = attempt(LIB(GetCompleteState), &fresh.data_ready, &fresh.device,
+                                 &fresh.voltage, &fresh.temperature, &fresh.fan, &fresh.interlock,
+                                 &fresh.overall, &fresh.module_data_ready, &fresh.module);
+    if (failed != nullptr) {
+        ++state_errors;
+        return failed;
+    }
+    if (cycles.cycles == 0)
+        forget_old_overflows(fresh);
+    state = fresh;
+    ++cycles.cycles;
+    return nullptr;
+}
+
+const char* ScreenReadings::read_controller()
+{
+    return read_group(
+        state.data_ready, ready_bit::controller_housekeeping, controller_group, controller,
+        [](ControllerHousekeeping& values) {
+            return attempt(LIB(GetHousekeeping), &values.plus_24, &values.plus_5, &values.plus_3_3,
+                           &values.cpu, &values.psu);
+        },
+        [](const ControllerHousekeeping&) { return true; });
+}
+
+const char* ScreenReadings::read_housekeeping()
+{
+    constexpr std::array<std::size_t, 5> order = {0, base_index, 1, 2, 3};
+    for (const std::size_t index : order) {
+        if (presence_.flags[index] != presence_flag::present)
+            continue;
+        const unsigned address = index == base_index ? base_unit : static_cast<unsigned>(index);
+        const char* failed = read_group(
+            state.module_data_ready[index], ready_bit::housekeeping, housekeeping_groups[index],
+            housekeeping[index],
+            [address](ModuleHousekeeping& record) { return attempt_housekeeping(address, record); },
+            [](const ModuleHousekeeping& record) { return record.valid != 0; });
+        if (failed != nullptr)
+            return failed;
+    }
+    return nullptr;
+}
+
+const char* ScreenReadings::read_monitoring()
+{
+    if (!presence_.has_slot(0))
+        return nullptr;
+    return read_group(state.module_data_ready[0], ready_bit::monitoring, monitoring_group,
+                      monitoring, attempt_monitoring,
+                      [](const HeaterMonitoring& record) { return record.ready != 0; });
+}
+
+namespace
+{
+
+struct Output {
+    std::uint8_t valid = 0;
+    double value = 0;
+};
+
+/// The output voltages, or the output currents, of the HV-supplies.
+template <class Function>
+const char* read_outputs(const ModulePresence& presence, const CompleteState& state, int bit,
+                         std::array<Group, screen_slots>& groups,
+                         std::array<double, screen_slots>& values,
+                         LibraryFunction<Function> function)
+{
+    for (unsigned slot = 1; slot < screen_slots; ++slot) {
+        if (!presence.has_slot(slot))
+            continue;
+        Output latest{.valid = 1, .value = values[slot]};
+        const char* failed = read_group(
+            state.module_data_ready[slot], bit, groups[slot], latest,
+            [&](Output& fresh) { return attempt(function, slot, &fresh.valid, &fresh.value); },
+            [](const Output& fresh) { return fresh.valid != 0; });
+        values[slot] = latest.value;
+        if (failed != nullptr)
+            return failed;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+const char* ScreenReadings::read_voltages()
+{
+    return read_outputs(presence_, state, ready_bit::output_voltage, voltage_groups, voltage,
+                        LIB(GetHVsupplyOutputVoltage));
+}
+
+const char* ScreenReadings::read_currents()
+{
+    return read_outputs(presence_, state, ready_bit::output_current, current_groups, current,
+                        LIB(GetHVsupplyOutputCurrent));
+}

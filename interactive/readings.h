@@ -1,0 +1,105 @@
+/// What the full-screen display reads from the instrument: the latest good values of everything,
+/// and how the reading went.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "frame/live_display.h"
+#include "modules/presence.h"
+#include "modules/readings.h"
+
+/// Slots that the screen lays out, and the place of the base unit behind them.
+inline constexpr unsigned screen_slots = 4;
+inline constexpr std::size_t base_index = ModulePresence::base_unit_index;
+
+/// Values that become ready together, with the record of their readings.
+struct Group {
+    std::uint32_t readings = 0;
+    std::uint32_t errors = 0;
+    std::uint32_t overflows = 0; ///< readings that the device lost because nobody fetched them
+    std::int64_t first_ms = 0;
+    std::int64_t last_ms = 0;
+
+    /// Mean time between readings in ms, 0 before the second.
+    [[nodiscard]] double mean_duration_ms() const;
+    void count_reading(std::int64_t now_ms);
+};
+
+/// All status words, as the device delivers them in one transfer.
+struct CompleteState {
+    std::uint8_t data_ready = 0;
+    std::uint8_t device = 0;
+    std::uint8_t voltage = 0;
+    std::uint8_t temperature = 0;
+    std::uint8_t fan = 0;
+    std::uint16_t interlock = 0;
+    std::uint16_t overall = 0;
+    std::array<std::uint8_t, 5> module_data_ready{}; ///< slots 0..3, base unit
+    std::array<std::uint16_t, 5> module{};
+};
+
+struct ControllerHousekeeping {
+    double plus_24 = 0, plus_5 = 0, plus_3_3 = 0, cpu = 0, psu = 0;
+};
+
+class ScreenReadings
+{
+public:
+    explicit ScreenReadings(const ModulePresence& presence) : presence_(presence) {}
+
+    /// One cycle: the complete state, then whatever is ready. `before_report` is called before each
+    /// error report, to show what was read until then.
+    template <class BeforeReport>
+    void read_cycle(BeforeReport before_report);
+
+    CycleRates cycles; ///< counts the complete states
+    std::uint32_t state_errors = 0;
+    CompleteState state; ///< means something when cycles.cycles > 0
+
+    ControllerHousekeeping controller;
+    Group controller_group;
+    std::array<ModuleHousekeeping, 5> housekeeping; ///< slots 0..3, base unit
+    std::array<Group, 5> housekeeping_groups;
+    HeaterMonitoring monitoring;
+    Group monitoring_group;
+    std::array<double, screen_slots> voltage{}; ///< V, slots 1..3
+    std::array<Group, screen_slots> voltage_groups;
+    std::array<double, screen_slots> current{}; ///< A
+    std::array<Group, screen_slots> current_groups;
+
+private:
+    [[nodiscard]] const char* read_state();
+    [[nodiscard]] const char* read_controller();
+    [[nodiscard]] const char* read_housekeeping();
+    [[nodiscard]] const char* read_monitoring();
+    [[nodiscard]] const char* read_voltages();
+    [[nodiscard]] const char* read_currents();
+    void forget_old_overflows(CompleteState& first) const;
+
+    ModulePresence presence_;
+};
+
+/// Answers a failed call on the screen; purges when the call took too long.
+void report_reading(const char* failed);
+
+template <class BeforeReport>
+void ScreenReadings::read_cycle(BeforeReport before_report)
+{
+    const auto report = [&before_report](const char* failed) {
+        if (failed == nullptr)
+            return false;
+        before_report();
+        report_reading(failed);
+        return true;
+    };
+    // Without the state nothing is known to be ready; a controller that does not answer will not
+    // answer for its modules either.
+    if (report(read_state()) || report(read_controller()))
+        return;
+    report(read_housekeeping());
+    report(read_monitoring());
+    report(read_voltages());
+    report(read_currents());
+}

@@ -1,0 +1,226 @@
+#include "interactive/status_screen.h"
+
+#include "frame/characters.h"
+#include "frame/device_call.h"
+#include "frame/error_report.h"
+#include "frame/keys.h"
+#include "frame/platform.h"
+#include "frame/session.h"
+#include "interactive/drawing.h"
+#include "interactive/layout.h"
+#include "interactive/readings.h"
+
+namespace
+{
+
+/// Calls once; a failure is reported in the message area.
+template <class... Arguments>
+bool call_on_screen(Arguments... arguments)
+{
+    set_purge_hold();
+    const char* failed = attempt(arguments...);
+    if (failed != nullptr)
+        report_on_screen_and_purge(failed);
+    return failed == nullptr;
+}
+
+/// The same, with one repeat of a failed call.
+template <class... Arguments>
+bool call_on_screen_twice(Arguments... arguments)
+{
+    set_purge_hold();
+    const char* failed = attempt_twice(arguments...);
+    if (failed != nullptr)
+        report_on_screen_and_purge(failed);
+    return failed == nullptr;
+}
+
+/// A text, cut before it would reach the next column that is in use.
+void print_cut(const std::string& text, int next_column)
+{
+    const int room = next_column - console.place().column - 1;
+    std::string_view rest = text;
+    std::string cut;
+    for (int columns = 0; columns < room && !rest.empty(); ++columns)
+        append_utf8(cut, take_character(rest));
+    console.print(Color::value, "%s", cut.c_str());
+}
+
+/// Rows 5 to 7: the controller's identification. What cannot be read stays empty.
+void draw_identification()
+{
+    const auto label = [](int row, int column, const char* text) {
+        console.move_to(console.screen_place(row, column));
+        console.print("%s", text);
+    };
+    constexpr int left = 9;
+    constexpr int middle = 45;
+    constexpr int right = 90;
+
+    label(5, 1, "Device: ");
+    ProductIdText identification;
+    if (call_on_screen(LIB(GetProductID), &identification))
+        print_cut(identification.text(), middle);
+    label(5, middle, "Product number: ");
+    std::int32_t number = 0;
+    if (call_on_screen(LIB(GetProductNo), &number))
+        console.print(Color::value, "%d", number);
+    label(5, right, "Product manufacturing date: ");
+    std::uint16_t year = 0;
+    std::uint16_t week = 0;
+    if (call_on_screen(LIB(GetManufDate), &year, &week))
+        console.print(Color::value, "CW%d %d", week, year); // without the zero that -pm shows
+
+    label(6, left, "Device type: ");
+    std::uint16_t type = 0;
+    if (call_on_screen(LIB(GetDevType), &type)) {
+        console.print(Color::value, "%04Xh", type);
+        if (type == controller_device_type) {
+            console.print(" = ");
+            console.print(Color::value, "KOV-CTRL");
+        }
+    }
+    label(6, middle, "Hardware type: ");
+    std::uint32_t hardware_type = 0;
+    if (call_on_screen(LIB(GetHwType), &hardware_type))
+        console.print(Color::value, "%08Xh", hardware_type);
+
+    label(7, left, "Hardware version: ");
+    std::uint16_t version = 0;
+    if (call_on_screen(LIB(GetHwVersion), &version))
+        console.print(Color::value, "%s", version_text(version).c_str());
+    label(7, middle, "Firmware version: ");
+    if (call_on_screen(LIB(GetFwVersion), &version))
+        console.print(Color::value, "%s", version_text(version).c_str());
+    label(7, right, "Firmware date: ");
+    FirmwareDateText date;
+    if (call_on_screen(LIB(GetFwDate), &date))
+        console.print(Color::value, "%s", date.text().c_str());
+}
+
+/// False, with a message, when the window cannot hold the screen.
+bool window_is_large_enough()
+{
+    const platform::WindowSize size = console.size();
+    if (size.columns >= screen_columns && size.rows >= screen_rows)
+        return true;
+    console.move_to(console.screen_place(3, 1));
+    console.print(Color::bad,
+                  "In interactive mode, the utility requires a window with a width of at least %d "
+                  "and a height of at least %d characters.\r\nAdjust the window size and restart "
+                  "the utility.\r\n\r\n",
+                  screen_columns, screen_rows);
+    return false;
+}
+
+bool read_screen_presence(ModulePresence& presence)
+{
+    progress("\r\nGetting module-presence flags:\r\n"); // below the firmware date
+    set_purge_hold();
+    if (const char* failed = attempt_presence(presence)) {
+        report_on_screen_and_purge(failed);
+        return false;
+    }
+    if (presence.valid == 0) {
+        console.print(Color::bad, "Module-presence flags invalid!");
+        console.print("\r\n");
+    }
+    return presence.valid != 0;
+}
+
+/// The echo of the last key, blanked after a while.
+class KeyEcho
+{
+public:
+    explicit KeyEcho(Place place) : place_(place) {}
+
+    void show(int key, std::int64_t now_ms)
+    {
+        shown_ms_ = now_ms;
+        is_shown_ = true;
+        if (key >= 33 && key <= 255)
+            console.print_at(place_, Color::label, "%c  ", key);
+        else
+            console.print_at(place_, Color::label, "%3u", static_cast<unsigned>(key));
+    }
+
+    void blank_when_old(std::int64_t now_ms)
+    {
+        constexpr std::int64_t visible_ms = 250;
+        if (!is_shown_ || now_ms - shown_ms_ < visible_ms)
+            return;
+        is_shown_ = false;
+        console.print_at(place_, Color::label, "   ");
+    }
+
+private:
+    Place place_;
+    std::int64_t shown_ms_ = 0;
+    bool is_shown_ = false;
+};
+
+/// Reads and shows until Esc.
+void run_cycles(const ScreenLayout& layout, const ModulePresence& presence, InterlockMasks masks)
+{
+    constexpr unsigned spinner_divider = 8;
+    ScreenReadings readings{presence};
+    readings.cycles.start_ms = platform::tick_ms();
+    Spinner spinner{.place = layout.port.spinner, .divider = spinner_divider};
+    KeyEcho key_echo{layout.port.key};
+    DrawPacer pacer;
+    for (;;) {
+        if (key_waiting()) {
+            const int key = read_key();
+            if (platform::stop_signal() != 0)
+                break; // nobody pressed anything
+            key_echo.show(key, platform::tick_ms());
+            if (folded(key) == key::escape)
+                break;
+        }
+        spinner.step();
+        readings.read_cycle([&] { draw_values(layout, readings, presence, masks); });
+        const std::int64_t now = platform::tick_ms();
+        key_echo.blank_when_old(now);
+        if (pacer.is_due(now)) {
+            draw_values(layout, readings, presence, masks);
+            console.flush();
+        }
+    }
+    draw_values(layout, readings, presence, masks);
+}
+
+/// The screen from the cleared window to its end.
+void run_screen()
+{
+    if (!window_is_large_enough())
+        return;
+    start_screen_reports();
+    ScreenLayout layout;
+    layout.port = draw_port_line();
+    draw_identification();
+    ModulePresence presence;
+    if (!read_screen_presence(presence))
+        return;
+    draw_frame(presence, layout);
+    InterlockMasks masks;
+    if (!call_on_screen_twice(LIB(GetHVsupplyInterlockEnable), &masks.hv_supply) ||
+        !call_on_screen_twice(LIB(GetHeatCtrlInterlockEnable), &masks.heat_controller))
+        return;
+    run_cycles(layout, presence, masks);
+}
+
+} // namespace
+
+void run_status_screen()
+{
+    const DisplayScope scope;
+    console.clear_screen();
+    draw_title();
+    run_screen();
+    console.move_below_text();
+}
+
+void show_status_screen(const Given&)
+{
+    run_status_screen();
+}

@@ -1,0 +1,33 @@
+#include "modules/readings.h"
+
+#include "frame/device_call.h"
+#include "frame/numbers.h"
+
+const char* attempt_housekeeping(unsigned address, ModuleHousekeeping& record)
+{
+    switch (address) {
+    case base_unit:
+        return attempt(LIB(GetBaseHousekeeping), &record.valid, &record.plus_3_3, &record.cpu);
+    case 0:
+        return attempt(LIB(GetHeatCtrlHousekeeping), &record.valid, &record.plus_3_3, &record.cpu,
+                       &record.plus_5, &record.plus_24, &record.psu);
+    default:
+        return attempt(LIB(GetHVsupplyHousekeeping), address, &record.valid, &record.plus_3_3,
+                       &record.cpu, &record.plus_5, &record.plus_24, &record.minus_22,
+                       &record.plus_18, &record.minus_18, &record.vc, &record.analog_ground);
+    }
+}
+
+std::optional<double> HeaterMonitoring::heater_resistance() const
+{
+    constexpr double smallest_current = 0.1; // A: below that the quotient is noise
+    if (!(current > smallest_current))
+        return std::nullopt;
+    return heater_voltage / current;
+}
+
+const char* attempt_monitoring(HeaterMonitoring& record)
+{
+    return attempt(LIB(GetHeatCtrlMonitoring), &record.ready, &record.output_voltage,
+                   &record.heater_voltage, &record.current, &record.temperature);
+}

@@ -1,0 +1,37 @@
+/// What the modules measure: their records, and reading them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+/// Supply voltages in V and temperatures in degrees Celsius. A module fills what it has: the base
+/// unit 3.3 V and CPU, the heat-controller 5 V, 24 V and PSU as well, an HV-supply all but the PSU.
+struct ModuleHousekeeping {
+    std::uint8_t valid = 0;
+    double plus_3_3 = 0, plus_5 = 0, plus_24 = 0;
+    double minus_22 = 0, plus_18 = 0, minus_18 = 0, vc = 0, analog_ground = 0;
+    double cpu = 0, psu = 0;
+};
+
+/// Reads the housekeeping record of the module at an address (0..3, base_unit) once. Null, or the
+/// name of what failed.
+[[nodiscard]] const char* attempt_housekeeping(unsigned address, ModuleHousekeeping& record);
+
+/// One measurement of the heat-controller.
+struct HeaterMonitoring {
+    std::uint8_t ready = 0;    ///< the measurement is a new one
+    double output_voltage = 0; ///< V, at the module
+    double heater_voltage = 0; ///< V, at the heater
+    double current = 0;        ///< A
+    double temperature = 0;    ///< degrees Celsius
+
+    [[nodiscard]] double output_power() const { return output_voltage * current; }
+    /// Lost in the supply wires.
+    [[nodiscard]] double wire_power() const { return (output_voltage - heater_voltage) * current; }
+    [[nodiscard]] double heater_power() const { return heater_voltage * current; }
+    /// In ohms; nothing when the current is too small to tell.
+    [[nodiscard]] std::optional<double> heater_resistance() const;
+};
+
+/// Reads the heat-controller's monitoring record once. Null, or the name of what failed.
+[[nodiscard]] const char* attempt_monitoring(HeaterMonitoring& record);
