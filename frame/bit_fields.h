@@ -47,10 +47,10 @@ class FieldLine
 public:
     FieldLine() = default;
 
-    /// Prints the labels at the cursor, with that many columns left free behind each but the last.
+    /// Prints the labels at the cursor, with that many columns left free behind each.
     /// A word may be longer than its gap: the blanks that begin the next label are room, too.
     FieldLine(std::span<const char* const> labels, int gap);
-    /// The same with a gap of its own behind each label.
+    /// The same with a gap of its own behind each label; none where no gap is given.
     FieldLine(std::span<const char* const> labels, std::initializer_list<int> gaps);
 
     /// Shows a word behind each label.

@@ -185,6 +185,8 @@ void Console::take_window_change()
     // A higher window need not show again what had scrolled away.
     floor_row_ = std::max(reached_before, first_reachable_row(sent_bottom_));
     int row = display_depth_ > 0 ? display_first_ : cursor_.row;
+    if (display_depth_ == 0 && cursor_.column == 1)
+        --row; // the last line is most likely the question that waits for its answer
     row = std::max(row, first_reachable_row(bottom_row()));
     if (resumed) { // somebody else's text stands between us and our rows: show them again below it
         out_ += '\r';

@@ -118,6 +118,14 @@ std::string escaped_byte(unsigned char byte)
     }
 }
 
+std::string escaped(std::string_view text)
+{
+    std::string result;
+    for (const char byte : text)
+        result += escaped_byte(static_cast<unsigned char>(byte));
+    return result;
+}
+
 std::string printable(std::string_view text)
 {
     std::string result;
@@ -211,9 +219,20 @@ std::string version_text(unsigned version)
 
 // ---- Times ----
 
+namespace
+{
+
+/// Durations are never negative, and always numbers.
+double positive(double seconds)
+{
+    return seconds > 0.0 && std::isfinite(seconds) ? seconds : 0.0;
+}
+
+} // namespace
+
 std::string duration_hms(double seconds)
 {
-    const auto tenths = static_cast<unsigned long>(std::llround(seconds * 10.0));
+    const auto tenths = static_cast<unsigned long>(std::llround(positive(seconds) * 10.0));
     return formatted("%2lu:%02lu:%04.1lf", tenths / 36000, tenths / 600 % 60,
                      static_cast<double>(tenths % 600) * 0.1);
 }
@@ -226,6 +245,7 @@ std::string duration_text(const char* format, double seconds)
     const bool has_decimals = point != nullptr && (letter == nullptr || point < letter);
     const int decimals = has_decimals ? std::atoi(point + 1) : 6; // as printf reads it
     const double scale = std::pow(10.0, decimals);
+    seconds = positive(seconds);
     const double rounded = std::round(seconds * scale) / scale;
     if (rounded < 60.0 || letter == nullptr)
         return formatted(format, seconds);

@@ -63,6 +63,9 @@ inline constexpr Word no_word = {" no", Color::bad};
 /// One byte with its C escape when it has one: \0 \a \b \t \n \v \f \r \e, \xNN from 80h on.
 [[nodiscard]] std::string escaped_byte(unsigned char byte);
 
+/// A whole text, byte by byte as escaped_byte() shows it.
+[[nodiscard]] std::string escaped(std::string_view text);
+
 /// A text from the device, a file or the command line, fit for a line of the console or a report:
 /// control characters are escaped, valid UTF-8 and other high bytes stay. Null is the empty text.
 [[nodiscard]] std::string printable(std::string_view text);
@@ -107,7 +110,7 @@ inline constexpr Word no_word = {" no", Color::bad};
 
 // ---- Spinner ----
 
-/// A turning bar that shows that something goes on.
+/// A turning bar that shows that something goes on. Whoever steps it flushes the console.
 struct Spinner {
     Place place;
     unsigned divider = 1; ///< turns once in so many steps; 0 counts as 1

@@ -114,6 +114,11 @@ bool input_has_ended()
     return keyboard.ended && keyboard.decoder.keys.empty() && platform::stop_signal() == 0;
 }
 
+void expect_line_end()
+{
+    keyboard.drop_line_end = true;
+}
+
 void wait_for_key()
 {
     drop_answered_line_end();
@@ -129,9 +134,9 @@ bool wait_for_key_until(std::int64_t deadline_ms)
     while (!key_or_end_is_there()) {
         console.flush_for_wait();
         const std::int64_t left = deadline_ms - platform::tick_ms();
+        look(std::max<std::int64_t>(left, 0)); // even when the deadline was over before
         if (left <= 0)
-            return false;
-        look(left);
+            return key_or_end_is_there();
     }
     return true;
 }

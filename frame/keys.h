@@ -40,6 +40,9 @@ void flush_keys();
 /// program is asked to end).
 [[nodiscard]] std::optional<char> read_answer();
 
+/// Tells that the key just read was an answer: a line end directly behind it belongs to it.
+void expect_line_end();
+
 /// Waits until the tick `deadline_ms` and tells whether it passed. With `blank_aborts` the blank
 /// key ends the wait early; every other key is dropped, Esc included. A request to end the program
 /// always does.

@@ -11,12 +11,12 @@
 double CycleRates::per_second(std::int64_t now_ms) const
 {
     const std::int64_t elapsed = now_ms - start_ms;
-    return elapsed > 0 ? cycles * 1000.0 / static_cast<double>(elapsed) : 0.0;
+    return elapsed > 0 ? static_cast<double>(cycles) * 1000.0 / static_cast<double>(elapsed) : 0.0;
 }
 
 double CycleRates::mean_ms(std::int64_t now_ms) const
 {
-    return cycles > 0 ? static_cast<double>(now_ms - start_ms) / cycles : 0.0;
+    return cycles > 0 ? static_cast<double>(now_ms - start_ms) / static_cast<double>(cycles) : 0.0;
 }
 
 void RateFields::show(const CycleRates& rates, std::int64_t now_ms) const
@@ -107,7 +107,8 @@ public:
             if (failed_ != nullptr)
                 break;
             const std::int64_t now = platform::tick_ms();
-            if (going_on && pacer_.is_due(now))
+            // A paced display waits now: what it has must be seen before.
+            if (going_on && (display_.period_ms > 0 || pacer_.is_due(now)))
                 draw(now);
         }
         draw(platform::tick_ms());
@@ -124,7 +125,7 @@ private:
             fields_.rates.show(rates_, now_ms);
             draw_();
         }
-        if (fields_.key_echo.row > 0)
+        if (fields_.key_echo.row > 0 && display_.continuous)
             console.print_at(fields_.key_echo, Color::label, "%s", key_text(key_).c_str());
         key_ = 0;
         console.flush();
@@ -156,6 +157,10 @@ private:
     bool wait_for_period()
     {
         due_ms_ += display_.period_ms;
+        // What was missed (the program was stopped, an answer took long) is not made up for.
+        const std::int64_t late_ms = platform::tick_ms() - due_ms_;
+        if (late_ms > 0)
+            due_ms_ += late_ms / display_.period_ms * display_.period_ms;
         while (wait_for_key_until(due_ms_)) {
             if (awaits_only_reading()) {
                 return wait_until(due_ms_, false);

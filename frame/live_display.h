@@ -43,7 +43,7 @@ private:
 
 /// How fast a display has been running, on average since its start.
 struct CycleRates {
-    std::uint32_t cycles = 0;
+    std::uint64_t cycles = 0;
     std::int64_t start_ms = 0;
 
     /// Cycles per second, 0 while no time has passed.

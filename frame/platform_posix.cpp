@@ -6,6 +6,7 @@
 #include <cstring>
 #include <ctime>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/time.h>
@@ -26,7 +27,9 @@ volatile std::sig_atomic_t program_resumed = 0;
 termios original_modes;
 termios raw_modes;
 volatile std::sig_atomic_t have_original_modes = 0;
-volatile std::sig_atomic_t raw_input_active = 0;
+volatile std::sig_atomic_t raw_input_wanted = 0; ///< by the program
+volatile std::sig_atomic_t raw_input_active = 0; ///< on the terminal
+volatile std::sig_atomic_t screen_wanted = 0;
 volatile std::sig_atomic_t screen_in_use = 0;
 volatile std::sig_atomic_t rows_to_leave = 0;
 
@@ -66,20 +69,46 @@ void on_window_change(int)
     window_resized = 1;
 }
 
-/// Ctrl-Z: the shell gets a clean terminal, the program its own one back when it goes on.
-void on_terminal_stop(int)
+/// After a stop: the terminal as the program wants it, and everything painted again.
+void take_terminal_again()
 {
-    const int saved_errno = errno;
-    const bool was_raw = raw_input_active != 0;
-    const bool used_screen = screen_in_use != 0;
-    hand_terminal_back();
-    raise(SIGSTOP);
-    if (was_raw && tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
+    // In the background the terminal is somebody else's; the next SIGCONT comes with the
+    // foreground.
+    if (have_original_modes != 0 && tcgetpgrp(STDIN_FILENO) != getpgrp())
+        return;
+    if (raw_input_wanted != 0 && tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
         raw_input_active = 1;
-    if (used_screen) {
+    if (screen_wanted != 0) {
         screen_in_use = 1;
         program_resumed = 1;
     }
+}
+
+void on_continue(int)
+{
+    const int saved_errno = errno;
+    take_terminal_again();
+    errno = saved_errno;
+}
+
+/// Ctrl-Z: the shell gets a clean terminal, the program its own one back when it goes on. The stop
+/// itself is the system's: it knows whether there is a shell that could ever continue us.
+void on_terminal_stop(int signal_number)
+{
+    const int saved_errno = errno;
+    hand_terminal_back();
+    struct sigaction ours = {};
+    struct sigaction standard = {};
+    standard.sa_handler = SIG_DFL;
+    sigset_t this_signal, before;
+    sigemptyset(&this_signal);
+    sigaddset(&this_signal, signal_number);
+    sigaction(signal_number, &standard, &ours);
+    raise(signal_number);
+    sigprocmask(SIG_UNBLOCK, &this_signal, &before); // stops here
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    sigaction(signal_number, &ours, nullptr);
+    take_terminal_again();
     errno = saved_errno;
 }
 
@@ -148,6 +177,13 @@ bool wait_for_input(int descriptor, std::int64_t timeout_ms, bool (*is_due)())
 
 void start()
 {
+    // A file that somebody opens later must never take the place of a closed standard stream: the
+    // console's text would go into it.
+    int descriptor = open("/dev/null", O_RDWR);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = open("/dev/null", O_RDWR);
+    if (descriptor >= 0)
+        close(descriptor);
     if (isatty(STDIN_FILENO) != 0 && tcgetattr(STDIN_FILENO, &original_modes) == 0) {
         raw_modes = original_modes;
         // Signals stay on the keyboard (ISIG) and output processing stays as it is.
@@ -159,8 +195,10 @@ void start()
     }
     for (const int signal_number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
         watch(signal_number, on_stop_request);
-    watch(SIGWINCH, on_window_change);
+    if (output_is_terminal())
+        watch(SIGWINCH, on_window_change);
     watch(SIGTSTP, on_terminal_stop);
+    watch(SIGCONT, on_continue);
     for (const int signal_number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
         watch(signal_number, on_crash, true);
     std::signal(SIGPIPE, SIG_IGN); // a closed pipe is told by the write
@@ -169,6 +207,7 @@ void start()
 
 void restore_terminal()
 {
+    raw_input_wanted = screen_wanted = 0;
     hand_terminal_back();
 }
 
@@ -237,7 +276,7 @@ WindowChange take_window_change()
 bool write_output(std::string_view bytes)
 {
     if (output_is_terminal())
-        screen_in_use = 1;
+        screen_wanted = screen_in_use = 1;
     while (!bytes.empty()) {
         const ssize_t written = write(STDOUT_FILENO, bytes.data(), bytes.size());
         if (written >= 0) {
@@ -269,8 +308,10 @@ bool input_is_terminal()
 
 void start_raw_input()
 {
-    if (have_original_modes != 0 && raw_input_active == 0 &&
-        tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
+    if (have_original_modes == 0)
+        return;
+    raw_input_wanted = 1;
+    if (raw_input_active == 0 && tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
         raw_input_active = 1;
 }
 

@@ -10,6 +10,7 @@ YesNo ask_yes_no()
     do
         key = folded(read_key());
     while (key != 'Y' && key != 'N' && key != key::escape);
+    expect_line_end();
     flush_keys();
     if (key == key::escape) {
         print_interrupted();

@@ -94,6 +94,6 @@ void close_session()
         return;
     program.port_open = false;
     if (attempt(LIB(Close)) != nullptr)
-        console.print("%s\n", printable(COM_KOV_CTRL_GetErrorMessage()).c_str());
+        console.print(Color::bad, "%s\n", printable(COM_KOV_CTRL_GetErrorMessage()).c_str());
     progress("Communication stream closed\n");
 }

@@ -164,6 +164,7 @@ void offer_to_save()
     while (key != 'Y' && key != 'N' && key != key::escape);
     if (key == key::escape)
         return;
+    expect_line_end();
     console.print(key == 'Y' ? Word{"Y", Color::good} : Word{"N", Color::not_good});
     console.print("\r\n");
     if (key == 'Y')

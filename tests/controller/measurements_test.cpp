@@ -111,6 +111,15 @@ TEST(Housekeeping, EchoesTheKeyTwoRowsAboveTheHeader)
     EXPECT_THAT(at_the_top.output(), Not(HasSubstr("'k'")));
 }
 
+TEST(Housekeeping, ASingleReadingTouchesNothingAboveIt)
+{
+    Trial trial;
+    trial.run("3 -pe -pk -T");
+    EXPECT_THAT(trial.screen(),
+                testing::StartsWith("{W}COM3{.} opened for the communication stream\n"));
+    EXPECT_THAT(trial.output(), HasSubstr("opened for the communication stream\r\n"));
+}
+
 TEST(Housekeeping, FailingAtTheFirstAndAtTheThirdCycle)
 {
     Trial first;
@@ -154,6 +163,20 @@ TEST(Cpu, OneReadingASecondOnAFixedGrid)
                                                     "{W}30.0%{.}   Frequency: {W}"));
     EXPECT_EQ(std::count(live.calls.begin(), live.calls.end(), "GetCPUdata()"), 3);
     EXPECT_LT(virtual_time::now_us(), 2'600'000);
+}
+
+TEST(Cpu, EndsAndKeepsItsGridWhenTheDeviceIsSlow)
+{
+    Trial trial;
+    trial.instrument("latency 1500");
+    trial.type(10'000, "\033");
+    trial.run("3 -PC -T");
+    EXPECT_LT(virtual_time::now_us(), 16'000'000);
+    Trial stopped; // what was missed is not made up for
+    stopped.instrument("block GetCPUdata at 2 for 60000");
+    stopped.type(65'000, "\033");
+    stopped.run("3 -PC -T");
+    EXPECT_LT(std::count(stopped.calls.begin(), stopped.calls.end(), "GetCPUdata()"), 9);
 }
 
 TEST(Uptime, BothTimesInOneLine)

@@ -28,6 +28,15 @@ TEST(Console, CharactersOfBothEncodings)
     EXPECT_THAT(trial.output(), Not(HasSubstr("\x1B[2J")));
 }
 
+TEST(Console, HalfAWideCharacterNeverStaysBehind)
+{
+    const Trial trial;
+    console.start();
+    console.print("\xE4\xB8\x80\xE4\xB8\x80z");
+    console.print_at({1, 2}, Color::label, "\xE4\xB8\x81");
+    EXPECT_EQ(trial.screen(), " \xE4\xB8\x81 z\n");
+}
+
 TEST(Console, ControlCharactersThatAct)
 {
     const Trial trial;

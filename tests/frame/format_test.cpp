@@ -76,7 +76,7 @@ TEST(Format, KeysAndEscapes)
     EXPECT_EQ(escaped_byte(27), "\\e");
     EXPECT_EQ(escaped_byte(5), "\x05");
     EXPECT_EQ(escaped_byte(0x7F), "\x7F");
-    EXPECT_EQ(escaped_byte(0xF8), "\\xF8");
+    EXPECT_EQ(escaped("a\t\xF8"), "a\\t\\xF8");
     EXPECT_EQ(printable("a\x1B[2J\r\n\x05\xC2\x9B"
                         "31m \xF8"
                         "C \xC3\xA9"),
@@ -110,6 +110,7 @@ TEST(Format, SignificantDigits)
 TEST(Format, Durations)
 {
     EXPECT_EQ(duration_hms(59.96), " 0:01:00.0");
+    EXPECT_EQ(duration_hms(-1.0), " 0:00:00.0");
     EXPECT_EQ(duration_hms(3661.25), " 1:01:01.3");
     EXPECT_EQ(duration_text("%.1lfs", 59.96), "1:00.0s");
     EXPECT_EQ(duration_text("%.1lfs", 59.94), "59.9s");

@@ -188,6 +188,12 @@ TEST(Keyboard, QuestionsTakeYesNoAndEscOnly)
         EXPECT_EQ(trial.screen(), c.screen);
         EXPECT_FALSE(key_waiting());
     }
+    Trial piped; // the line end of the first answer is not the second answer
+    piped.pipe_in("y\nn\n");
+    console.start();
+    start_keys();
+    EXPECT_EQ(ask_yes_no(), YesNo::yes);
+    EXPECT_EQ(read_answer(), 'n');
     const Trial trial;
     console.start();
     print_wrong_value("module address");

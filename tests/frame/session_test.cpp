@@ -125,8 +125,9 @@ TEST(Session, ReportsFailuresOnTheWay)
     Trial closing;
     closing.instrument("fail Close always text \"cable lost\"");
     closing.run("3 -g -pn -T");
-    EXPECT_THAT(closing.screen(),
-                testing::EndsWith("cable lost\nCommunication stream closed\nProgram completed\n"));
+    EXPECT_THAT(
+        closing.screen(),
+        testing::EndsWith("{M}cable lost{.}\nCommunication stream closed\nProgram completed\n"));
 }
 
 TEST(ErrorReport, HostileTextsStayInTheirLine)
@@ -165,8 +166,9 @@ TEST(ErrorReport, OnTheScreenScrollsInItsOwnArea)
     EXPECT_EQ(console.place(), cursor);
     const std::string screen = trial.screen();
     EXPECT_THAT(screen, testing::StartsWith("{W}row 1{.}\n{W}row 2{.}\n"));
-    EXPECT_THAT(screen,
-                HasSubstr("{W}row 53{.}\n{M}2026/03/14, 09:27:00.589, ")); // the older ones scrolled out
+    EXPECT_THAT(
+        screen,
+        HasSubstr("{W}row 53{.}\n{M}2026/03/14, 09:27:00.589, ")); // the older ones scrolled out
     EXPECT_THAT(screen, HasSubstr("09:27:02.589, Error at COM_KOV_CTRL_GetState: no answer{.}\n"));
     EXPECT_THAT(screen, HasSubstr(", last communication stream error: "));
     EXPECT_THAT(trial.calls, Not(testing::Contains("Purge()")));
