@@ -68,22 +68,65 @@ std::vector<std::string> environment_of(const Launch& launch)
     return environment;
 }
 
-/// The part of the child up to the program's start: system calls only.
-[[noreturn]] void become(char* const* arguments, char* const* environment, const char* folder,
-                         int input, int output, int terminal)
+// ---- A shell with job control, after fork(): system calls only ----
+
+// A program whose parent is no shell in its own session would not be stopped by Ctrl-Z.
+constexpr int status_descriptor = 3;
+volatile pid_t job = 0;
+
+void pass_on_to_job(int number)
 {
+    if (job > 0)
+        kill(-job, number);
+}
+
+[[noreturn]] void become_job(char* const* arguments, char* const* environment)
+{
+    setpgid(0, 0);
+    tcsetpgrp(STDERR_FILENO, getpid());
     // Whoever runs the tests may ignore signals; an ordinary shell's child does not.
-    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGTSTP, SIGCONT})
+    for (const int number :
+         {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGTSTP, SIGTTIN, SIGTTOU, SIGCONT})
         signal(number, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
-    const bool ready = setsid() >= 0 && ioctl(terminal, TIOCSCTTY, 0) == 0 && dup2(input, 0) >= 0 &&
-                       dup2(output, 1) >= 0 && dup2(terminal, 2) >= 0 &&
-                       (*folder == '\0' || chdir(folder) == 0);
-    if (ready)
-        execve(arguments[0], arguments, environment);
+    execve(arguments[0], arguments, environment);
     _exit(127);
+}
+
+/// Runs the program as its one job; reports its process number and then what becomes of it.
+[[noreturn]] void become_shell(char* const* arguments, char* const* environment, const char* folder,
+                               std::array<int, 4> descriptors)
+{
+    bool ready = setsid() >= 0 && (*folder == '\0' || chdir(folder) == 0);
+    for (int i = 0; i < static_cast<int>(descriptors.size()); ++i)
+        ready = ready && dup2(descriptors[static_cast<std::size_t>(i)], i) == i;
+    // The terminal hangs up and the pipes end although the shell is there.
+    close_range(status_descriptor + 1, ~0U, 0);
+    ready = ready && fcntl(status_descriptor, F_SETFD, FD_CLOEXEC) == 0 &&
+            ioctl(STDERR_FILENO, TIOCSCTTY, 0) == 0;
+    signal(SIGTTOU, SIG_IGN);
+    signal(SIGHUP, pass_on_to_job);
+    const pid_t child = ready ? fork() : -1;
+    if (child == 0)
+        become_job(arguments, environment);
+    if (child < 0)
+        _exit(127);
+    job = child;
+    setpgid(child, child);
+    dup2(STDERR_FILENO, STDIN_FILENO);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    int status = 0;
+    bool reported = write(status_descriptor, &child, sizeof child) == sizeof child;
+    while (reported && !WIFSIGNALED(status)) {
+        if (waitpid(child, &status, WUNTRACED | WCONTINUED) != child)
+            continue;
+        reported = write(status_descriptor, &status, sizeof status) == sizeof status;
+        if (WIFEXITED(status))
+            break;
+    }
+    _exit(0);
 }
 
 } // namespace
@@ -120,10 +163,16 @@ PseudoTerminal::PseudoTerminal(const Launch& launch) : screen{launch.size}
     std::vector<std::string> environment = environment_of(launch);
     const std::vector<char*> argument_pointers = pointers_to(arguments);
     const std::vector<char*> environment_pointers = pointers_to(environment);
-    child_ = checked(fork(), "fork");
-    if (child_ == 0)
-        become(argument_pointers.data(), environment_pointers.data(), launch.folder.c_str(), input,
-               output, terminal_);
+    std::array<int, 2> status = {};
+    (void)checked(pipe2(status.data(), O_CLOEXEC), "pipe");
+    shell_ = checked(fork(), "fork");
+    if (shell_ == 0)
+        become_shell(argument_pointers.data(), environment_pointers.data(), launch.folder.c_str(),
+                     {input, output, terminal_, status[1]});
+    close(status[1]);
+    status_pipe_ = status[0];
+    if (read(status_pipe_, &program_, sizeof program_) != sizeof program_)
+        throw std::runtime_error{"the program cannot be run"};
     if (launch.input == Launch::Stream::pipe) {
         close(in[0]);
         close(in[1]);
@@ -136,45 +185,44 @@ PseudoTerminal::PseudoTerminal(const Launch& launch) : screen{launch.size}
 
 PseudoTerminal::~PseudoTerminal()
 {
-    take_status();
-    if (!ended_) {
-        kill(child_, SIGKILL);
-        waitpid(child_, nullptr, 0);
-    }
+    if (!ended_)
+        kill(program_, SIGKILL);
+    close(status_pipe_);
+    waitpid(shell_, nullptr, 0);
     close_terminal();
     close_output_pipe();
 }
 
-/// Reads what the program wrote; waits a little for it.
-void PseudoTerminal::take_output(int timeout_ms)
+/// Waits a moment for news of the program and takes them.
+void PseudoTerminal::take_news()
 {
-    std::array<pollfd, 2> entries = {pollfd{.fd = master_, .events = POLLIN, .revents = 0},
-                                     pollfd{.fd = output_pipe_, .events = POLLIN, .revents = 0}};
-    if (poll(entries.data(), entries.size(), timeout_ms) <= 0)
+    constexpr int moment_ms = 20; // a condition may depend on more than the program's output
+    std::array<pollfd, 3> entries = {
+        pollfd{.fd = master_, .events = POLLIN, .revents = 0},
+        pollfd{.fd = output_pipe_, .events = POLLIN, .revents = 0},
+        pollfd{.fd = ended_ ? -1 : status_pipe_, .events = POLLIN, .revents = 0}};
+    if (poll(entries.data(), entries.size(), moment_ms) <= 0)
         return;
     std::array<char, 4096> bytes;
-    for (const pollfd& entry : entries) {
-        if ((entry.revents & (POLLIN | POLLHUP)) == 0)
-            continue;
+    const auto take = [&bytes](const pollfd& entry) {
         const ssize_t count = read(entry.fd, bytes.data(), bytes.size());
-        const std::string_view got{bytes.data(), static_cast<std::size_t>(count > 0 ? count : 0)};
-        if (entry.fd == master_) {
-            terminal_bytes_ += got;
-            screen.feed(got);
-        } else if (count > 0) {
-            piped_out_ += got;
-        } else {
-            close_output_pipe();
-        }
+        return std::string_view{bytes.data(), static_cast<std::size_t>(count > 0 ? count : 0)};
+    };
+    if (entries[0].revents != 0) {
+        const std::string_view got = take(entries[0]);
+        terminal_bytes_ += got;
+        screen.feed(got);
     }
-}
-
-void PseudoTerminal::take_status()
-{
-    if (ended_ || waitpid(child_, &status_, WNOHANG | WUNTRACED | WCONTINUED) != child_)
-        return;
-    stopped_ = WIFSTOPPED(status_);
-    ended_ = WIFEXITED(status_) || WIFSIGNALED(status_);
+    if (entries[1].revents != 0) {
+        const std::string_view got = take(entries[1]);
+        piped_out_ += got;
+        if (got.empty())
+            close_output_pipe();
+    }
+    if (entries[2].revents != 0 && read(status_pipe_, &status_, sizeof status_) == sizeof status_) {
+        stopped_ = WIFSTOPPED(status_);
+        ended_ = WIFEXITED(status_) || WIFSIGNALED(status_);
+    }
 }
 
 bool PseudoTerminal::wait_until(const std::function<bool()>& condition)
@@ -183,9 +231,7 @@ bool PseudoTerminal::wait_until(const std::function<bool()>& condition)
     while (!condition()) {
         if (std::chrono::steady_clock::now() > deadline)
             return false;
-        constexpr int moment_ms = 10; // an end or a stop makes no descriptor ready
-        take_output(moment_ms);
-        take_status();
+        take_news();
     }
     return true;
 }
@@ -203,7 +249,7 @@ bool PseudoTerminal::is_stopped()
 int PseudoTerminal::exit_status()
 {
     if (!wait_until([this] { return ended_; })) {
-        kill(child_, SIGKILL);
+        kill(program_, SIGKILL);
         (void)wait_until([this] { return ended_; });
     }
     // Written behind the program's last byte: when it comes out, all of them have.
@@ -239,7 +285,7 @@ void PseudoTerminal::resize(TerminalSize size)
 
 void PseudoTerminal::send_signal(int number) const
 {
-    kill(child_, number);
+    kill(program_, number);
 }
 
 void PseudoTerminal::close_terminal()

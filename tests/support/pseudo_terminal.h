@@ -73,13 +73,14 @@ public:
     [[nodiscard]] const std::string& terminal_bytes() const { return terminal_bytes_; }
 
 private:
-    void take_output(int timeout_ms);
-    void take_status();
+    void take_news();
 
-    pid_t child_ = -1;
+    pid_t shell_ = -1; ///< the program's parent, which has nothing else to do
+    pid_t program_ = -1;
     int master_ = -1;
     int terminal_ = -1; ///< keeps the terminal there when the program has ended
     int output_pipe_ = -1;
+    int status_pipe_ = -1; ///< what the shell tells of the program
     termios original_modes_ = {};
     bool stopped_ = false;
     bool ended_ = false;
