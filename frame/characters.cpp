@@ -1,12 +1,17 @@
 #include "frame/characters.h"
 
+#include "frame/character_ranges.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <span>
 
 namespace
 {
 
+// Shown instead of a character that would change what its neighbours look like, or where they
+// stand.
 constexpr char32_t replacement = 0xFFFD;
 
 // clang-format off
@@ -40,46 +45,13 @@ constexpr std::array<char32_t, 129> high_characters = {
 };
 // clang-format on
 
-struct Range {
-    char32_t first, last;
-};
-
-constexpr bool contains(const auto& ranges, char32_t character)
+bool contains(std::span<const CharacterRange> ranges, char32_t character)
 {
-    return std::any_of(ranges.begin(), ranges.end(), [character](const Range& range) {
-        return character >= range.first && character <= range.last;
-    });
+    const auto range = std::partition_point(
+        ranges.begin(), ranges.end(),
+        [character](const CharacterRange& candidate) { return candidate.last < character; });
+    return range != ranges.end() && character >= range->first;
 }
-
-// Combining, joining, invisible and direction-changing characters: one of them would change what
-// its neighbours look like, or where they stand.
-constexpr std::array unshowable = {
-    Range{0x00AD, 0x00AD},    Range{0x0300, 0x036F},   Range{0x0483, 0x0489},
-    Range{0x0591, 0x05BD},    Range{0x0600, 0x0605},   Range{0x0610, 0x061A},
-    Range{0x061C, 0x061C},    Range{0x064B, 0x065F},   Range{0x06D6, 0x06DD},
-    Range{0x070F, 0x070F},    Range{0x0730, 0x074A},   Range{0x07A6, 0x07B0},
-    Range{0x0816, 0x0903},    Range{0x093A, 0x0963},   Range{0x0981, 0x0983},
-    Range{0x0E31, 0x0E31},    Range{0x0E34, 0x0E3A},   Range{0x0E47, 0x0E4E},
-    Range{0x0EB1, 0x0EBC},    Range{0x0F18, 0x0F19},   Range{0x0F35, 0x0F3F},
-    Range{0x0F71, 0x0F87},    Range{0x102B, 0x103E},   Range{0x1160, 0x11FF},
-    Range{0x135D, 0x135F},    Range{0x1712, 0x1714},   Range{0x17B4, 0x17D3},
-    Range{0x180B, 0x180F},    Range{0x1AB0, 0x1B04},   Range{0x1B34, 0x1B44},
-    Range{0x1DC0, 0x1DFF},    Range{0x200B, 0x200F},   Range{0x2028, 0x202E},
-    Range{0x2060, 0x206F},    Range{0x20D0, 0x20FF},   Range{0x302A, 0x302F},
-    Range{0x3099, 0x309A},    Range{0xA66F, 0xA67D},   Range{0xA802, 0xA82C},
-    Range{0xD7B0, 0xD7FF},    Range{0xD800, 0xF8FF},   Range{0xFB1E, 0xFB1E},
-    Range{0xFE00, 0xFE0F},    Range{0xFE20, 0xFE2F},   Range{0xFEFF, 0xFEFF},
-    Range{0xFFF0, 0xFFFB},    Range{0x1D165, 0x1D1AD}, Range{0x1F3FB, 0x1F3FF},
-    Range{0xE0000, 0x10FFFF},
-};
-
-constexpr std::array double_width = {
-    Range{0x1100, 0x115F},   Range{0x2E80, 0x303E},   Range{0x3041, 0x33FF},
-    Range{0x3400, 0x4DBF},   Range{0x4E00, 0x9FFF},   Range{0xA000, 0xA4CF},
-    Range{0xAC00, 0xD7A3},   Range{0xF900, 0xFAFF},   Range{0xFE30, 0xFE6F},
-    Range{0xFF00, 0xFF60},   Range{0xFFE0, 0xFFE6},   Range{0x1F300, 0x1F64F},
-    Range{0x1F900, 0x1F9FF}, Range{0x20000, 0x3FFFD},
-};
 
 /// Length of the valid UTF-8 sequence at the start of `bytes` and its character; 0 when there is
 /// none (over-long forms, surrogates and numbers above 10FFFFh are not valid).
@@ -141,12 +113,13 @@ char32_t shown_character(char32_t character)
 {
     if (is_control(character))
         return character_of_code_page(static_cast<unsigned char>(character));
-    return character >= 0xAD && contains(unshowable, character) ? replacement : character;
+    return character >= 0xAD && contains(unshowable_characters, character) ? replacement
+                                                                           : character;
 }
 
 int character_width(char32_t character)
 {
-    return character >= 0x1100 && contains(double_width, character) ? 2 : 1;
+    return character >= 0x1100 && contains(wide_characters, character) ? 2 : 1;
 }
 
 void append_utf8(std::string& text, char32_t character)

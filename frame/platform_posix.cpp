@@ -154,10 +154,19 @@ bool stop_is_due()
 /// early when a signal comes, at once when `is_due` tells of one that has not been dealt with.
 bool wait_for_input(int descriptor, std::int64_t timeout_ms, bool (*is_due)())
 {
-    pollfd entry = {.fd = descriptor, .events = POLLIN, .revents = 0};
-    const nfds_t entries = descriptor < 0 ? 0 : 1;
+    // A reader of our output that has gone away would only be noticed by the next write, which a
+    // display in a pipe puts off to its end.
+    pollfd entries[] = {
+        {.fd = descriptor, .events = POLLIN, .revents = 0},
+        {.fd = output_is_terminal() ? -1 : STDOUT_FILENO, .events = 0, .revents = 0}};
+    constexpr nfds_t count = 2; // a negative descriptor is left out
+    const auto look_at_results = [&entries](int result) {
+        if (result > 0 && (entries[1].revents & POLLERR) != 0)
+            request_stop(SIGPIPE);
+        return result > 0 && entries[0].revents != 0;
+    };
     if (timeout_ms == 0)
-        return poll(&entry, entries, 0) > 0;
+        return look_at_results(poll(entries, count, 0));
     // A signal just before the wait would go unnoticed until its end: the signals are held back
     // while it is looked for, and let through by the wait itself.
     sigset_t all, before;
@@ -167,10 +176,10 @@ bool wait_for_input(int descriptor, std::int64_t timeout_ms, bool (*is_due)())
     if (!is_due()) {
         const timespec time = {.tv_sec = static_cast<time_t>(timeout_ms / 1000),
                                .tv_nsec = static_cast<long>(timeout_ms % 1000 * 1'000'000)};
-        result = ppoll(&entry, entries, timeout_ms < 0 ? nullptr : &time, &before);
+        result = ppoll(entries, count, timeout_ms < 0 ? nullptr : &time, &before);
     }
     sigprocmask(SIG_SETMASK, &before, nullptr);
-    return result > 0;
+    return look_at_results(result);
 }
 
 } // namespace
@@ -207,7 +216,8 @@ void start()
 
 void restore_terminal()
 {
-    raw_input_wanted = screen_wanted = 0;
+    raw_input_wanted = 0;
+    screen_wanted = 0;
     hand_terminal_back();
 }
 
@@ -275,8 +285,10 @@ WindowChange take_window_change()
 
 bool write_output(std::string_view bytes)
 {
-    if (output_is_terminal())
-        screen_wanted = screen_in_use = 1;
+    if (output_is_terminal()) {
+        screen_wanted = 1;
+        screen_in_use = 1;
+    }
     while (!bytes.empty()) {
         const ssize_t written = write(STDOUT_FILENO, bytes.data(), bytes.size());
         if (written >= 0) {

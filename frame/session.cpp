@@ -4,6 +4,7 @@
 #include "frame/device_call.h"
 #include "frame/error_report.h"
 #include "frame/format.h"
+#include "frame/keys.h"
 #include "frame/program.h"
 #include "frame/questions.h"
 
@@ -62,6 +63,7 @@ bool device_is_good()
         return false;
     if (type == controller_device_type)
         return true;
+    flush_keys(); // from here on a key is an answer, and is not echoed by the terminal
     console.print(Color::bad, "Wrong device type");
     console.print(", expected ");
     console.print(Color::value, "%04Xh", controller_device_type);

@@ -143,4 +143,17 @@ TEST(PlainOutput, NobodyReadsIt)
     expect_terminal_restored(terminal);
 }
 
+TEST(PlainOutput, ItsReaderGoesAway)
+{
+    ControllerRun run{"3 -G -PK -PI -T"};
+    run.output = Stream::pipe;
+    PseudoTerminal terminal{run};
+    ASSERT_TRUE(terminal.wait_until([&] { return was_called(run, "GetHousekeeping"); }));
+    terminal.close_output_pipe(); // as "head -1" does
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGPIPE);
+    EXPECT_TRUE(was_called(run, "Close"));
+    EXPECT_FALSE(was_called(run, "GetProductID"));
+    expect_terminal_restored(terminal);
+}
+
 } // namespace
