@@ -97,6 +97,8 @@ bool open_instrument()
     if (!opened)
         std::fprintf(stderr, "cannot open the instrument: %s\n", COM_KOV_CTRL_GetErrorMessage());
     unlink(name);
+    unsetenv("KOV_SIMULATOR_SCENARIO"); // programs that are started here get an ordinary one
+    unsetenv("KOV_SIMULATOR_STATE");
     void* const found = dlsym(RTLD_NEXT, "COM_KOV_CTRL_GetHousekeeping");
     instrument_housekeeping = reinterpret_cast<decltype(instrument_housekeeping)>(found);
     return opened && instrument_housekeeping != nullptr;
