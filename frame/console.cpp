@@ -265,8 +265,9 @@ void Console::clear_screen()
 
 void Console::set_window(int first_row)
 {
-    window_last_ = bottom_row();
-    window_first_ = std::min(screen_place(first_row, 1).row, window_last_);
+    // A screen that has become too low for the window keeps its rows; nobody sees the window then.
+    window_first_ = screen_place(first_row, 1).row;
+    window_last_ = std::max(bottom_row(), window_first_);
     cursor_ = {window_first_, 1};
 }
 

@@ -101,7 +101,8 @@ public:
     [[nodiscard]] platform::WindowSize size() const { return size_; }
     [[nodiscard]] Place screen_place(int row, int column) const { return {top_ + row - 1, column}; }
     /// Restricts printing to the screen's rows from `first_row` to the bottom row; that area then
-    /// scrolls by itself. The cursor goes to its first row.
+    /// scrolls by itself. The cursor goes to its first row. A screen that does not reach down to it
+    /// swallows what is printed there.
     void set_window(int first_row);
     /// Lifts the restriction; the cursor stays where it is.
     void clear_window() { window_first_ = 0; }
