@@ -1,6 +1,7 @@
 #include "frame/console.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
@@ -14,16 +15,29 @@ namespace
 {
 
 constexpr int tab_width = 8;
+constexpr std::size_t usual_columns = 80; // room for them is made at once
+
+/// Stands for itself in every encoding and is one column wide.
+constexpr bool is_plain(char c)
+{
+    return c >= ' ' && c < 0x7F;
+}
 
 std::string formatted(const char* format, va_list arguments)
 {
     va_list again;
     va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, again);
+    std::array<char, 256> buffer; // enough for all but the longest texts
+    const int length = std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
+    const auto size = static_cast<std::size_t>(std::max(length, 0));
+    std::string text;
+    if (size < buffer.size()) {
+        text.assign(buffer.data(), size);
+    } else {
+        text.resize(size);
+        std::vsnprintf(text.data(), size + 1, format, again);
+    }
     va_end(again);
-    std::string text(static_cast<std::size_t>(std::max(length, 0)) + 1, '\0');
-    std::vsnprintf(text.data(), text.size(), format, arguments);
-    text.pop_back();
     return text;
 }
 
@@ -79,11 +93,40 @@ void Console::print_at(Place place, const Word& word)
 
 void Console::write(std::string_view bytes)
 {
-    while (!bytes.empty())
-        put(take_character(bytes));
+    while (!bytes.empty()) {
+        const auto end = std::find_if_not(bytes.begin(), bytes.end(), is_plain);
+        const auto length = static_cast<std::size_t>(end - bytes.begin());
+        put_plain(bytes.substr(0, length));
+        bytes.remove_prefix(length);
+        if (!bytes.empty())
+            put(take_character(bytes));
+    }
     if (line_completed_ && display_depth_ == 0)
         flush();
     line_completed_ = false;
+}
+
+void Console::put_plain(std::string_view text)
+{
+    while (!text.empty()) {
+        if (wraps() && cursor_.column > size_.columns && cursor_.column > 1)
+            line_feed();
+        std::size_t length = text.size();
+        if (wraps() && cursor_.column <= size_.columns)
+            length = std::min(length, static_cast<std::size_t>(size_.columns - cursor_.column) + 1);
+        else if (wraps())
+            length = 1; // in a window without columns
+        if (Row* row = row_at(cursor_.row); row != nullptr) {
+            row->wanted.reserve(usual_columns);
+            for (std::size_t i = 0; i < length; ++i) {
+                const int column = cursor_.column + static_cast<int>(i);
+                if (column >= 1)
+                    set_cell(*row, column, {static_cast<unsigned char>(text[i]), color_});
+            }
+        }
+        cursor_.column += static_cast<int>(length);
+        text.remove_prefix(length);
+    }
 }
 
 void Console::put(char32_t character)

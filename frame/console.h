@@ -152,6 +152,8 @@ private:
     }
     void print_formatted(const char* format, va_list arguments);
     void put(char32_t character);
+    /// Several characters that stand for themselves.
+    void put_plain(std::string_view text);
     void set_cell(Row& row, int column, Cell cell);
     void line_feed();
     void scroll_window();

@@ -102,11 +102,14 @@ public:
             }
             if (failed_ != nullptr)
                 break;
+            if (!looker_.is_due() && going_on && display_.period_ms == 0)
+                continue;
             if (going_on && !display_.key_first && display_.period_ms == 0)
                 going_on = take_key();
             if (failed_ != nullptr)
                 break;
             const std::int64_t now = platform::tick_ms();
+            looker_.looked(now);
             // A paced display waits now: what it has must be seen before.
             if (going_on && (display_.period_ms > 0 || pacer_.is_due(now)))
                 draw(now);
@@ -137,6 +140,7 @@ private:
         if (!key_waiting() || awaits_only_reading())
             return true;
         key_ = read_key();
+        looker_.look_again();
         const int key = folded(key_);
         if (key == key::escape)
             return false;
@@ -177,6 +181,7 @@ private:
     const std::function<void()>& draw_;
     CycleRates rates_;
     DrawPacer pacer_;
+    LookPacer looker_;
     std::int64_t due_ms_ = 0;
     const char* failed_ = nullptr;
     int key_ = 0; ///< the last key since the last drawing

@@ -14,6 +14,7 @@
 /// must happen once per reading (a counter, a row in a file) belongs to the reading.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -39,6 +40,39 @@ public:
 private:
     unsigned cycles_ = 0;
     std::int64_t drawn_ms_ = 0;
+};
+
+/// Decides in which cycles the clock and the keyboard are looked at: in all of them, unless several
+/// make less than a tenth of a millisecond. Looking costs as much as a library that answers at
+/// once.
+class LookPacer
+{
+public:
+    /// To be asked once a cycle. True = look now.
+    [[nodiscard]] bool is_due() { return ++unseen_ >= stride_; }
+
+    /// Tells what the clock showed.
+    void looked(std::int64_t now_ms)
+    {
+        constexpr std::uint32_t looks_per_ms = 32, longest_stride = 16;
+        cycles_ += unseen_;
+        unseen_ = 0;
+        if (now_ms == last_ms_)
+            return;
+        const bool fast = now_ms - last_ms_ == 1;
+        stride_ = fast ? std::clamp(cycles_ / looks_per_ms, 1U, longest_stride) : 1;
+        last_ms_ = now_ms;
+        cycles_ = 0;
+    }
+
+    /// A key was found: the next cycle may find another one.
+    void look_again() { stride_ = 1; }
+
+private:
+    std::uint32_t stride_ = 1;
+    std::uint32_t unseen_ = 0; ///< cycles since the last look
+    std::uint32_t cycles_ = 0; ///< cycles in this millisecond
+    std::int64_t last_ms_ = 0;
 };
 
 /// How fast a display has been running, on average since its start.

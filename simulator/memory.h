@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <span>
 #include <vector>
 
@@ -21,8 +22,33 @@ inline constexpr unsigned set_count = 1023;
 inline constexpr std::uint8_t set_active = 0x01;
 inline constexpr std::uint8_t set_valid = 0x02;
 
+/// Takes memory that is zero already and leaves it so: most of it is never touched.
+template <typename T>
+struct ZeroedMemory {
+    using value_type = T;
+    [[nodiscard]] T* allocate(std::size_t count)
+    {
+        void* const found = std::calloc(count, sizeof(T));
+        if (found == nullptr)
+            std::abort();
+        return static_cast<T*>(found);
+    }
+    void deallocate(T* given, std::size_t) { std::free(given); }
+    template <typename U>
+    void construct(U*) // as the memory is
+    {
+    }
+    template <typename U>
+    void construct(U* place, const U& value)
+    {
+        *place = value;
+    }
+    bool operator==(const ZeroedMemory&) const = default;
+};
+
 struct Memory {
-    std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(memory_size);
+    std::vector<std::uint8_t, ZeroedMemory<std::uint8_t>> bytes =
+        std::vector<std::uint8_t, ZeroedMemory<std::uint8_t>>(memory_size);
     /// Bytes written by address that the controller has not taken over, and where there are any;
     /// both empty when there are none.
     std::vector<std::uint8_t> written;
