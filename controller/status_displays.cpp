@@ -102,8 +102,11 @@ void show_device_state(const Given&)
 {
     progress("Getting device state:\r\n");
     std::uint8_t state = 0;
-    if (!call(LIB(GetDeviceState), &state))
+    if (const char* failed = attempt(LIB(GetDeviceState), &state)) {
+        console.print("\r\n"); // as the other displays of a status word do
+        report_error(failed);
         return;
+    }
     console.print("Device state: ");
     print_word(state, 8);
     const char* separator = "\n"; // the fields of this one are divided by tabs

@@ -124,10 +124,12 @@ int character_width(char32_t character)
 
 void append_utf8(std::string& text, char32_t character)
 {
-    const auto byte = [&text](char32_t bits) { text += static_cast<char>(bits); };
     if (character < 0x80) {
-        byte(character);
-    } else if (character < 0x800) {
+        text += static_cast<char>(character);
+        return;
+    }
+    const auto byte = [&text](char32_t bits) { text += static_cast<char>(bits); };
+    if (character < 0x800) {
         byte(0xC0 | character >> 6);
         byte(0x80 | (character & 0x3F));
     } else if (character < 0x10000) {

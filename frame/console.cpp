@@ -27,7 +27,7 @@ std::string formatted(const char* format, va_list arguments)
 {
     va_list again;
     va_copy(again, arguments);
-    std::array<char, 256> buffer; // enough for all but the longest texts
+    std::array<char, 8192> buffer; // enough for all but the longest texts
     const int length = std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
     const auto size = static_cast<std::size_t>(std::max(length, 0));
     std::string text;
@@ -100,6 +100,8 @@ void Console::write(std::string_view bytes)
         bytes.remove_prefix(length);
         if (!bytes.empty())
             put(take_character(bytes));
+        if (line_completed_ && !terminal_)
+            release_final_rows(); // a long text needs no more than a row at a time
     }
     if (line_completed_ && display_depth_ == 0)
         flush();
@@ -118,6 +120,16 @@ void Console::put_plain(std::string_view text)
             length = 1; // in a window without columns
         if (Row* row = row_at(cursor_.row); row != nullptr) {
             row->wanted.reserve(usual_columns);
+            const auto first = static_cast<std::size_t>(std::max(cursor_.column, 1)) - 1;
+            if (cursor_.column >= 1 && row->wanted.size() <= first) { // behind all text: no looking
+                row->wanted.resize(first + length);
+                for (std::size_t i = 0; i < length; ++i)
+                    row->wanted[first + i] = {static_cast<unsigned char>(text[i]), color_};
+                mark_dirty(*row, cursor_.column, cursor_.column + static_cast<int>(length) - 1);
+                cursor_.column += static_cast<int>(length);
+                text.remove_prefix(length);
+                continue;
+            }
             for (std::size_t i = 0; i < length; ++i) {
                 const int column = cursor_.column + static_cast<int>(i);
                 if (column >= 1)

@@ -160,6 +160,8 @@ private:
     void mark_dirty(Row& row, int from, int to);
 
     void flush_plain(bool for_wait);
+    void release_final_rows();
+    void release(Row& row);
     [[nodiscard]] std::string plain_text(const Row& row) const;
     void take_window_change();
     void repaint_from(int row, bool erase);

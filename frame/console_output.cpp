@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <span>
+#include <utility>
 
 #include "frame/characters.h"
 #include "frame/console.h"
@@ -336,9 +338,10 @@ std::string Console::plain_text(const Row& row) const
 {
     std::string text;
     Color color = Color::label;
-    const int end = end_of_text(row.wanted, static_cast<int>(row.wanted.size()));
-    for (int column = 1; column <= end; ++column) {
-        const Cell cell = cell_at(row.wanted, column);
+    const auto end =
+        static_cast<std::size_t>(end_of_text(row.wanted, static_cast<int>(row.wanted.size())));
+    text.reserve(end + 1);
+    for (const Cell& cell : std::span{row.wanted}.first(end)) {
         if (cell.character == 0)
             continue;
         if (colored_ && !cell.is_blank() && cell.color != color) {
@@ -352,18 +355,22 @@ std::string Console::plain_text(const Row& row) const
     return text;
 }
 
-void Console::flush_plain(bool for_wait)
+/// Adds to the output what it does not have of a row yet.
+void Console::release(Row& row)
+{
+    std::string text = plain_text(row);
+    // A prompt went out before its line was finished; what follows it is only appended.
+    if (text.starts_with(row.released))
+        out_ += std::string_view{text}.substr(row.released.size());
+    else
+        out_ += '\n' + text;
+    row.released = std::move(text);
+}
+
+/// Moves the rows that nobody can change any more to the output.
+void Console::release_final_rows()
 {
     const int open_row = display_depth_ > 0 ? last_row() - kept_rows : cursor_.row;
-    const auto release = [this](Row& row) {
-        const std::string text = plain_text(row);
-        // A prompt went out before its line was finished; what follows it is only appended.
-        if (text.starts_with(row.released))
-            out_ += text.substr(row.released.size());
-        else
-            out_ += '\n' + text;
-        row.released = text;
-    };
     while (first_row_ < open_row) {
         release(rows_.front());
         out_ += '\n';
@@ -372,6 +379,11 @@ void Console::flush_plain(bool for_wait)
         if (rows_.empty())
             rows_.emplace_back();
     }
+}
+
+void Console::flush_plain(bool for_wait)
+{
+    release_final_rows();
     if (for_wait && display_depth_ == 0 && cursor_.row == first_row_)
         release(rows_.front());
     if (!out_.empty())

@@ -2,7 +2,6 @@
 
 #include "controller/status_words.h"
 #include "frame/bit_fields.h"
-#include "frame/platform.h"
 #include "frame/supplies.h"
 
 namespace
@@ -221,12 +220,12 @@ void draw_values(const ScreenLayout& layout, const ScreenReadings& readings,
 {
     if (readings.cycles.cycles == 0)
         return;
-    const std::int64_t now = platform::tick_ms();
     const PortLine& port = layout.port;
-    console.print_at(port.rate, Color::value, "%7.2lf", readings.cycles.per_second(now));
-    console.print_at(port.mean, Color::value, "%6.1lf", readings.cycles.mean_ms(now));
-    console.print_at(port.errors, readings.state_errors != 0 ? Color::bad : Color::value, "%u",
-                     readings.state_errors);
+    console.print_at(port.rate, Color::value, "%7.2lf",
+                     readings.cycles.per_second(readings.shown_ms));
+    console.print_at(port.mean, Color::value, "%6.1lf", readings.cycles.mean_ms(readings.shown_ms));
+    console.print_at(port.errors, readings.shown_errors != 0 ? Color::bad : Color::value, "%u",
+                     readings.shown_errors);
 
     show_controller(layout.controller, readings);
     for (std::size_t index = 0; index < layout.modules.size(); ++index) {
@@ -249,7 +248,9 @@ void draw_values(const ScreenLayout& layout, const ScreenReadings& readings,
             console.print_at(current.value, Color::value, "%+10.3leA", readings.current[slot]);
     }
 
-    const CompleteState& state = readings.state;
+    if (!readings.has_words)
+        return;
+    const CompleteState& state = readings.words;
     show_overall_state(layout.overall_state, state.overall);
     for (unsigned slot = 0; slot < screen_slots; ++slot) {
         if (presence.has_slot(slot))

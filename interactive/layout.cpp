@@ -67,17 +67,15 @@ void draw_common_supplies(HousekeepingPlaces& places, int gap)
     places.cpu = field("Temperature CPU:", degrees, gap);
 }
 
-void draw_controller_housekeeping(HousekeepingPlaces& places)
+void draw_controller_housekeeping(int window_columns, HousekeepingPlaces& places)
 {
     new_line("  controller:");
-    const bool in_one_row = console.size().columns >= one_row_controller_columns;
+    const bool in_one_row = window_columns >= one_row_controller_columns;
     const int gap = in_one_row ? 1 : 2;
-    if (in_one_row)
-        console.skip(gap);
-    else
+    if (!in_one_row)
         go_to_column(first_value_column);
     draw_common_supplies(places, gap);
-    places.psu = field("PSU:", degrees, gap);
+    places.psu = field("PSU:", degrees, 0); // in one row each column counts
     if (!in_one_row) {
         console.print("\r\n");
         go_to_column(group_column);
@@ -168,11 +166,11 @@ PortLine draw_port_line()
     return line;
 }
 
-void draw_frame(const ModulePresence& presence, ScreenLayout& layout)
+void draw_frame(const ModulePresence& presence, int window_columns, ScreenLayout& layout)
 {
     const bool has_base = presence.has_base_unit();
     console.print("\r\n\r\nHousekeeping data:");
-    draw_controller_housekeeping(layout.controller);
+    draw_controller_housekeeping(window_columns, layout.controller);
     for (unsigned slot = 0; slot < screen_slots; ++slot) {
         draw_slot_label(slot, presence.has_slot(slot));
         if (presence.has_slot(slot))

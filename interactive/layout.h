@@ -59,5 +59,6 @@ void draw_title();
 /// Row 3, and where its values go.
 [[nodiscard]] PortLine draw_port_line();
 
-/// All that stands below the identification, from the cursor's row on.
-void draw_frame(const ModulePresence& presence, ScreenLayout& layout);
+/// All that stands below the identification, from the cursor's row on. A wide window has the
+/// controller's housekeeping in one row.
+void draw_frame(const ModulePresence& presence, int window_columns, ScreenLayout& layout);

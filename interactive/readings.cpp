@@ -102,6 +102,8 @@ const char* ScreenReadings::read_state()
         forget_old_overflows(fresh);
     state = fresh;
     ++cycles.cycles;
+    shown_ms = platform::tick_ms();
+    shown_errors = state_errors;
     return nullptr;
 }
 

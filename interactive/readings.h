@@ -58,6 +58,13 @@ public:
     std::uint32_t state_errors = 0;
     CompleteState state; ///< means something when cycles.cycles > 0
 
+    // What the screen shows of them: the figures of the last complete state, and the words of the
+    // last one whose cycle went on.
+    std::int64_t shown_ms = 0;
+    std::uint32_t shown_errors = 0;
+    CompleteState words;
+    bool has_words = false;
+
     ControllerHousekeeping controller;
     Group controller_group;
     std::array<ModuleHousekeeping, 5> housekeeping; ///< slots 0..3, base unit
@@ -98,6 +105,8 @@ void ScreenReadings::read_cycle(BeforeReport before_report)
     // answer for its modules either.
     if (report(read_state()) || report(read_controller()))
         return;
+    words = state;
+    has_words = true;
     report(read_housekeeping());
     report(read_monitoring());
     report(read_voltages());

@@ -13,26 +13,31 @@
 namespace
 {
 
-/// Calls once; a failure is reported in the message area.
-template <class... Arguments>
-bool call_on_screen(Arguments... arguments)
+/// Tries a call up to so many times, each with a purge hold of its own; the last failure is
+/// reported in the message area.
+template <class Try>
+bool succeeds_on_screen(int tries, Try try_once)
 {
-    set_purge_hold();
-    const char* failed = attempt(arguments...);
+    const char* failed = nullptr;
+    do {
+        set_purge_hold();
+        failed = try_once();
+    } while (failed != nullptr && --tries > 0);
     if (failed != nullptr)
         report_on_screen_and_purge(failed);
     return failed == nullptr;
 }
 
-/// The same, with one repeat of a failed call.
+template <class... Arguments>
+bool call_on_screen(Arguments... arguments)
+{
+    return succeeds_on_screen(1, [&] { return attempt(arguments...); });
+}
+
 template <class... Arguments>
 bool call_on_screen_twice(Arguments... arguments)
 {
-    set_purge_hold();
-    const char* failed = attempt_twice(arguments...);
-    if (failed != nullptr)
-        report_on_screen_and_purge(failed);
-    return failed == nullptr;
+    return succeeds_on_screen(2, [&] { return attempt(arguments...); });
 }
 
 /// A text, cut before it would reach the next column that is in use.
@@ -41,8 +46,13 @@ void print_cut(const std::string& text, int next_column)
     const int room = next_column - console.place().column - 1;
     std::string_view rest = text;
     std::string cut;
-    for (int columns = 0; columns < room && !rest.empty(); ++columns)
-        append_utf8(cut, take_character(rest));
+    for (int columns = 0; !rest.empty();) {
+        const char32_t character = take_character(rest);
+        columns += character_width(shown_character(character));
+        if (columns > room)
+            break;
+        append_utf8(cut, character);
+    }
     console.print(Color::value, "%s", cut.c_str());
 }
 
@@ -99,9 +109,8 @@ void draw_identification()
 }
 
 /// False, with a message, when the window cannot hold the screen.
-bool window_is_large_enough()
+bool is_large_enough(platform::WindowSize size)
 {
-    const platform::WindowSize size = console.size();
     if (size.columns >= screen_columns && size.rows >= screen_rows)
         return true;
     console.move_to(console.screen_place(3, 1));
@@ -116,12 +125,10 @@ bool window_is_large_enough()
 bool read_screen_presence(ModulePresence& presence)
 {
     progress("\r\nGetting module-presence flags:\r\n"); // below the firmware date
-    set_purge_hold();
-    if (const char* failed = attempt_presence(presence)) {
-        report_on_screen_and_purge(failed);
+    if (!succeeds_on_screen(2, [&] { return attempt_presence(presence); }))
         return false;
-    }
     if (presence.valid == 0) {
+        console.print("\r\n");
         console.print(Color::bad, "Module-presence flags invalid!");
         console.print("\r\n");
     }
@@ -189,11 +196,9 @@ void run_cycles(const ScreenLayout& layout, const ModulePresence& presence, Inte
     draw_values(layout, readings, presence, masks);
 }
 
-/// The screen from the cleared window to its end.
-void run_screen()
+/// The screen below its title, in a window of that size when it was entered.
+void run_screen(platform::WindowSize size)
 {
-    if (!window_is_large_enough())
-        return;
     start_screen_reports();
     ScreenLayout layout;
     layout.port = draw_port_line();
@@ -201,7 +206,7 @@ void run_screen()
     ModulePresence presence;
     if (!read_screen_presence(presence))
         return;
-    draw_frame(presence, layout);
+    draw_frame(presence, size.columns, layout);
     InterlockMasks masks;
     if (!call_on_screen_twice(LIB(GetHVsupplyInterlockEnable), &masks.hv_supply) ||
         !call_on_screen_twice(LIB(GetHeatCtrlInterlockEnable), &masks.heat_controller))
@@ -213,10 +218,13 @@ void run_screen()
 
 void run_status_screen()
 {
-    const DisplayScope scope;
     console.clear_screen();
+    const platform::WindowSize size = console.size();
     draw_title();
-    run_screen();
+    if (!is_large_enough(size))
+        return;
+    const DisplayScope scope;
+    run_screen(size);
     console.move_below_text();
 }
 

@@ -39,14 +39,13 @@ std::vector<unsigned> ModulePresence::present_slots() const
 
 const char* attempt_presence(ModulePresence& presence)
 {
-    return attempt_twice(LIB(GetModulePresence), &presence.valid, &presence.slot_count,
-                         &presence.flags);
+    return attempt(LIB(GetModulePresence), &presence.valid, &presence.slot_count, &presence.flags);
 }
 
 bool read_presence(ModulePresence& presence)
 {
     progress("Getting module-presence flags:\r\n");
-    return succeeded(attempt_presence(presence));
+    return attempt_presence(presence) == nullptr || succeeded(attempt_presence(presence));
 }
 
 bool read_valid_presence(ModulePresence& presence)

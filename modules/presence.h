@@ -52,10 +52,11 @@ struct ModulePresence {
     [[nodiscard]] std::vector<unsigned> present_slots() const;
 };
 
-/// Reads the presence record; one failure is repeated. Null, or the name of what failed.
+/// Reads the presence record once. Null, or the name of what failed.
 [[nodiscard]] const char* attempt_presence(ModulePresence& presence);
 
-/// The same with its progress line; false when it failed, which has been reported.
+/// The same with its progress line and one repeat of a failed call; false when that failed, too,
+/// which has been reported.
 [[nodiscard]] bool read_presence(ModulePresence& presence);
 
 /// The same for a command on all modules: false, too, when the flags are not valid, and tells so.

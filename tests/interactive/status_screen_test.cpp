@@ -149,7 +149,7 @@ TEST(StatusScreen, NeedsALargeEnoughWindow)
         trial.run("3");
         EXPECT_THAT(trial.shown(), HasSubstr(refusal));
         EXPECT_THAT(trial.shown(),
-                    testing::EndsWith("restart the utility.{.}\nProgram completed\n"));
+                    testing::EndsWith("restart the utility.{.}\n\nProgram completed\n"));
         EXPECT_THAT(trial.calls, Not(Contains("GetProductID()")));
     }
     Trial piped;
@@ -210,6 +210,19 @@ TEST(StatusScreen, AFailedControllerReadingSkipsTheRestOfItsCycle)
     const auto next = std::find(failed, trial.calls.end(), "GetCompleteState()");
     EXPECT_EQ(std::find(failed, next, "GetHeatCtrlMonitoring()"), next);
     EXPECT_THAT(trial.shown(), HasSubstr("Measurement duration: "));
+}
+
+TEST(StatusScreen, ShowsNothingOfACycleThatFailed)
+{
+    ScreenTrial no_words(2'000); // the state is read, the controller's values are not
+    no_words.instrument("reply GetCompleteState.dataReady 1");
+    no_words.instrument("fail GetHousekeeping always");
+    no_words.run("3");
+    EXPECT_THAT(no_words.shown(), HasSubstr("  Device state:\n"));
+    ScreenTrial no_figures(4'000);
+    no_figures.instrument("after 2000 fail GetCompleteState always");
+    no_figures.run("3");
+    EXPECT_THAT(no_figures.shown(), HasSubstr("ms, errors: {W}0{.}"));
 }
 
 TEST(StatusScreen, PurgesAfterACallThatTookTooLong)
