@@ -348,7 +348,10 @@ std::string Console::plain_text(const Row& row) const
             append_color_change(text, color, cell.color);
             color = cell.color;
         }
-        append_utf8(text, cell.character);
+        if (cell.character < 0x80)
+            text += static_cast<char>(cell.character);
+        else
+            append_utf8(text, cell.character);
     }
     if (color != Color::label)
         append_color_change(text, color, Color::label);

@@ -34,7 +34,7 @@ std::int32_t raw_target(double voltage)
     constexpr double highest = 2'000'000; // V, well inside the field
     if (!(voltage >= 0))
         return -1000;
-    return static_cast<std::int32_t>(std::min(voltage, highest) / millivolt + 0.5);
+    return static_cast<std::int32_t>(std::lround(std::min(voltage, highest) / millivolt));
 }
 
 } // namespace

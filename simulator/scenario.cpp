@@ -85,8 +85,12 @@ bool load_file(const std::string& path, std::string& problem)
         rest.remove_prefix(std::min(line.size() + 1, rest.size()));
         Words words;
         if (!split_words(line, words, reason) || !carry_out(words, true, reason))
-            return wrong(problem,
-                         "scenario '" + path + "', line " + std::to_string(number) + ": " + reason);
+            return wrong(problem, std::string("scenario '")
+                                      .append(path)
+                                      .append("', line ")
+                                      .append(std::to_string(number))
+                                      .append(": ")
+                                      .append(reason));
         if (is_setting(words))
             file_settings.push_back(std::move(words));
     }

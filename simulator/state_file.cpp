@@ -45,7 +45,8 @@ void add_memory(std::string& text, const Memory& memory)
 {
     constexpr std::string_view digits = "0123456789ABCDEF";
     for (unsigned number = 0; number * record_size < memory_size; ++number) {
-        const auto begin = memory.bytes.begin() + number * static_cast<int>(record_size);
+        const auto begin = memory.bytes.begin() +
+                           static_cast<std::ptrdiff_t>(number) * std::ptrdiff_t{record_size};
         const auto end = begin + static_cast<int>(record_size);
         if (std::all_of(begin, end, [](std::uint8_t byte) { return byte == 0; }))
             continue;
