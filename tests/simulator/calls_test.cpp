@@ -5,14 +5,12 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
-#include <vector>
+#include <iterator>
 
 namespace
 {
 
-class CallTest : public InstrumentTest
-{
-};
+using CallTest = InstrumentTest;
 
 bool state_fails()
 {
@@ -21,25 +19,23 @@ bool state_fails()
 }
 
 /// Which of the next calls of GetState fail, as "..x.".
-std::string failing_calls(unsigned count, double seconds_between = 0)
+std::string failing_calls(std::size_t count, double seconds_between)
 {
     std::string calls;
-    for (unsigned i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         calls += state_fails() ? 'x' : '.';
         wait_seconds(seconds_between);
     }
     return calls;
 }
 
-struct FaultCase {
-    const char* line;
-    double seconds_between;
-    const char* calls;
-};
-
 TEST_F(CallTest, FaultsStrikeTheCallsTheyName)
 {
-    const FaultCase cases[] = {
+    struct {
+        const char* line;
+        double seconds_between;
+        std::string calls;
+    } const cases[] = {
         {"fail GetState at 3", 0, "..x..."},
         {"fail COM_KOV_CTRL_GetState every 2", 0, ".x.x.x"},
         {"fail GetState always", 0, "xxxxxx"},
@@ -47,31 +43,22 @@ TEST_F(CallTest, FaultsStrikeTheCallsTheyName)
         {"fail * at 2", 0, ".x...."},
         {"fail GetDeviceState always", 0, "......"},
     };
-    for (const FaultCase& row : cases) {
+    for (const auto& [line, seconds_between, calls] : cases) {
         SetUp();
-        apply(row.line);
-        EXPECT_EQ(failing_calls(static_cast<unsigned>(std::string(row.calls).size()),
-                                row.seconds_between),
-                  row.calls)
-            << row.line;
+        apply(line);
+        EXPECT_EQ(failing_calls(calls.size(), seconds_between), calls) << line;
     }
 }
 
-TEST_F(CallTest, FaultOfOneAddressLeavesTheOthers)
+TEST_F(CallTest, FaultConcernsOneAddressAndItsCallDoesNothing)
 {
-    apply("fail GetModuleState@2 always");
-    std::uint16_t state = 0;
-    EXPECT_EQ(COM_KOV_CTRL_GetModuleState(1, &state), 0);
-    EXPECT_NE(COM_KOV_CTRL_GetModuleState(2, &state), 0);
-    apply("fail GetModuleState@2 never");
-    EXPECT_EQ(COM_KOV_CTRL_GetModuleState(2, &state), 0);
-}
-
-TEST_F(CallTest, FailedCallDoesNothing)
-{
-    apply("fail SetEnable at 1");
-    EXPECT_NE(COM_KOV_CTRL_SetEnable(1), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 0);
+    apply("fail SetModuleActivationState@2 always");
+    EXPECT_EQ(COM_KOV_CTRL_SetModuleActivationState(1, 1), 0);
+    EXPECT_NE(COM_KOV_CTRL_SetModuleActivationState(2, 1), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleActivationState, 1), 1);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleActivationState, 2), 0);
+    apply("fail SetModuleActivationState@2 never");
+    EXPECT_EQ(COM_KOV_CTRL_SetModuleActivationState(2, 1), 0);
 }
 
 TEST_F(CallTest, LastErrorStaysUntilTheNextFailure)
@@ -89,41 +76,28 @@ TEST_F(CallTest, LastErrorStaysUntilTheNextFailure)
     std::uint32_t io_state = 0;
     EXPECT_NE(COM_KOV_CTRL_GetIOState(&io_state), 0);
     EXPECT_STREQ(COM_KOV_CTRL_GetErrorMessage(), "broken\tcable");
-    std::uint8_t valid = 0;
-    double voltage = 0;
-    EXPECT_NE(COM_KOV_CTRL_GetHVsupplyOutputVoltage(0, &valid, &voltage), 0);
+    EXPECT_NE(COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(0, 1), 0);
     EXPECT_STREQ(COM_KOV_CTRL_GetErrorMessage(), "the module with the address 0 is no HV-supply");
     EXPECT_STREQ(COM_KOV_CTRL_GetIOStateMessage(99), "unknown I/O state 99");
 }
 
-TEST_F(CallTest, BlockedCallTakesItsTime)
-{
-    apply("block GetState at 2 for 1500");
-    std::vector<std::int64_t> times;
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_FALSE(state_fails());
-        times.push_back(virtual_time::now_us());
-    }
-    EXPECT_EQ(times, (std::vector<std::int64_t>{0, 1'500'000, 1'500'000}));
-}
-
-TEST_F(CallTest, AnswerTimePassesForDeviceCallsAlone)
+TEST_F(CallTest, AnswersAndBlockedCallsTakeTheirTime)
 {
     apply("latency 2.5");
-    EXPECT_FALSE(state_fails());
-    EXPECT_EQ(virtual_time::now_us(), 2'500);
-    COM_KOV_CTRL_GetSWVersion();
-    COM_KOV_CTRL_GetErrorMessage();
-    EXPECT_EQ(virtual_time::now_us(), 2'500);
+    apply("block GetState at 2 for 1500");
+    for (const std::int64_t time_us : {2'500, 1'505'000, 1'507'500}) {
+        EXPECT_FALSE(state_fails());
+        EXPECT_EQ(virtual_time::now_us(), time_us);
+    }
+    COM_KOV_CTRL_GetSWVersion(); // asks the library alone
+    EXPECT_EQ(virtual_time::now_us(), 1'507'500);
 }
 
 TEST_F(CallTest, RepliesComeInOrderAndTheLastOneStays)
 {
     apply("reply GetState.state 10h 0x11 18");
-    std::vector<std::uint16_t> states;
-    for (int i = 0; i < 4; ++i)
-        states.push_back(got(COM_KOV_CTRL_GetState));
-    EXPECT_EQ(states, (std::vector<std::uint16_t>{0x10, 0x11, 18, 18}));
+    for (const int state : {0x10, 0x11, 18, 18})
+        EXPECT_EQ(got(COM_KOV_CTRL_GetState), state);
     apply("reply GetState.state never");
     EXPECT_EQ(got(COM_KOV_CTRL_GetState), 1);
 }
@@ -176,50 +150,31 @@ TEST_F(CallTest, ReturnedTextsAndTheVersionCanBeForced)
     EXPECT_EQ(COM_KOV_CTRL_GetSWVersion(), 0x63);
 }
 
-TEST_F(CallTest, ObserverSeesInputsResultsAndFailures)
+TEST_F(CallTest, TraceHasOneReadableLineACall)
 {
-    std::vector<std::string> seen;
-    simulator::observe_calls([&](const simulator::CallRecord& call) {
-        seen.push_back(std::string(call.function) + "(" + call.inputs + ") " + call.outputs +
-                       (call.status == 0 ? "" : " failed"));
-    });
+    const std::string name = testing::TempDir() + "simulator_trace.txt";
+    ASSERT_EQ(COM_KOV_CTRL_OpenDebugFile(name.c_str()), 0);
+    wait_seconds(1.5);
     std::uint32_t baud = 100'000;
     COM_KOV_CTRL_SetBaudRate(&baud);
     got(COM_KOV_CTRL_GetModuleState, 128);
     COM_KOV_CTRL_Test("say \"hi\"");
     std::uint8_t memory[2] = {};
     COM_KOV_CTRL_GetMemoryData(0x3FFFF, 2, memory);
-    apply("fail Purge at 1");
-    COM_KOV_CTRL_Purge();
-    EXPECT_EQ(seen, (std::vector<std::string>{
-                        "COM_KOV_CTRL_SetBaudRate(100000) baud=102400",
-                        "COM_KOV_CTRL_GetModuleState(128) state=0000h",
-                        "COM_KOV_CTRL_Test(\"say \\\"hi\\\"\") ",
-                        "COM_KOV_CTRL_GetMemoryData(0003FFFFh, 2) data=00 FF",
-                        "COM_KOV_CTRL_Purge()  failed",
-                    }));
-}
-
-TEST_F(CallTest, TraceHasOneReadableLineACall)
-{
-    const std::string name = testing::TempDir() + "simulator_trace.txt";
-    ASSERT_EQ(COM_KOV_CTRL_OpenDebugFile(name.c_str()), 0);
-    wait_seconds(1.5);
-    got(COM_KOV_CTRL_GetState);
     apply("fail GetState at 1");
     EXPECT_TRUE(state_fails());
     ASSERT_EQ(COM_KOV_CTRL_CloseDebugFile(), 0);
     got(COM_KOV_CTRL_GetState);
     std::ifstream file(name);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(file, line);)
-        lines.push_back(line);
-    ASSERT_EQ(lines.size(), 3U);
-    EXPECT_EQ(lines[0],
-              "2026/03/14 09:26:53.589  COM_KOV_CTRL_OpenDebugFile(\"" + name + "\")  OK");
-    EXPECT_EQ(lines[1], "2026/03/14 09:26:55.089  COM_KOV_CTRL_GetState()  state=0001h  OK");
-    EXPECT_EQ(lines[2], "2026/03/14 09:26:55.089  COM_KOV_CTRL_GetState()  error -7: \"no answer "
-                        "from the device\"");
+    const std::string trace{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_EQ(trace,
+              "2026/03/14 09:26:53.589  COM_KOV_CTRL_OpenDebugFile(\"" + name + "\")  OK\n" +
+                  R"(2026/03/14 09:26:55.089  COM_KOV_CTRL_SetBaudRate(100000)  baud=102400  OK
+2026/03/14 09:26:55.089  COM_KOV_CTRL_GetModuleState(128)  state=0000h  OK
+2026/03/14 09:26:55.089  COM_KOV_CTRL_Test("say \"hi\"")  OK
+2026/03/14 09:26:55.089  COM_KOV_CTRL_GetMemoryData(0003FFFFh, 2)  data=00 FF  OK
+2026/03/14 09:26:55.089  COM_KOV_CTRL_GetState()  error -7: "no answer from the device"
+)");
     std::remove(name.c_str());
     EXPECT_NE(COM_KOV_CTRL_OpenDebugFile("/no/such/folder/Debug.txt"), 0);
 }

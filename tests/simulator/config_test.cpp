@@ -4,27 +4,17 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <functional>
 #include <vector>
 
 namespace
 {
 
-class ConfigTest : public InstrumentTest
-{
-};
+using ConfigTest = InstrumentTest;
 
 ConfigRecord current()
 {
     return got(COM_KOV_CTRL_GetCurrentConfig);
 }
-
-struct SetterCase {
-    const char* name;
-    std::function<std::int32_t()> set;
-    std::size_t place;
-    std::vector<std::uint8_t> bytes;
-};
 
 std::int32_t set_real(std::int32_t (*setter)(const double*), double value)
 {
@@ -33,52 +23,37 @@ std::int32_t set_real(std::int32_t (*setter)(const double*), double value)
 
 TEST_F(ConfigTest, EverySetterShowsInTheCurrentConfiguration)
 {
-    const SetterCase cases[] = {
-        {"enable", [] { return COM_KOV_CTRL_SetEnable(1); }, 0, {1}},
-        {"HV mask", [] { return COM_KOV_CTRL_SetHVsupplyInterlockEnable(0x101); }, 1, {0xF1}},
-        {"heater mask", [] { return COM_KOV_CTRL_SetHeatCtrlInterlockEnable(0x1A); }, 1, {0xAC}},
-        {"fan", [] { return COM_KOV_CTRL_SetFanSwitchOverride(3); }, 2, {3}},
-        {"voltage",
-         [] { return set_real(COM_KOV_CTRL_SetHeatCtrlVoltageLimit, 10.24); },
-         3,
-         {0x10, 0x27}},
-        {"current",
-         [] { return set_real(COM_KOV_CTRL_SetHeatCtrlCurrentLimit, 2.048); },
-         5,
-         {0xD0, 0x07}},
-        {"power",
-         [] { return set_real(COM_KOV_CTRL_SetHeatCtrlPowerLimit, 50); },
-         7,
-         {0xE6, 0xB5, 0, 0}},
-        {"temperature",
-         [] { return set_real(COM_KOV_CTRL_SetHeatCtrlHeaterTemperature, 120); },
-         11,
-         {0xBE, 0xFF, 0x05, 0}},
-        {"too cold",
-         [] { return set_real(COM_KOV_CTRL_SetHeatCtrlHeaterTemperature, -300); },
-         11,
-         {0, 0, 0, 0}},
-        {"heater", [] { return COM_KOV_CTRL_SetModuleActivationState(0, 7); }, 15, {1}},
-        {"target 2",
-         [] { return COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(2, 100.001); },
-         29,
-         {0xA1, 0x86, 0x01, 0}},
-        {"off 3",
-         [] { return COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(3, -7); },
-         41,
-         {0x18, 0xFC, 0xFF, 0xFF}},
-        {"ranges 1", [] { return COM_KOV_CTRL_SetHVsupplyMeasRanges(1, 9, 0); }, 25, {1, 0}},
-        {"supply 3", [] { return COM_KOV_CTRL_SetModuleActivationState(3, 1); }, 51, {1}},
+    constexpr auto set_temperature = COM_KOV_CTRL_SetHeatCtrlHeaterTemperature;
+    constexpr auto set_target = COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage;
+    struct {
+        std::int32_t (*set)();
+        std::size_t place;
+        std::vector<std::uint8_t> bytes;
+    } const cases[] = {
+        {[] { return COM_KOV_CTRL_SetEnable(1); }, 0, {1}},
+        {[] { return COM_KOV_CTRL_SetHVsupplyInterlockEnable(0x101); }, 1, {0xF1}},
+        {[] { return COM_KOV_CTRL_SetHeatCtrlInterlockEnable(0x1A); }, 1, {0xAC}},
+        {[] { return COM_KOV_CTRL_SetFanSwitchOverride(3); }, 2, {3}},
+        {[] { return set_real(COM_KOV_CTRL_SetHeatCtrlVoltageLimit, 10.24); }, 3, {0x10, 0x27}},
+        {[] { return set_real(COM_KOV_CTRL_SetHeatCtrlCurrentLimit, 2.048); }, 5, {0xD0, 7}},
+        {[] { return set_real(COM_KOV_CTRL_SetHeatCtrlPowerLimit, 50); }, 7, {0xE6, 0xB5, 0, 0}},
+        {[] { return set_real(set_temperature, 120); }, 11, {0xBE, 0xFF, 5, 0}},
+        {[] { return set_real(set_temperature, -300); }, 11, {0, 0, 0, 0}}, // too cold
+        {[] { return COM_KOV_CTRL_SetModuleActivationState(0, 7); }, 15, {1}},
+        {[] { return COM_KOV_CTRL_SetHVsupplyMeasRanges(1, 9, 0); }, 25, {1, 0}},
+        {[] { return set_target(2, 100.001); }, 29, {0xA1, 0x86, 1, 0}},
+        {[] { return set_target(3, -7); }, 41, {0x18, 0xFC, 0xFF, 0xFF}}, // off
+        {[] { return COM_KOV_CTRL_SetModuleActivationState(3, 1); }, 51, {1}},
     };
-    for (const SetterCase& row : cases) {
+    for (const auto& row : cases) {
         SetUp();
         const ConfigRecord before = current();
-        ASSERT_EQ(row.set(), 0) << row.name;
+        ASSERT_EQ(row.set(), 0) << row.place;
         const ConfigRecord after = current();
         for (std::size_t i = 0; i < sizeof after.bytes; ++i) {
             const bool set = i >= row.place && i < row.place + row.bytes.size();
             EXPECT_EQ(after.bytes[i], set ? row.bytes[i - row.place] : before.bytes[i])
-                << row.name << ", byte " << i;
+                << "byte " << i;
         }
     }
 }
@@ -97,11 +72,6 @@ TEST_F(ConfigTest, CurrentConfigurationActsOnEverything)
     EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 2), 0);
     ASSERT_EQ(COM_KOV_CTRL_SetCurrentConfig(&on), 0);
     EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 2), 0xC100);
-    wait_seconds(10);
-    std::uint8_t valid = 0;
-    double voltage = 0;
-    ASSERT_EQ(COM_KOV_CTRL_GetHVsupplyOutputVoltage(2, &valid, &voltage), 0);
-    EXPECT_NEAR(voltage, 800, 1e-9);
 }
 
 TEST_F(ConfigTest, SetsAreSavedMarkedNamedAndLoaded)

@@ -110,13 +110,11 @@ TEST_F(HostTest, AnswerTimeIsNeverShort)
 {
     std::string problem;
     ASSERT_TRUE(simulator::apply("latency 2", problem));
-    const std::int64_t start_us = host::monotonic_us();
     ASSERT_EQ(COM_KOV_CTRL_Open(7), 0);
     std::uint16_t state = 0;
     const std::int64_t asked_us = host::monotonic_us();
     ASSERT_EQ(COM_KOV_CTRL_GetState(&state), 0);
     EXPECT_GE(host::monotonic_us() - asked_us, 2'000);
-    EXPECT_GE(asked_us, start_us);
 }
 
 } // namespace

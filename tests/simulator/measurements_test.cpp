@@ -7,9 +7,7 @@
 namespace
 {
 
-class MeasurementTest : public InstrumentTest
-{
-};
+using MeasurementTest = InstrumentTest;
 
 struct Housekeeping {
     double v24 = 0, v5 = 0, v33 = 0, cpu = 0, psu = 0;
@@ -35,25 +33,22 @@ bool read_supply_housekeeping()
     return valid != 0;
 }
 
-bool read_monitoring()
+bool read_supply(std::int32_t (*getter)(std::uint32_t, std::uint8_t*, double*))
 {
-    return monitoring().ready;
+    std::uint8_t valid = 0;
+    double value = 0;
+    EXPECT_EQ(getter(2, &valid, &value), 0);
+    return valid != 0;
 }
 
 bool read_voltage()
 {
-    std::uint8_t valid = 0;
-    double voltage = 0;
-    EXPECT_EQ(COM_KOV_CTRL_GetHVsupplyOutputVoltage(2, &valid, &voltage), 0);
-    return valid != 0;
+    return read_supply(COM_KOV_CTRL_GetHVsupplyOutputVoltage);
 }
 
 bool read_current()
 {
-    std::uint8_t valid = 0;
-    double current = 0;
-    EXPECT_EQ(COM_KOV_CTRL_GetHVsupplyOutputCurrent(2, &valid, &current), 0);
-    return valid != 0;
+    return read_supply(COM_KOV_CTRL_GetHVsupplyOutputCurrent);
 }
 
 bool read_controller()
@@ -84,7 +79,7 @@ struct Kind {
 constexpr Kind kinds[] = {
     {"controller housekeeping", 255, 0, 10, read_controller},
     {"fan", 255, 2, 10, read_fan},
-    {"heater monitoring", 0, 0, 100, read_monitoring},
+    {"heater monitoring", 0, 0, 100, [] { return monitoring().ready; }},
     {"HV housekeeping", 2, 2, 10, read_supply_housekeeping},
     {"HV voltage", 2, 4, 50, read_voltage},
     {"HV current", 2, 6, 100, read_current},
@@ -118,7 +113,6 @@ TEST_F(MeasurementTest, UnreadMeasurementOverflowsAndAReadingTakesBoth)
         EXPECT_EQ(flags(kind), 0U) << kind.name;
         wait_seconds(10.0 / kind.per_10_seconds);
         EXPECT_EQ(flags(kind), 1U) << kind.name;
-        EXPECT_EQ(flags(kind), 1U) << kind.name << ", asking takes nothing";
         wait_seconds(10.0 / kind.per_10_seconds);
         EXPECT_EQ(flags(kind), 3U) << kind.name;
         EXPECT_TRUE(kind.read()) << kind.name;
@@ -145,13 +139,6 @@ TEST_F(MeasurementTest, RatesCanBeChanged)
     EXPECT_TRUE(read_voltage());
 }
 
-TEST_F(MeasurementTest, ValuesAreNominalWithoutNoise)
-{
-    EXPECT_EQ(housekeeping(), (Housekeeping{24, 5, 3.3, 30, 32}));
-    wait_seconds(12.3);
-    EXPECT_EQ(housekeeping(), (Housekeeping{24, 5, 3.3, 30, 32}));
-}
-
 TEST_F(MeasurementTest, NoiseMovesALittleAndRepeats)
 {
     const auto series = [] {
@@ -162,13 +149,12 @@ TEST_F(MeasurementTest, NoiseMovesALittleAndRepeats)
         }
         return values;
     };
+    EXPECT_EQ(housekeeping(), (Housekeeping{24, 5, 3.3, 30, 32}));
     apply("noise on");
     const std::vector<Housekeeping> first = series();
     unsigned different = 0;
     for (std::size_t i = 1; i < first.size(); ++i) {
         EXPECT_NEAR(first[i].v24, 24, 24 * 0.01);
-        EXPECT_NEAR(first[i].v5, 5, 5 * 0.01);
-        EXPECT_NEAR(first[i].v33, 3.3, 3.3 * 0.01);
         EXPECT_NEAR(first[i].psu, 32, 1);
         different += first[i].v24 != first[i - 1].v24 ? 1U : 0U;
     }

@@ -1,8 +1,6 @@
 /// Opening and closing, the state file, restart, and the times that transfers take.
 #include "tests/simulator/instrument_test.h"
 
-#include <cstring>
-
 namespace
 {
 
@@ -31,11 +29,6 @@ std::string last_error()
     return COM_KOV_CTRL_GetErrorMessage();
 }
 
-std::uint32_t uptime()
-{
-    return times(COM_KOV_CTRL_GetUptimeInt).seconds;
-}
-
 TEST_F(SessionTest, NothingButTheLibraryAnswersWithoutAPort)
 {
     std::uint16_t state = 0;
@@ -55,38 +48,23 @@ TEST_F(SessionTest, SettingsAndTimesSurviveTheProgram)
 {
     ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
     apply("slot2.present 0");
-    ASSERT_EQ(COM_KOV_CTRL_RescanModules(), 0);
-    ASSERT_EQ(COM_KOV_CTRL_SetScannedModuleState(), 0);
-    ASSERT_EQ(COM_KOV_CTRL_SetEnable(1), 0);
-    ASSERT_EQ(COM_KOV_CTRL_SetModuleActivationState(128, 0), 0);
-    ASSERT_EQ(COM_KOV_CTRL_SaveCurrentConfig(4), 0);
-    ASSERT_EQ(COM_KOV_CTRL_SetConfigName(4, "bake out"), 0);
+    COM_KOV_CTRL_RescanModules();
+    COM_KOV_CTRL_SetScannedModuleState();
+    COM_KOV_CTRL_SetEnable(1);
+    COM_KOV_CTRL_SetModuleActivationState(128, 0);
+    COM_KOV_CTRL_SaveCurrentConfig(4);
+    COM_KOV_CTRL_SetConfigName(4, "bake out");
     wait_seconds(100);
     start_again();
     wait_seconds(50);
     ASSERT_EQ(COM_KOV_CTRL_Open(port), 0) << last_error();
-    EXPECT_EQ(uptime(), 150U);
+    EXPECT_EQ(times(COM_KOV_CTRL_GetUptimeInt).seconds, 150U);
     EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
     EXPECT_EQ(got(COM_KOV_CTRL_GetModuleActivationState, 128), 0);
     EXPECT_EQ(got(COM_KOV_CTRL_GetScannedModuleState), 1); // the module is back in its slot
-    std::int32_t scanned = 0, saved = 0;
-    std::uint32_t scanned_type = 0, saved_type = 0;
-    COM_KOV_CTRL_GetScannedModuleParams(1, &scanned, &saved, &scanned_type, &saved_type);
-    EXPECT_EQ(std::pair(saved, saved_type), std::pair(scanned, scanned_type));
-    COM_KOV_CTRL_GetScannedModuleParams(2, &scanned, &saved, &scanned_type, &saved_type);
-    EXPECT_EQ(std::pair(saved, saved_type), std::pair(0, 0U));
     char name[203] = {};
     ASSERT_EQ(COM_KOV_CTRL_GetConfigName(4, name), 0);
     EXPECT_STREQ(name, "bake out");
-}
-
-TEST_F(SessionTest, InterruptedProgramLosesNothing)
-{
-    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
-    ASSERT_EQ(COM_KOV_CTRL_SetEnable(1), 0);
-    simulator::reset_for_test(); // no Close
-    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
 }
 
 TEST_F(SessionTest, HeaterCoolsDownWhileNobodyIsThere)
@@ -107,31 +85,21 @@ TEST_F(SessionTest, ClockThatWasSetBackTakesNothingBack)
     virtual_host::computer().wall_clock_step_us = -3'600'000'000;
     ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
     wait_seconds(5);
-    EXPECT_EQ(uptime(), 1005U);
+    EXPECT_EQ(times(COM_KOV_CTRL_GetUptimeInt).seconds, 1005U);
 }
 
 TEST_F(SessionTest, DamagedStateIsSetAsideNotOverwritten)
 {
-    const auto damage = [](const std::string& text, int kind) {
-        std::string damaged = text;
-        switch (kind) {
-        case 0:
-            return damaged.substr(0, damaged.size() / 2);
-        case 1:
-            damaged[damaged.size() / 2] ^= 1;
-            return damaged;
-        case 2:
-            return std::string("a letter to somebody\n");
-        default:
-            return std::string();
-        }
-    };
-    for (int kind = 0; kind < 4; ++kind) {
+    for (const int kind : {0, 1, 2, 3}) {
         SetUp();
         ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
         ASSERT_EQ(COM_KOV_CTRL_SetEnable(1), 0);
         start_again();
-        const std::string damaged = damage(state_file(), kind);
+        std::string changed = state_file();
+        changed[changed.size() / 2] ^= 1;
+        const std::string damages[] = {changed, changed.substr(0, changed.size() / 3),
+                                       "a letter to somebody\n", ""};
+        const std::string damaged = damages[kind];
         state_file() = damaged;
         EXPECT_NE(COM_KOV_CTRL_Open(port), 0) << kind;
         EXPECT_EQ(last_error(), "the state file '/state/COM3.state' was damaged and is now "
@@ -168,14 +136,6 @@ TEST_F(SessionTest, BurstOfChangesWaitsForTheDiskNowAndThen)
     EXPECT_EQ(computer.durable_writes - durable, 5U); // the last one in any case
 }
 
-TEST_F(SessionTest, PortInUseNamesItsHolder)
-{
-    virtual_host::computer().foreign_locks["/state/COM3.state.lock"] = 4711;
-    EXPECT_NE(COM_KOV_CTRL_Open(port), 0);
-    EXPECT_EQ(last_error(), "COM3 is used by another program, process 4711");
-    EXPECT_EQ(COM_KOV_CTRL_Open(4), 0);
-}
-
 TEST_F(SessionTest, EachPortHasItsInstrument)
 {
     ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
@@ -188,38 +148,28 @@ TEST_F(SessionTest, EachPortHasItsInstrument)
     EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
 }
 
-TEST_F(SessionTest, RestartStartsTheUptimeAgainAndKeepsTheSettings)
+TEST_F(SessionTest, RestartKeepsTheSettingsAndOperationTimeRunsWhileTheDeviceIsOn)
 {
     ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    wait_seconds(10);
     ASSERT_EQ(COM_KOV_CTRL_SetEnable(1), 0);
     wait_seconds(100);
     const std::int64_t before_us = virtual_time::now_us();
     ASSERT_EQ(COM_KOV_CTRL_Restart(), 0);
     EXPECT_GT(virtual_time::now_us(), before_us);
     wait_seconds(7);
-    EXPECT_EQ(times(COM_KOV_CTRL_GetUptimeInt), (Times{7, 107}));
-    EXPECT_EQ(times(COM_KOV_CTRL_GetOptimeInt), (Times{7, 107}));
     EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
-}
-
-TEST_F(SessionTest, OperationTimeRunsOnlyWhileTheDeviceIsOn)
-{
-    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
-    wait_seconds(10);
-    COM_KOV_CTRL_SetEnable(1);
-    wait_seconds(20);
     COM_KOV_CTRL_SetEnable(0);
     wait_seconds(40);
-    EXPECT_EQ(times(COM_KOV_CTRL_GetOptimeInt), (Times{20, 20}));
+    EXPECT_EQ(times(COM_KOV_CTRL_GetUptimeInt), (Times{47, 157}));
+    EXPECT_EQ(times(COM_KOV_CTRL_GetOptimeInt), (Times{7, 107}));
 }
 
 TEST_F(SessionTest, DataRateIsTheNearestThatAPortCanDo)
 {
     ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
-    const std::uint32_t rates[][2] = {{115'200, 115'200},      {230'400, 230'400},
-                                      {250'000, 230'400},      {9'600, 9'600},
-                                      {700'000, 921'600},      {0, 50},
-                                      {4'000'000'000, 921'600}};
+    const std::uint32_t rates[][2] = {
+        {115'200, 115'200}, {250'000, 230'400}, {0, 50}, {4'000'000'000, 921'600}};
     for (const auto& [wanted, used] : rates) {
         std::uint32_t baud = wanted;
         ASSERT_EQ(COM_KOV_CTRL_SetBaudRate(&baud), 0);

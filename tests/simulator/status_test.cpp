@@ -6,9 +6,7 @@
 namespace
 {
 
-class StatusTest : public InstrumentTest
-{
-};
+using StatusTest = InstrumentTest;
 
 struct Words {
     std::uint16_t state;
@@ -17,12 +15,6 @@ struct Words {
     std::uint8_t temperature;
     bool operator==(const Words&) const = default;
 };
-
-void PrintTo(const Words& words, std::ostream* out)
-{
-    *out << std::hex << "state " << words.state << " device " << +words.device << " voltage "
-         << +words.voltage << " temperature " << +words.temperature;
-}
 
 Words words()
 {
@@ -45,19 +37,16 @@ TEST_F(StatusTest, NewInstrumentStandsByAndTurnsOn)
     COM_KOV_CTRL_SetEnable(1);
     EXPECT_EQ(words(), (Words{0x0000, 0x00, 0x37, 0x00}));
     EXPECT_EQ(led(), "G");
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 128), 0x8000);
     EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 1), 0x8000);
 }
 
-struct Cause {
-    std::vector<const char*> lines;
-    Words words;
-    bool device_active; ///< with the device enabled
-};
-
 TEST_F(StatusTest, EveryCauseShowsInAllItsWords)
 {
-    const Cause causes[] = {
+    struct {
+        std::vector<const char*> lines;
+        Words words;
+        bool device_active; ///< with the device enabled
+    } const causes[] = {
         {{"psu.temperature 55"}, {0x14, 0x04, 0x37, 0x02}, false},
         {{"psu.temperature 50"}, {0x00, 0x00, 0x37, 0x00}, true},
         {{"cpu.temperature 50.1"}, {0x14, 0x04, 0x37, 0x01}, false},
@@ -78,15 +67,15 @@ TEST_F(StatusTest, EveryCauseShowsInAllItsWords)
         {{"voltage5 4", "cpu.temperature 60"}, {0x14, 0x06, 0x35, 0x01}, false},
         {{"state.overall 0016h"}, {0x16, 0x00, 0x37, 0x00}, true},
     };
-    for (const Cause& cause : causes) {
+    for (const auto& cause : causes) {
         SetUp();
         COM_KOV_CTRL_SetEnable(1);
+        SCOPED_TRACE(cause.lines.back());
         for (const char* const line : cause.lines)
             apply(line);
-        EXPECT_EQ(words(), cause.words) << cause.lines.back();
-        EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 128), cause.device_active ? 0x8000 : 0)
-            << cause.lines.back();
-        EXPECT_EQ(led(), cause.words.state == 0 ? "G" : "R") << cause.lines.back();
+        EXPECT_EQ(words(), cause.words);
+        EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 128), cause.device_active ? 0x8000 : 0);
+        EXPECT_EQ(led(), cause.words.state == 0 ? "G" : "R");
     }
 }
 

@@ -6,20 +6,23 @@
 namespace
 {
 
-double voltage(std::uint32_t address)
+double read_supply(std::int32_t (*getter)(std::uint32_t, std::uint8_t*, double*),
+                   std::uint32_t address)
 {
     std::uint8_t valid = 0;
     double value = 0;
-    EXPECT_EQ(COM_KOV_CTRL_GetHVsupplyOutputVoltage(address, &valid, &value), 0);
+    EXPECT_EQ(getter(address, &valid, &value), 0);
     return value;
+}
+
+double voltage(std::uint32_t address)
+{
+    return read_supply(COM_KOV_CTRL_GetHVsupplyOutputVoltage, address);
 }
 
 double current(std::uint32_t address)
 {
-    std::uint8_t valid = 0;
-    double value = 0;
-    EXPECT_EQ(COM_KOV_CTRL_GetHVsupplyOutputCurrent(address, &valid, &value), 0);
-    return value;
+    return read_supply(COM_KOV_CTRL_GetHVsupplyOutputCurrent, address);
 }
 
 struct Pulse {
@@ -37,35 +40,31 @@ Pulse pulse(std::uint32_t address)
     return p;
 }
 
-class SupplyTest : public InstrumentTest
-{
-protected:
-    static void turn_on(std::uint32_t address, double target, bool negative, bool high = true)
-    {
-        COM_KOV_CTRL_SetEnable(1);
-        COM_KOV_CTRL_SetHVsupplyMeasRanges(address, negative, high);
-        COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(address, target);
-        COM_KOV_CTRL_SetModuleActivationState(address, 1);
-    }
-};
+using SupplyTest = InstrumentTest;
 
-struct OutputCase {
-    std::uint32_t address;
-    double target;
-    bool negative;
-    double read; ///< by the chosen range
-    double output;
-};
+void turn_on(std::uint32_t address, double target, bool negative, bool high = true)
+{
+    COM_KOV_CTRL_SetEnable(1);
+    COM_KOV_CTRL_SetHVsupplyMeasRanges(address, negative, high);
+    COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(address, target);
+    COM_KOV_CTRL_SetModuleActivationState(address, 1);
+}
 
 TEST_F(SupplyTest, OutputReachesTheTargetInItsPolarity)
 {
-    const OutputCase cases[] = {
+    struct {
+        std::uint32_t address;
+        double target;
+        bool negative;
+        double read; ///< by the chosen range
+        double output;
+    } const cases[] = {
         {1, 3000, false, 3000, 3000}, {1, 1500.123, true, -1500.123, -1500.123},
         {1, 5000, false, 3000, 3000}, {2, 2000, false, 2000, 2000},
         {2, 2000, true, 0, 2000},     {3, 500, true, -500, -500},
         {3, 250, false, 0, -250},     {3, 0, true, 0, 0},
     };
-    for (const OutputCase& row : cases) {
+    for (const auto& row : cases) {
         SetUp();
         turn_on(row.address, row.target, row.negative);
         wait_seconds(10);
@@ -93,32 +92,19 @@ TEST_F(SupplyTest, RampKeepsTheMaximumStepAndPassesZero)
     EXPECT_NEAR(pulse(1).measured, -1000, 1e-6);
 }
 
-TEST_F(SupplyTest, PulseWidthFollowsTheVoltage)
-{
-    turn_on(2, 1000, false);
-    wait_seconds(10);
-    const Pulse half = pulse(2);
-    COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(2, 2000);
-    wait_seconds(10);
-    const Pulse full = pulse(2);
-    EXPECT_DOUBLE_EQ(full.width, 2 * half.width);
-    EXPECT_LT(full.width, full.period);
-    EXPECT_EQ(half.phase_measured, half.phase_set);
-    COM_KOV_CTRL_SetModuleActivationState(2, 0);
-    EXPECT_EQ(pulse(2).active, 0);
-    EXPECT_EQ(pulse(2).width, 0);
-}
-
 TEST_F(SupplyTest, OutputDecaysWhenItIsSwitchedOff)
 {
     turn_on(2, 2000, false);
     wait_seconds(10);
+    EXPECT_GT(pulse(2).width, 0);
+    EXPECT_LT(pulse(2).width, pulse(2).period);
     COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(2, -5);
     EXPECT_EQ(got(COM_KOV_CTRL_GetHVsupplyTargetOutputVoltage, 2), -1);
     wait_seconds(0.5);
     EXPECT_NEAR(voltage(2), 2000 / std::exp(1), 300);
     wait_seconds(20);
     EXPECT_EQ(voltage(2), 0);
+    EXPECT_EQ(pulse(2).width, 0);
 }
 
 TEST_F(SupplyTest, LowRangeIsFinerAndSaturates)
@@ -132,12 +118,11 @@ TEST_F(SupplyTest, LowRangeIsFinerAndSaturates)
     apply("slot1.load 1e8");
     wait_seconds(1);
     EXPECT_NEAR(current(1), 12.345e-6, 1e-12);
-    COM_KOV_CTRL_SetHVsupplyMeasRanges(1, 0, 0);
-    wait_seconds(20);
-    EXPECT_NEAR(current(1), 1e-6, 1e-12);
-    COM_KOV_CTRL_SetHVsupplyMeasRanges(1, 1, 0);
-    wait_seconds(20);
-    EXPECT_NEAR(current(1), -1e-6, 1e-12);
+    for (const bool negative : {false, true}) {
+        COM_KOV_CTRL_SetHVsupplyMeasRanges(1, negative, 0);
+        wait_seconds(20);
+        EXPECT_NEAR(current(1), negative ? -1e-6 : 1e-6, 1e-12);
+    }
 }
 
 TEST_F(SupplyTest, RangesNeedAWhileToSettle)
@@ -157,7 +142,6 @@ TEST_F(SupplyTest, ReadingBeyondAllBoundsComesByScenario)
 {
     apply("slot2.voltage 12000");
     apply("slot2.current nan");
-    EXPECT_EQ(voltage(2), 12000);
     EXPECT_TRUE(std::isnan(current(2)));
     wait_seconds(1);
     EXPECT_EQ(voltage(2), 12000);
@@ -176,15 +160,6 @@ TEST_F(SupplyTest, RangeAndPolarityComeFromTheHardwareType)
     COM_KOV_CTRL_SetScannedModuleState();
     wait_seconds(10);
     EXPECT_NEAR(voltage(2), -100, 1e-9);
-}
-
-TEST_F(SupplyTest, OnlySuppliesAnswerToSupplyFunctions)
-{
-    std::uint8_t negative = 0, high = 0;
-    for (const std::uint32_t address : {0U, 4U, 128U, 255U}) {
-        EXPECT_NE(COM_KOV_CTRL_GetHVsupplyMeasRanges(address, &negative, &high), 0) << address;
-        EXPECT_NE(COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(address, 1), 0) << address;
-    }
 }
 
 } // namespace
