@@ -29,18 +29,3 @@ int32_t COM_KOV_CTRL_GetProductID(char* identification)
     std::strcpy(identification, "Another library");
     return 0;
 }
-
-const char* COM_KOV_CTRL_GetErrorMessage()
-{
-    return "error of another library";
-}
-
-const char* COM_KOV_CTRL_GetIOStateMessage(uint32_t)
-{
-    return nullptr;
-}
-
-const char* COM_KOV_CTRL_GetCommErrorMessage(uint32_t)
-{
-    return nullptr;
-}

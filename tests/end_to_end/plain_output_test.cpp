@@ -11,52 +11,25 @@
 using Stream = Launch::Stream;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 
 namespace
 {
 
-constexpr const char* identity = R"(COM3 opened for the communication stream
-Product identification: KOV-CTRL, Controller, Rev. 1-00
-Product number: 240101
-Product manufacturing date: CW07 2024
-Firmware date: Mar 15 2024
-Firmware version: 1-10
-Hardware version: 1-00
-Device type: 8ED6h
-Hardware type: 0000F100h
-Program completed
-)";
-
 constexpr const char* housekeeping = R"(COM3 opened for the communication stream
 Device housekeeping:
-  Voltages:  24V: 24.000V  5V0: 4.800V  3V3: 3.400V  Temperature CPU:  +65.5°C  PSU:   -1.0°C
+  Voltages:  24V: 24.000V  5V0: 4.800V  3V3: 3.400V  Temperature CPU:  +65.5\xC2\xB0" "C  PSU:   -1.0\xC2\xB0" "C
 Program completed
 )";
 
 TEST(PlainOutput, HasEachLineOnceInItsFinalForm)
 {
-    struct {
-        const char* arguments;
-        Stream input;
-        const char* piped_in;
-        const char* output;
-    } const cases[] = {
-        {"3 -p -T", Stream::terminal, "", identity},
-        {"3 -P -T", Stream::null_device, "", identity},
-        {"3 -pk -T", Stream::null_device, "", housekeeping},
-        {"3 -pk -T", Stream::pipe, "", housekeeping},
-        {"3 -pk -T", Stream::terminal, "", housekeeping},
-    };
-    for (const auto& [arguments, input, piped_in, output] : cases) {
-        SCOPED_TRACE(arguments);
-        ControllerRun run{arguments};
+    for (const Stream input : {Stream::null_device, Stream::pipe, Stream::terminal}) {
+        ControllerRun run{"3 -pk -T"};
         run.input = input;
-        run.piped_in = piped_in;
         run.output = Stream::pipe;
         PseudoTerminal terminal{run};
         EXPECT_EQ(terminal.exit_status(), 0);
-        EXPECT_EQ(terminal.piped_out(), output);
+        EXPECT_EQ(terminal.piped_out(), housekeeping);
         EXPECT_EQ(terminal.terminal_bytes(), "");
         expect_terminal_restored(terminal);
     }
@@ -69,13 +42,12 @@ TEST(PlainOutput, ContinuousDisplayEndsWithItsInput)
         const char* piped_in;
         Stream output;
     } const cases[] = {
-        {Stream::pipe, "\033", Stream::pipe},     {Stream::pipe, "x\033", Stream::pipe},
-        {Stream::pipe, "", Stream::pipe},         {Stream::null_device, "", Stream::pipe},
-        {Stream::pipe, "\033", Stream::terminal}, {Stream::null_device, "", Stream::terminal},
+        {Stream::pipe, "x\033", Stream::pipe},       {Stream::pipe, "", Stream::pipe},
+        {Stream::null_device, "", Stream::pipe},     {Stream::pipe, "\033", Stream::terminal},
+        {Stream::null_device, "", Stream::terminal},
     };
     for (const auto& [input, piped_in, output] : cases) {
         ControllerRun run{"3 -PK -PC -PE -T"};
-        run.size = {.columns = 132, .rows = 25};
         run.input = input;
         run.piped_in = piped_in;
         run.output = output;
@@ -83,11 +55,9 @@ TEST(PlainOutput, ContinuousDisplayEndsWithItsInput)
         EXPECT_EQ(terminal.exit_status(), 0);
         const std::string text =
             output == Stream::pipe ? terminal.piped_out() : terminal.screen.screen();
-        EXPECT_THAT(text, HasSubstr("Device housekeeping, press Esc to quit: Polling rate:"));
         EXPECT_THAT(text, HasSubstr("24V: 24.000V  5V0: 4.800V"));
         EXPECT_THAT(text, EndsWith("Device type: 8ED6h\nProgram completed\n"));
-        EXPECT_EQ(terminal.piped_out().find('\033'), std::string::npos);
-        EXPECT_EQ(terminal.piped_out().find('\r'), std::string::npos);
+        EXPECT_EQ(terminal.piped_out().find_first_of("\033\r"), std::string::npos);
         expect_terminal_restored(terminal);
     }
 }
@@ -104,7 +74,6 @@ TEST(PlainOutput, ColorsAndMovementFollowTheEnvironment)
         {{{"CLICOLOR_FORCE", "1"}}, Stream::pipe, false, true},
         {{{"CLICOLOR_FORCE", "0"}}, Stream::pipe, false, false},
         {{{"CLICOLOR_FORCE", "1"}, {"NO_COLOR", "1"}}, Stream::pipe, false, false},
-        {{}, Stream::terminal, true, true},
         {{{"NO_COLOR", "1"}}, Stream::terminal, true, false},
         {{{"NO_COLOR", ""}}, Stream::terminal, true, true},
         {{{"TERM", "dumb"}}, Stream::terminal, false, false},
@@ -119,41 +88,32 @@ TEST(PlainOutput, ColorsAndMovementFollowTheEnvironment)
         EXPECT_EQ(terminal.exit_status(), 0);
         const std::string bytes = terminal.piped_out() + terminal.terminal_bytes();
         EXPECT_EQ(bytes.find("\033[?25l") != std::string::npos, moves);
-        EXPECT_EQ(bytes.find("\033[1m") != std::string::npos, colors);
         EXPECT_EQ(bytes.find('\033') != std::string::npos, moves || colors);
         if (output == Stream::pipe)
             terminal.screen.feed("\033[20h" + bytes); // LF ends the line, as in a shell's "cat"
-        const std::string white = colors ? "{W}" : "";
-        const std::string grey = colors ? "{.}" : "";
-        EXPECT_EQ(terminal.screen.marked_row(2), "Device type: " + white + "8ED6h" + grey);
-        EXPECT_EQ(terminal.screen.row(3), "LED data of the base device: Red: off, Green:  on, "
-                                          "Blue: off, Color: LED");
+        EXPECT_EQ(terminal.screen.marked_row(2),
+                  colors ? "Device type: {W}8ED6h{.}" : "Device type: 8ED6h");
+        EXPECT_TRUE(terminal.screen.row(3).starts_with("LED data of the base device: Red: "));
         EXPECT_TRUE(terminal.screen.pen_is_neutral());
     }
 }
 
-TEST(PlainOutput, NobodyReadsIt)
+TEST(PlainOutput, EndsWhenNobodyReadsIt)
 {
-    ControllerRun run{"3 -G -PE -PK -T"};
-    run.output = Stream::closed_pipe;
-    PseudoTerminal terminal{run};
-    EXPECT_EQ(terminal.exit_status(), 128 + SIGPIPE);
-    EXPECT_TRUE(was_called(run, "Close"));
-    EXPECT_FALSE(was_called(run, "GetHousekeeping"));
-    expect_terminal_restored(terminal);
-}
-
-TEST(PlainOutput, ItsReaderGoesAway)
-{
-    ControllerRun run{"3 -G -PK -PI -T"};
-    run.output = Stream::pipe;
-    PseudoTerminal terminal{run};
-    ASSERT_TRUE(terminal.wait_until([&] { return was_called(run, "GetHousekeeping"); }));
-    terminal.close_output_pipe(); // as "head -1" does
-    EXPECT_EQ(terminal.exit_status(), 128 + SIGPIPE);
-    EXPECT_TRUE(was_called(run, "Close"));
-    EXPECT_FALSE(was_called(run, "GetProductID"));
-    expect_terminal_restored(terminal);
+    for (const Stream output : {Stream::closed_pipe, Stream::pipe}) {
+        ControllerRun run{"3 -G -PE -PK -PI -T"};
+        run.output = output;
+        PseudoTerminal terminal{run};
+        if (output == Stream::pipe) {
+            ASSERT_TRUE(terminal.wait_until([&] { return was_called(run, "GetHousekeeping"); }));
+            terminal.close_output_pipe(); // as "head -1" does
+        }
+        EXPECT_EQ(terminal.exit_status(), 128 + SIGPIPE);
+        EXPECT_TRUE(was_called(run, "Close"));
+        EXPECT_EQ(was_called(run, "GetHousekeeping"), output == Stream::pipe);
+        EXPECT_FALSE(was_called(run, "GetProductID"));
+        expect_terminal_restored(terminal);
+    }
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <vector>
 
@@ -46,14 +48,8 @@ std::vector<char*> pointers_to(std::vector<std::string>& texts)
 
 std::vector<std::string> arguments_of(const Launch& launch)
 {
-    std::vector<std::string> arguments = {launch.program};
-    std::string_view rest = launch.arguments;
-    while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find(' '), rest.size());
-        arguments.emplace_back(rest.substr(0, end));
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-    }
-    return arguments;
+    std::istringstream words{launch.program + ' ' + launch.arguments};
+    return {std::istream_iterator<std::string>{words}, {}};
 }
 
 std::vector<std::string> environment_of(const Launch& launch)
@@ -239,11 +235,6 @@ bool PseudoTerminal::wait_until(const std::function<bool()>& condition)
 bool PseudoTerminal::shows(std::string_view text)
 {
     return wait_until([&] { return screen.row_of(text) != 0; });
-}
-
-bool PseudoTerminal::is_stopped()
-{
-    return wait_until([this] { return stopped_; });
 }
 
 int PseudoTerminal::exit_status()

@@ -47,7 +47,10 @@ public:
     /// Waits until a row of the screen holds the text.
     [[nodiscard]] bool shows(std::string_view text);
     /// Waits until the program was stopped by a signal.
-    [[nodiscard]] bool is_stopped();
+    [[nodiscard]] bool is_stopped()
+    {
+        return wait_until([this] { return stopped_; });
+    }
     [[nodiscard]] bool has_ended() const { return ended_; }
     /// Waits for the program's end and for its last output: its exit status, or minus the number
     /// of the signal that killed it. A program that hangs is killed with SIGKILL.

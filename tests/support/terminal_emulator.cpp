@@ -92,11 +92,6 @@ TerminalEmulator::TerminalEmulator(TerminalSize size)
                     self.used_alternate_screen_ |= value->boolean != 0;
                 return 1;
             },
-        .bell =
-            [](void* user) {
-                ++static_cast<TerminalEmulator*>(user)->bells_;
-                return 1;
-            },
         .sb_pushline =
             [](int columns, const VTermScreenCell* pushed, void* user) {
                 std::vector<EmulatedCell> cells;
@@ -151,27 +146,13 @@ std::string TerminalEmulator::marked_row(int row) const
     return text_of(cells(row), true);
 }
 
-std::string TerminalEmulator::all_rows(std::string (TerminalEmulator::*text_of)(int) const) const
-{
-    std::string text;
-    std::size_t end = 0;
-    for (int row = 1; row <= size_.rows; ++row) {
-        const std::string line = (this->*text_of)(row);
-        text += line + '\n';
-        end = line.empty() ? end : text.size();
-    }
-    text.resize(end);
-    return text;
-}
-
 std::string TerminalEmulator::screen() const
 {
-    return all_rows(&TerminalEmulator::row);
-}
-
-std::string TerminalEmulator::marked_screen() const
-{
-    return all_rows(&TerminalEmulator::marked_row);
+    std::string text;
+    for (int number = 1; number <= size_.rows; ++number)
+        text += row(number) + '\n';
+    text.resize(text.find_last_not_of('\n') + 1);
+    return text.empty() ? text : text + '\n';
 }
 
 int TerminalEmulator::row_of(std::string_view text) const

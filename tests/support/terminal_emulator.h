@@ -47,7 +47,6 @@ public:
     [[nodiscard]] std::string marked_row(int row) const;
     /// The rows down to the last one that is not blank, a line end behind each.
     [[nodiscard]] std::string screen() const;
-    [[nodiscard]] std::string marked_screen() const;
     /// What was scrolled out at the top, oldest first.
     [[nodiscard]] const std::vector<std::string>& scrollback() const { return scrollback_; }
     /// The row (from 1) of the first line that holds the text, 0 when there is none.
@@ -62,11 +61,8 @@ public:
     [[nodiscard]] bool pen_is_neutral() const;
     /// True when the program left the screen for the alternate one.
     [[nodiscard]] bool used_alternate_screen() const { return used_alternate_screen_; }
-    [[nodiscard]] int bells() const { return bells_; }
 
 private:
-    [[nodiscard]] std::string all_rows(std::string (TerminalEmulator::*text_of)(int) const) const;
-
     struct Free {
         void operator()(VTerm* terminal) const { vterm_free(terminal); }
     };
@@ -77,5 +73,4 @@ private:
     bool cursor_visible_ = true;
     bool used_alternate_screen_ = false;
     int cursor_hidings_ = 0;
-    int bells_ = 0;
 };
