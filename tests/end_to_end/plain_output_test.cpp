@@ -15,11 +15,13 @@ using testing::HasSubstr;
 namespace
 {
 
-constexpr const char* housekeeping = R"(COM3 opened for the communication stream
-Device housekeeping:
-  Voltages:  24V: 24.000V  5V0: 4.800V  3V3: 3.400V  Temperature CPU:  +65.5\xC2\xB0" "C  PSU:   -1.0\xC2\xB0" "C
-Program completed
-)";
+constexpr const char* housekeeping =
+    "COM3 opened for the communication stream\n"
+    "Device housekeeping:\n"
+    "  Voltages:  24V: 24.000V  5V0: 4.800V  3V3: 3.400V  Temperature CPU:  +65.5\xC2\xB0"
+    "C  PSU:   -1.0\xC2\xB0"
+    "C\n"
+    "Program completed\n";
 
 TEST(PlainOutput, HasEachLineOnceInItsFinalForm)
 {
