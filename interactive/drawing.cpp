@@ -35,17 +35,24 @@ void show_group(const GroupPlaces& places, const Group& group)
     console.print(Color::value, "%u", group.overflows);
 }
 
+/// What the records of the controller and of the modules have in common.
+template <class Values>
+void show_common_values(const HousekeepingPlaces& places, const Values& values)
+{
+    show_supply(places.plus_24, supply::plus_24, values.plus_24);
+    show_supply(places.plus_5, supply::plus_5, values.plus_5);
+    show_supply(places.plus_3_3, supply::plus_3_3, values.plus_3_3);
+    show_temperature(places.cpu, values.cpu);
+    show_temperature(places.psu, values.psu);
+}
+
 void show_controller(const HousekeepingPlaces& places, const ScreenReadings& readings)
 {
     const ControllerHousekeeping& values = readings.controller;
     show_group(places.group, readings.controller_group);
     if (readings.controller_group.readings == 0)
         return;
-    show_supply(places.plus_24, supply::plus_24, values.plus_24);
-    show_supply(places.plus_5, supply::plus_5, values.plus_5);
-    show_supply(places.plus_3_3, supply::plus_3_3, values.plus_3_3);
-    show_temperature(places.cpu, values.cpu);
-    show_temperature(places.psu, values.psu);
+    show_common_values(places, values);
 }
 
 void show_module(const HousekeepingPlaces& places, const ModuleHousekeeping& values,
@@ -54,16 +61,12 @@ void show_module(const HousekeepingPlaces& places, const ModuleHousekeeping& val
     show_group(places.group, group);
     if (group.readings == 0)
         return;
-    show_supply(places.plus_24, supply::plus_24, values.plus_24);
-    show_supply(places.plus_5, supply::plus_5, values.plus_5);
-    show_supply(places.plus_3_3, supply::plus_3_3, values.plus_3_3);
+    show_common_values(places, values);
     show_supply(places.minus_22, supply::minus_22, values.minus_22);
     show_supply(places.plus_18, supply::plus_18, values.plus_18);
     show_supply(places.minus_18, supply::minus_18, values.minus_18);
     show_fine_supply(places.vc, supply::vc, values.vc);
     show_fine_supply(places.analog_ground, supply::analog_ground, values.analog_ground);
-    show_temperature(places.cpu, values.cpu);
-    show_temperature(places.psu, values.psu);
 }
 
 void show_monitoring(const MonitoringPlaces& places, const HeaterMonitoring& values,
