@@ -119,6 +119,8 @@ public:
 
     /// Makes the terminal show what the model holds, in one write. Does nothing when it does.
     void flush();
+    /// As flush(), but no more than every 10 ms: for a progress text that is rewritten in place.
+    void flush_when_due();
     /// As flush(), also for a line without its end: somebody is about to wait for an answer.
     void flush_for_wait();
     /// The last flush: grey, cursor visible.
@@ -187,6 +189,7 @@ private:
     int display_first_ = 0; ///< row in which the outermost display began
     bool bell_ = false;
     bool line_completed_ = false;
+    std::int64_t due_flush_ms_ = 0; ///< of flush_when_due()
 
     // The terminal.
     bool terminal_ = false;

@@ -137,6 +137,16 @@ void Console::flush()
     forget_old_rows();
 }
 
+void Console::flush_when_due()
+{
+    constexpr std::int64_t interval_ms = 10;
+    const std::int64_t now_ms = platform::tick_ms();
+    if (now_ms < due_flush_ms_)
+        return;
+    due_flush_ms_ = now_ms + interval_ms;
+    flush();
+}
+
 void Console::flush_for_wait()
 {
     if (terminal_)

@@ -1,0 +1,51 @@
+/// The text files that commands write and read: one way to open them, to notice that the disk is
+/// full, and to tell the user.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+#include "frame/console.h"
+
+/// A file being written. Its bytes are buffered; what fails to reach the disk is told by the print
+/// that notices it, at the latest by close().
+class OutputFile
+{
+public:
+    OutputFile() = default;
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// Creates the file, or empties the one of that name. False when that is not possible.
+    [[nodiscard]] bool create(const char* name);
+    [[nodiscard]] bool is_open() const { return file_ != nullptr; }
+
+    /// False when this or an earlier print could not be written.
+    bool print(const char* format, ...) PRINTF_FORMAT(2, 3);
+    bool write(std::string_view bytes);
+
+    /// Hands everything printed so far to the operating system.
+    bool flush();
+    /// The same, at most once a second: for a file that grows while something is measured.
+    bool flush_when_due(std::int64_t now_ms);
+
+    /// False when a print failed or the rest could not be written. The file is closed anyway.
+    [[nodiscard]] bool close();
+
+private:
+    std::FILE* file_ = nullptr;
+    std::int64_t flushed_ms_ = 0;
+};
+
+/// Reads a whole file, whatever its size and contents. False when it cannot be opened or read; a
+/// folder cannot.
+[[nodiscard]] bool read_file(const char* name, std::string& bytes);
+
+// What the user is told; control characters in the name are escaped. Each ends its line.
+void print_open_error(const char* file_name);
+void print_write_error(const char* file_name);
+void print_read_error(const char* file_name);
+void print_close_error(const char* file_name);
