@@ -202,9 +202,12 @@ void run_live_loop(const LiveDisplay& display, LiveFields& fields,
     console.flush();
     LiveLoop loop{display, fields, read, draw};
     const char* failed = loop.run();
-    console.move_to({last_row, 1});
-    console.print("\r\n");
-    scope.end();
+    const bool tidy = failed == nullptr || display.tidy_after_failure;
+    if (tidy) {
+        console.move_to({last_row, 1});
+        console.print("\r\n");
+    }
+    scope.end(tidy);
     if (failed != nullptr)
         report_error(failed);
 }

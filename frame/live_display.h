@@ -126,6 +126,8 @@ struct LiveDisplay {
     bool continuous = false;      ///< until Esc; else one reading
     bool key_first = false;       ///< look at the keyboard before the reading, not after it
     int period_ms = 0;            ///< a reading at these intervals only; 0 = as fast as it goes
+    /// False: a failed reading is reported where the cursor stands, and the cursor stays hidden.
+    bool tidy_after_failure = true;
     /// What another key than Esc does (in upper case). Returns null, or the name of the library
     /// function that failed.
     std::function<const char*(int key)> on_key;
@@ -146,7 +148,14 @@ struct LiveFields {
 class Reading
 {
 public:
-    Reading(const char* failed_function) : failed_(failed_function) {}
+    Reading(const char* failed_function) : failed_(failed_function), is_new_(!failed_function) {}
+    /// Part of the reading has arrived, and counts and is shown before the failure is told.
+    static Reading partly(const char* failed_function)
+    {
+        Reading reading{failed_function};
+        reading.is_new_ = true;
+        return reading;
+    }
     static Reading nothing_new()
     {
         Reading reading{nullptr};
@@ -155,11 +164,11 @@ public:
     }
 
     [[nodiscard]] const char* failed() const { return failed_; }
-    [[nodiscard]] bool is_new() const { return is_new_ && failed_ == nullptr; }
+    [[nodiscard]] bool is_new() const { return is_new_; }
 
 private:
     const char* failed_;
-    bool is_new_ = true;
+    bool is_new_;
 };
 
 /// "<title>, press Esc to quit<end>", or "<title><end>" when there is nothing to quit or the

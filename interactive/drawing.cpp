@@ -3,6 +3,7 @@
 #include "controller/status_words.h"
 #include "frame/bit_fields.h"
 #include "frame/supplies.h"
+#include "modules/state.h"
 
 namespace
 {
@@ -75,17 +76,7 @@ void show_monitoring(const MonitoringPlaces& places, const HeaterMonitoring& val
     show_group(places.group, group);
     if (group.readings == 0)
         return;
-    console.print_at(places.output_voltage, Color::value, "%7.3lfV", values.output_voltage);
-    console.print_at(places.heater_voltage, Color::value, "%7.3lfV", values.heater_voltage);
-    console.print_at(places.current, Color::value, "%7.3lfA", values.current);
-    console.print_at(places.temperature, Color::value, "%+8.2lf" DEGREES_C, values.temperature);
-    console.print_at(places.output_power, Color::value, "%7.2lfW", values.output_power());
-    console.print_at(places.wire_power, Color::value, "%7.2lfW", values.wire_power());
-    console.print_at(places.heater_power, Color::value, "%7.2lfW", values.heater_power());
-    if (const std::optional<double> ohms = values.heater_resistance())
-        console.print_at(places.resistance, Color::value, "%7.3lfOhm", *ohms);
-    else
-        console.print_at(places.resistance, Color::value, "     -    ");
+    places.values.show(values);
 }
 
 // ---- Status words ----
@@ -127,9 +118,10 @@ void show_module_state(Place place, unsigned slot, std::uint16_t state)
 {
     const auto active = [state](int bit) { return active_or_off((state >> bit & 1) != 0); };
     show_word(place, state, 16);
-    show_field("  Device: ", active(15));
-    show_field("  Module: ", active(14));
-    show_field(slot == 0 ? "  Temperature control: " : "  Voltage control: ", active(8));
+    show_field("  Device: ", active(module_state_bit::device_active));
+    show_field("  Module: ", active(module_state_bit::module_active));
+    show_field(slot == 0 ? "  Temperature control: " : "  Voltage control: ",
+               active(module_state_bit::control_active));
 }
 
 /// A field under this screen's own label, its bit and words from the one table.

@@ -119,17 +119,19 @@ void draw_base_housekeeping(bool present, HousekeepingPlaces& places)
 void draw_monitoring(MonitoringPlaces& places)
 {
     constexpr int gap = 1;
+    MonitoringFields& values = places.values;
+    values.own_rows = false; // the counters stand behind them
     go_to_column(first_value_column);
-    places.output_voltage = field("Voltage output:", heater_unit, gap);
-    places.heater_voltage = field("heater:", heater_unit, gap);
-    places.current = field("Current:", heater_unit, gap);
-    places.temperature = field("Heater temperature:", heater_degrees, gap);
-    places.output_power = field("Power output:  ", heater_unit, gap);
+    values.output_voltage = field("Voltage output:", heater_unit, gap);
+    values.heater_voltage = field("heater:", heater_unit, gap);
+    values.current = field("Current:", heater_unit, gap);
+    values.temperature = field("Heater temperature:", heater_degrees, gap);
+    values.output_power = field("Power output:  ", heater_unit, gap);
     console.print("\r\n");
     go_to_column(second_row_column - 2); // the resistance needs the room
-    places.wire_power = field("wires: ", heater_unit, gap);
-    places.heater_power = field("heater: ", heater_unit, gap);
-    places.resistance = place_field("Heater resistance: ");
+    values.wire_power = field("wires: ", heater_unit, gap);
+    values.heater_power = field("heater: ", heater_unit, gap);
+    values.resistance = place_field("Heater resistance: ");
     places.group = draw_group_at(group_column);
 }
 

@@ -5,6 +5,7 @@
 
 #include "frame/console.h"
 #include "interactive/readings.h"
+#include "modules/heat_controller.h"
 
 inline constexpr int screen_columns = 132; ///< needed at least
 inline constexpr int screen_rows = 60;     ///< needed at least
@@ -27,8 +28,7 @@ struct HousekeepingPlaces {
 };
 
 struct MonitoringPlaces {
-    Place output_voltage, heater_voltage, current, temperature;
-    Place output_power, wire_power, heater_power, resistance;
+    MonitoringFields values;
     GroupPlaces group;
 };
 

@@ -7,26 +7,6 @@
 namespace
 {
 
-/// Where a kind of data has its two flags in a data-ready byte; the overflow flag is the next bit.
-namespace ready_bit
-{
-constexpr int controller_housekeeping = 0;
-constexpr int monitoring = 0;
-constexpr int housekeeping = 2;
-constexpr int output_voltage = 4;
-constexpr int output_current = 6;
-} // namespace ready_bit
-
-bool is_ready(std::uint8_t flags, int bit)
-{
-    return (flags >> bit & 1) != 0;
-}
-
-bool has_overflowed(std::uint8_t flags, int bit)
-{
-    return (flags >> (bit + 1) & 1) != 0;
-}
-
 /// Counts an overflow, reads the group if it is ready, and counts the reading if it is valid.
 /// `read` fills `fresh` and returns what failed; `is_valid` looks at it; then it becomes `latest`.
 template <class Values, class Read, class IsValid>

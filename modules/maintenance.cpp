@@ -1,42 +1,14 @@
 #include "modules/maintenance.h"
 
-#include <cstdio>
-
 #include "frame/console.h"
 #include "frame/device_call.h"
 #include "frame/keys.h"
 #include "frame/platform.h"
+#include "modules/addressing.h"
 #include "modules/presence.h"
 
 namespace
 {
-
-/// Runs a command for the base unit.
-void for_base_unit(Routine routine)
-{
-    Given given;
-    given.address = base_unit;
-    routine(given);
-}
-
-/// The walk of a command over all modules: heading, then a line for each slot with a module.
-/// `show` gets the slot's address after the label was chosen and reports itself; when it fails the
-/// walk goes on.
-template <class Show>
-void for_all_slots(const char* heading, Show show)
-{
-    ModulePresence presence;
-    if (!read_valid_presence(presence))
-        return;
-    console.print("%s\r\n", heading);
-    for (const unsigned slot : presence.present_slots())
-        show(slot);
-}
-
-void print_slot(unsigned slot)
-{
-    console.print("  slot #%02u: ", slot);
-}
 
 // ---- Listing ----
 
@@ -173,19 +145,6 @@ void offer_to_save()
 
 // ---- Single modules ----
 
-bool print_rescanned(const char* label, unsigned address)
-{
-    // Made once, unlike the other calls to a module.
-    if (!call(LIB(RescanModule), address))
-        return false;
-    console.print("%s", label);
-    console.print(Color::value, "%2d", static_cast<int>(address));
-    console.print("=");
-    console.print(Color::value, "%02Xh", address);
-    console.print("\r\n");
-    return true;
-}
-
 /// Up to ten tries; false when the last one failed, which has been reported.
 bool purge(unsigned address, bool& purged)
 {
@@ -201,11 +160,6 @@ bool purge(unsigned address, bool& purged)
             platform::sleep_ms(pause_ms);
     }
     return succeeded(failed);
-}
-
-Word emptiness(std::uint8_t empty)
-{
-    return empty != 0 ? Word{"empty", Color::value} : Word{"not empty", Color::not_good};
 }
 
 } // namespace
@@ -260,106 +214,76 @@ void rescan_all_modules(const Given&)
 
 void rescan_module(const Given& given)
 {
-    const std::string name = module_name(given.address);
-    progress("Rescanning address pins of %s:\r\n", name.c_str());
-    if (given.address != all_modules) {
-        (void)print_rescanned(("Rescanned address pins of " + name + ": ").c_str(), given.address);
-        return;
-    }
-    ModulePresence presence;
-    if (!read_valid_presence(presence))
-        return;
-    console.print("Rescanned address pins:\r\n");
-    for (const unsigned slot : presence.present_slots()) {
-        char label[32];
-        std::snprintf(label, sizeof label, "  slot #%02u:  ", slot);
-        if (!print_rescanned(label, slot))
-            return;
-    }
-    if (presence.has_base_unit())
-        (void)print_rescanned("  base unit: ", base_unit);
+    for_one_or_all({.progress = "Rescanning address pins of ",
+                    .label = "Rescanned address pins of ",
+                    .heading = "Rescanned address pins:",
+                    .failure_ends_all = true},
+                   given.address, [](const Module& module) {
+                       // Made once, unlike the other calls to a module.
+                       if (!call(LIB(RescanModule), module.address))
+                           return false;
+                       module.print_label();
+                       console.print(Color::value, "%2d", static_cast<int>(module.address));
+                       console.print("=");
+                       console.print(Color::value, "%02Xh", module.address);
+                       return true;
+                   });
 }
 
 void restart_module(const Given& given)
 {
-    const std::string name = module_name(given.address);
-    progress("Restarting %s:\r\n", name.c_str());
-    if (given.address != all_modules) {
-        if (call_twice(LIB(RestartModule), given.address))
-            console.print("%s restarted\r\n", name.c_str());
-        return;
-    }
-    for_all_slots("Restarting:", [](unsigned slot) {
-        if (!call_twice(LIB(RestartModule), slot))
-            return;
-        print_slot(slot);
-        console.print(Color::value, "restarted");
-        console.print("\r\n");
-    });
+    for_one_or_all({.progress = "Restarting ",
+                    .label = "",
+                    .label_end = " ",
+                    .heading = "Restarting:",
+                    .slot_end = ": ",
+                    .all_has_base_unit = false},
+                   given.address, [](const Module& module) {
+                       if (!call_twice(LIB(RestartModule), module.address))
+                           return false;
+                       module.print_label();
+                       console.print(module.in_list ? Color::value : Color::label, "restarted");
+                       return true;
+                   });
 }
 
 void show_module_buffer_state(const Given& given)
 {
-    const std::string name = module_name(given.address);
-    progress("Getting Buffer state of %s:\r\n", name.c_str());
-    if (given.address != all_modules) {
-        std::uint8_t empty = 0;
-        if (!call_twice(LIB(GetModuleBufferState), given.address, &empty))
-            return;
-        console.print("Buffer of %s is ", name.c_str());
-        console.print(emptiness(empty));
-        console.print("\r\n");
-        return;
-    }
-    for_all_slots("Buffer state:", [](unsigned slot) {
-        std::uint8_t empty = 0;
-        if (!call_twice(LIB(GetModuleBufferState), slot, &empty))
-            return;
-        print_slot(slot);
-        console.print(emptiness(empty));
-        console.print("\r\n");
-    });
+    for_one_or_all({.progress = "Getting Buffer state of ",
+                    .label = "Buffer of ",
+                    .label_end = " is ",
+                    .heading = "Buffer state:",
+                    .slot_end = ": ",
+                    .all_has_base_unit = false},
+                   given.address, [](const Module& module) {
+                       std::uint8_t empty = 0;
+                       if (!call_twice(LIB(GetModuleBufferState), module.address, &empty))
+                           return false;
+                       module.print_label();
+                       console.print(empty != 0 ? Word{"empty", Color::value}
+                                                : Word{"not empty", Color::not_good});
+                       return true;
+                   });
 }
 
 void purge_module(const Given& given)
 {
-    const std::string name = module_name(given.address);
-    progress("Purging %s:\r\n", name.c_str());
-    bool purged = false;
-    if (given.address != all_modules) {
-        if (!purge(given.address, purged))
-            return;
-        console.print("Buffers of %s ", name.c_str());
-        console.print(purged ? Word{"were purged", Color::value}
-                             : Word{"could not be purged", Color::not_good});
-        console.print("\r\n");
-        return;
-    }
-    for_all_slots("Buffer state:", [&purged](unsigned slot) {
-        if (!purge(slot, purged))
-            return;
-        print_slot(slot);
-        console.print(purged ? Word{"purged", Color::value} : Word{"not purged", Color::not_good});
-        console.print("\r\n");
-    });
-}
-
-void rescan_base_unit(const Given&)
-{
-    for_base_unit(rescan_module);
-}
-
-void restart_base_unit(const Given&)
-{
-    for_base_unit(restart_module);
-}
-
-void show_base_unit_buffer_state(const Given&)
-{
-    for_base_unit(show_module_buffer_state);
-}
-
-void purge_base_unit(const Given&)
-{
-    for_base_unit(purge_module);
+    for_one_or_all({.progress = "Purging ",
+                    .label = "Buffers of ",
+                    .label_end = " ",
+                    .heading = "Buffer state:",
+                    .slot_end = ": ",
+                    .all_has_base_unit = false},
+                   given.address, [](const Module& module) {
+                       bool purged = false;
+                       if (!purge(module.address, purged))
+                           return false;
+                       module.print_label();
+                       if (purged)
+                           console.print(Color::value, module.in_list ? "purged" : "were purged");
+                       else
+                           console.print(Color::not_good,
+                                         module.in_list ? "not purged" : "could not be purged");
+                       return true;
+                   });
 }

@@ -18,9 +18,3 @@ void rescan_module(const Given&);
 void restart_module(const Given&);
 void show_module_buffer_state(const Given&);
 void purge_module(const Given&);
-
-// The same for the base unit.
-void rescan_base_unit(const Given&);
-void restart_base_unit(const Given&);
-void show_base_unit_buffer_state(const Given&);
-void purge_base_unit(const Given&);

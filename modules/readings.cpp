@@ -12,10 +12,15 @@ const char* attempt_housekeeping(unsigned address, ModuleHousekeeping& record)
         return attempt(LIB(GetHeatCtrlHousekeeping), &record.valid, &record.plus_3_3, &record.cpu,
                        &record.plus_5, &record.plus_24, &record.psu);
     default:
-        return attempt(LIB(GetHVsupplyHousekeeping), address, &record.valid, &record.plus_3_3,
-                       &record.cpu, &record.plus_5, &record.plus_24, &record.minus_22,
-                       &record.plus_18, &record.minus_18, &record.vc, &record.analog_ground);
+        return attempt_hv_supply_housekeeping(address, record);
     }
+}
+
+const char* attempt_hv_supply_housekeeping(unsigned address, ModuleHousekeeping& record)
+{
+    return attempt(LIB(GetHVsupplyHousekeeping), address, &record.valid, &record.plus_3_3,
+                   &record.cpu, &record.plus_5, &record.plus_24, &record.minus_22, &record.plus_18,
+                   &record.minus_18, &record.vc, &record.analog_ground);
 }
 
 std::optional<double> HeaterMonitoring::heater_resistance() const

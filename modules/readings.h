@@ -4,6 +4,27 @@
 #include <cstdint>
 #include <optional>
 
+/// Bits of a data-ready byte: there is a new value. The next bit says that one was lost before it
+/// was fetched.
+namespace ready_bit
+{
+inline constexpr int controller_housekeeping = 0; ///< of the controller's own byte
+inline constexpr int monitoring = 0;              ///< of a module's byte, as all that follow
+inline constexpr int housekeeping = 2;
+inline constexpr int output_voltage = 4;
+inline constexpr int output_current = 6;
+} // namespace ready_bit
+
+[[nodiscard]] constexpr bool is_ready(std::uint8_t flags, int bit)
+{
+    return (flags >> bit & 1) != 0;
+}
+
+[[nodiscard]] constexpr bool has_overflowed(std::uint8_t flags, int bit)
+{
+    return (flags >> (bit + 1) & 1) != 0;
+}
+
 /// Supply voltages in V and temperatures in degrees Celsius. A module fills what it has: the base
 /// unit 3.3 V and CPU, the heat-controller 5 V, 24 V and PSU as well, an HV-supply all but the PSU.
 struct ModuleHousekeeping {
@@ -16,6 +37,10 @@ struct ModuleHousekeeping {
 /// Reads the housekeeping record of the module at an address (0..3, base_unit) once. Null, or the
 /// name of what failed.
 [[nodiscard]] const char* attempt_housekeeping(unsigned address, ModuleHousekeeping& record);
+
+/// The same by the HV-supplies' function, whatever the address.
+[[nodiscard]] const char* attempt_hv_supply_housekeeping(unsigned address,
+                                                         ModuleHousekeeping& record);
 
 /// One measurement of the heat-controller.
 struct HeaterMonitoring {

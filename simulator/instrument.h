@@ -167,7 +167,7 @@ struct Heater {
     double demand = -1; ///< W that the controller asks for; negative = off
     double heater_voltage = 0;
     double current = 0;
-    Monitoring sample; ///< the last measurement
+    Monitoring sample = {.temperature = temperature}; ///< the last measurement
 };
 
 struct Supply {

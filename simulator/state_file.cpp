@@ -139,6 +139,7 @@ bool read_parts(Reader& reader, Instrument& instrument)
             return false;
     if (!reader.line("heater", instrument.heater.temperature))
         return false;
+    instrument.heater.sample.temperature = instrument.heater.temperature;
     for (Supply& supply : instrument.supplies)
         if (!reader.line("supply", supply.set, supply.output))
             return false;

@@ -141,7 +141,7 @@ TEST(CommandLine, GoodOnesInEveryNotation)
                                   "3 -MA* Y -T",
                                   "3 -bz -BZ -bZ -T",
                                   "3 -HT35abc -T",
-                                  "3 -HT-1 -ht -HK -hm -HS f -hs f -T",
+                                  "3 -HT-1 -ht -hk -hm -HS f -hs f -T",
                                   "3 -VG1Yn -Vg1 -vg_ -VV* -5.5 -T",
                                   "3 -XS -T -xs -T -XL3 f -XC1023 -XN3ffh -n -xN1 -xi -T"}) {
         SCOPED_TRACE(arguments);

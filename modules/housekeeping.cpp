@@ -1,0 +1,211 @@
+#include "modules/housekeeping.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "frame/console.h"
+#include "frame/device_call.h"
+#include "frame/format.h"
+#include "frame/live_display.h"
+#include "frame/supplies.h"
+#include "modules/addressing.h"
+#include "modules/presence.h"
+#include "modules/readings.h"
+
+namespace
+{
+
+using Record = ModuleHousekeeping;
+
+/// A value of the record and how it is shown.
+struct Quantity {
+    double Record::*value;
+    const Supply* supply; ///< null = a temperature
+    int width = 0;        ///< of a voltage, with its "V" one more
+    bool with_sign = true;
+
+    void print(const Record& record) const
+    {
+        const double number = record.*value;
+        if (supply == nullptr)
+            console.print(temperature_color(number), "%+6.1lf" DEGREES_C, number);
+        else if (with_sign)
+            console.print(supply->color(number), "%+*.3lfV", width, number);
+        else
+            console.print(supply->color(number), "%*.3lfV", width, number);
+    }
+};
+
+constexpr Quantity plus_3_3 = {&Record::plus_3_3, &supply::plus_3_3, 6, false};
+constexpr Quantity plus_5 = {&Record::plus_5, &supply::plus_5, 6, false};
+constexpr Quantity plus_24 = {&Record::plus_24, &supply::plus_24, 7, false};
+constexpr Quantity signed_3_3 = {&Record::plus_3_3, &supply::plus_3_3, 7};
+constexpr Quantity signed_5 = {&Record::plus_5, &supply::plus_5, 7};
+constexpr Quantity signed_24 = {&Record::plus_24, &supply::plus_24, 8};
+constexpr Quantity minus_22 = {&Record::minus_22, &supply::minus_22, 8};
+constexpr Quantity plus_18 = {&Record::plus_18, &supply::plus_18, 8};
+constexpr Quantity minus_18 = {&Record::minus_18, &supply::minus_18, 8};
+constexpr Quantity vc = {&Record::vc, &supply::vc, 7};
+constexpr Quantity analog_ground = {&Record::analog_ground, &supply::analog_ground, 7};
+constexpr Quantity cpu = {&Record::cpu, nullptr};
+constexpr Quantity psu = {&Record::psu, nullptr};
+
+struct LabelledQuantity {
+    const char* label;
+    Quantity quantity;
+};
+using Row = std::span<const LabelledQuantity>;
+
+// ---- One line a module ----
+
+constexpr LabelledQuantity base_unit_line[] = {{"+3V3:", plus_3_3}, {", CPU:", cpu}};
+constexpr LabelledQuantity heat_controller_line[] = {{"+3V3:", plus_3_3},
+                                                     {", +5V0:", plus_5},
+                                                     {", +24V:", plus_24},
+                                                     {", CPU:", cpu},
+                                                     {", PSU:", psu}};
+// The labels are known as they are: no sign at 5V0, nothing between -22V and +18V.
+constexpr LabelledQuantity hv_supply_line[] = {
+    {"+3V3:", plus_3_3},   {", 5V0:", plus_5},         {", +24V:", plus_24},
+    {", -22V:", minus_22}, {"+18V:", plus_18},         {", -18V:", minus_18},
+    {", +Vc:", vc},        {", AGnd:", analog_ground}, {", CPU:", cpu}};
+
+Row line_of(unsigned address)
+{
+    if (address == base_unit)
+        return base_unit_line;
+    return address == 0 ? Row{heat_controller_line} : Row{hv_supply_line};
+}
+
+// ---- Live displays ----
+
+constexpr LabelledQuantity heat_controller_row[] = {{"Voltages: +3V3:", plus_3_3},
+                                                    {"+5V0:", plus_5},
+                                                    {"+24V:", plus_24},
+                                                    {"Temperatures: CPU:", cpu},
+                                                    {"PSU:", psu}};
+constexpr LabelledQuantity hv_supply_row_1[] = {{"Voltages: +3V3:", signed_3_3},
+                                                {"+5V0:", signed_5},
+                                                {"+24V:", signed_24},
+                                                {"-22V:", minus_22},
+                                                {"+Vc:", vc}};
+constexpr LabelledQuantity hv_supply_row_2[] = {{"          AGnd:", analog_ground},
+                                                {"+18V:", plus_18},
+                                                {"-18V:", minus_18},
+                                                {"Temperatures: CPU:", cpu}};
+constexpr Row heat_controller_rows[] = {heat_controller_row};
+constexpr Row hv_supply_rows[] = {hv_supply_row_1, hv_supply_row_2};
+
+using RecordReader = const char* (*)(unsigned address, Record& record);
+
+void show_live(const Given& given, std::span<const Row> rows, RecordReader attempt_record)
+{
+    constexpr int columns_to_next_label = 12;
+    const std::string name = module_name(given.address);
+    std::vector<Place> places;
+    progress("Getting housekeeping data of %s:\r\n", name.c_str());
+    run_live_display<Record>(
+        {.title = "Housekeeping of " + name, .continuous = given.capital, .key_first = true},
+        [&](LiveFields& fields) {
+            fields.place_rates(data_rates_in_header);
+            for (const Row row : rows) {
+                console.print("\r\n");
+                console.skip(2);
+                for (const LabelledQuantity& shown : row)
+                    places.push_back(place_field(shown.label, columns_to_next_label));
+            }
+        },
+        [&](Record& record) {
+            const char* failed = attempt_record(given.address, record);
+            return failed == nullptr && record.valid == 0 ? Reading::nothing_new()
+                                                          : Reading{failed};
+        },
+        [&](const Record& record) {
+            auto place = places.begin();
+            for (const Row row : rows) {
+                for (const LabelledQuantity& shown : row) {
+                    console.move_to(*place++);
+                    shown.quantity.print(record);
+                }
+            }
+        });
+}
+
+} // namespace
+
+void show_module_housekeeping(const Given& given)
+{
+    for_one_or_all({.progress = "Getting housekeeping data of ",
+                    .label = "Housekeeping data of ",
+                    .label_end = ":  ",
+                    .heading = "Housekeeping data:"},
+                   given.address, [](const Module& module) {
+                       Record record;
+                       const char* failed = attempt_housekeeping(module.address, record);
+                       if (failed != nullptr)
+                           failed = attempt_housekeeping(module.address, record);
+                       // In the list an HV-supply is reported under the modules' common name.
+                       const bool is_hv_supply =
+                           module.address >= 1 && module.address <= highest_slot;
+                       if (failed != nullptr && module.in_list && is_hv_supply)
+                           failed = "COM_KOV_CTRL_GetModuleHousekeeping";
+                       if (!succeeded(failed))
+                           return false;
+                       module.print_label();
+                       for (const LabelledQuantity& shown : line_of(module.address)) {
+                           console.print("%s", shown.label);
+                           shown.quantity.print(record);
+                       }
+                       return true;
+                   });
+}
+
+void show_heat_controller_housekeeping(const Given& given)
+{
+    show_live(given, heat_controller_rows, attempt_housekeeping);
+}
+
+void show_hv_supply_housekeeping(const Given& given)
+{
+    show_live(given, hv_supply_rows, attempt_hv_supply_housekeeping);
+}
+
+void show_module_cpu_data(const Given& given)
+{
+    for_one_or_all(
+        {.progress = "Getting CPU data of ", .label = "CPU data of ", .heading = "CPU data:"},
+        given.address, [](const Module& module) {
+            double load = 0.0;
+            if (!call_twice(LIB(GetModuleCPUdata), module.address, &load))
+                return false;
+            module.print_label();
+            console.print(Color::value, "%4.1lf%%", load);
+            return true;
+        });
+}
+
+void show_module_led_data(const Given& given)
+{
+    for_one_or_all(
+        {.progress = "Getting LED data of ", .label = "LED data of ", .heading = "LED data:"},
+        given.address, [](const Module& module) {
+            std::uint8_t red = 0;
+            std::uint8_t green = 0;
+            std::uint8_t blue = 0;
+            if (!call_twice(LIB(GetModuleLEDData), module.address, &red, &green, &blue))
+                return false;
+            module.print_label();
+            console.print("Red: ");
+            console.print(on_off(red != 0));
+            console.print(", Green: ");
+            console.print(on_off(green != 0));
+            console.print(", Blue: ");
+            console.print(on_off(blue != 0));
+            console.print(", Color: ");
+            console.print(led_color(red != 0, green != 0, blue != 0), "LED");
+            return true;
+        });
+}

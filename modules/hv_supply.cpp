@@ -1,0 +1,207 @@
+#include "modules/hv_supply.h"
+
+#include <string>
+
+#include "frame/console.h"
+#include "frame/device_call.h"
+#include "frame/format.h"
+#include "frame/live_display.h"
+#include "frame/program.h"
+#include "modules/output.h"
+#include "modules/presence.h"
+
+namespace
+{
+
+void print_ranges(const std::string& name, const char* between, MeasurementRanges ranges)
+{
+    console.print("Measurement channels of %s%s Voltage: ", name.c_str(), between);
+    console.print(Color::value, "%s", ranges.polarity());
+    console.print(", Current: ");
+    console.print(Color::value, "%s", ranges.high != 0 ? "high" : "low");
+    console.print("\r\n");
+}
+
+void print_target(const std::string& name, const char* between, double volts)
+{
+    console.print("Target output voltage of %s%s", name.c_str(), between);
+    if (volts < 0.0)
+        console.print(off_word);
+    else
+        console.print(Color::value, "%.1lfV", volts);
+    console.print("\r\n");
+}
+
+} // namespace
+
+void show_measurement_ranges(const Given& given)
+{
+    const std::string name = module_name(given.address);
+    progress("Getting measurement channels of %s:\r\n", name.c_str());
+    MeasurementRanges ranges;
+    if (succeeded(attempt_ranges(given.address, ranges)))
+        print_ranges(name, ":", ranges);
+}
+
+void set_measurement_ranges(const Given& given)
+{
+    const std::string name = module_name(given.address);
+    progress("Setting measurement channels of %s:\r\n", name.c_str());
+    const MeasurementRanges ranges = {.negative = given.negative_voltage,
+                                      .high = given.high_current};
+    if (succeeded(attempt_to_set_ranges(given.address, ranges)))
+        print_ranges(name, " were set:", ranges);
+}
+
+void show_or_set_measurement_ranges(const Given& given)
+{
+    if (given.has_ranges)
+        set_measurement_ranges(given);
+    else
+        show_measurement_ranges(given);
+}
+
+void show_target_voltage(const Given& given)
+{
+    const std::string name = module_name(given.address);
+    progress("Getting target output voltage of %s:\r\n", name.c_str());
+    double volts = 0.0;
+    if (call_twice(LIB(GetHVsupplyTargetOutputVoltage), given.address, &volts))
+        print_target(name, ": ", volts);
+}
+
+void set_target_voltage(const Given& given)
+{
+    const std::string name = module_name(given.address);
+    progress("Setting target output voltage of %s:\r\n", name.c_str());
+    if (call_twice(LIB(SetHVsupplyTargetOutputVoltage), given.address, given.real))
+        print_target(name, " set to ", given.real);
+}
+
+void show_output(const Given& given)
+{
+    const unsigned address = given.address;
+    const std::string name = module_name(address);
+    progress("Getting output voltage & current of %s:\r\n", name.c_str());
+    MeasurementRanges ranges;
+    if (!succeeded(attempt_ranges(address, ranges)))
+        return;
+    OutputValues output;
+    Place voltage, current;
+    run_live_display<OutputValues>(
+        {.continuous = given.capital,
+         .on_key = [&](int key) -> const char* {
+             return change_ranges(key, ranges) ? attempt_to_set_ranges(address, ranges) : nullptr;
+         }},
+        [&](LiveFields& fields) {
+            constexpr int columns_to_current = 26;
+            const std::string title = "Output voltage & current of " + name;
+            if (given.capital && !program.quiet) {
+                print_live_title(title, ", ", true);
+                print_range_keys();
+                console.print("\r\n    ");
+            } else {
+                print_live_title(title, ": ", false);
+            }
+            fields.place_rates(fine_rates_in_header);
+            console.print("\r\n");
+            console.skip(2);
+            voltage = place_field("Voltage: ", columns_to_current);
+            current = place_field("Current: ");
+        },
+        [&](OutputValues& shown) {
+            std::uint8_t data_ready = 0;
+            if (const char* failed = attempt(LIB(GetModuleDataReadyFlags), address, &data_ready))
+                return Reading{failed};
+            NewOutput news;
+            const char* failed = attempt_output(address, data_ready, ranges, output, news);
+            shown = output;
+            return Reading::partly(failed);
+        },
+        [&](const OutputValues& shown) {
+            show_measured_voltage(voltage, shown);
+            show_measured_current(current, shown, 3);
+        });
+}
+
+void show_output_data(const Given& given)
+{
+    struct Values {
+        PwmParameters pwm;
+        OutputValues output;
+    };
+    const unsigned address = given.address;
+    const std::string name = module_name(address);
+    progress("Getting output data of %s:\r\n", name.c_str());
+    MeasurementRanges ranges;
+    if (!succeeded(attempt_ranges(address, ranges)))
+        return;
+    OutputValues output;
+    const char* target_failed = nullptr;
+    Place period, width, phase_measured, phase_set;
+    Place voltage, current, measured, set, active;
+    run_live_display<Values>(
+        {.continuous = given.capital},
+        [&](LiveFields& fields) {
+            constexpr int columns_to_second = 25;
+            constexpr int columns_to_third = 19;
+            constexpr int columns_to_fourth = 14;
+            console.print("Output data of %s", name.c_str());
+            if (given.capital) { // in quiet mode, too
+                console.print(", press ");
+                console.print(Color::value, "Esc");
+                console.print(" to quit: ");
+            }
+            console.skip(4);
+            fields.place_rates(fine_rates_in_header);
+            const auto begin_row = [] {
+                console.print("\r\n");
+                console.skip(3);
+            };
+            // The columns of the first row are those of the rows below.
+            const auto place_at = [](Place above, int columns, const char* label) {
+                console.move_to_column(above.column + columns);
+                return place_field(label);
+            };
+            begin_row();
+            period = place_field("PWM Period: ");
+            width = place_at(period, columns_to_second, "Width: ");
+            phase_measured = place_at(width, columns_to_third, "Phase measured: ");
+            phase_set = place_at(phase_measured, columns_to_fourth, "Phase set: ");
+            begin_row();
+            voltage = place_field("Voltage: ");
+            current = place_at(period, columns_to_second, "Current: ");
+            begin_row();
+            measured = place_field("Measured: ");
+            set = place_at(period, columns_to_second, "Set: ");
+            const Place target = place_at(width, columns_to_third, "Target: ");
+            active = place_at(phase_measured, columns_to_fourth, "Active: ");
+            double volts = 0.0;
+            target_failed = attempt_target_voltage(address, volts);
+            if (target_failed == nullptr)
+                show_target(target, volts);
+        },
+        [&](Values& values) {
+            if (target_failed != nullptr)
+                return Reading{target_failed};
+            if (const char* failed = attempt_pwm_parameters(address, values.pwm))
+                return Reading{failed};
+            NewOutput news;
+            const char* failed =
+                attempt_output(address, values.pwm.data_ready, ranges, output, news);
+            values.output = output;
+            return Reading::partly(failed);
+        },
+        [&](const Values& values) {
+            const PwmParameters& pwm = values.pwm;
+            console.print_at(active, yes_no(pwm.active != 0));
+            show_voltage(set, pwm.voltage_set);
+            show_voltage(measured, pwm.voltage_measured);
+            show_microseconds(period, pwm.period);
+            show_microseconds(width, pwm.width);
+            show_microseconds(phase_measured, pwm.phase_measured);
+            show_microseconds(phase_set, pwm.phase_set);
+            show_measured_voltage_or_overflow(voltage, values.output);
+            show_measured_current(current, values.output, 5);
+        });
+}

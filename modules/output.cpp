@@ -1,0 +1,139 @@
+#include "modules/output.h"
+
+#include <cmath>
+
+#include "frame/device_call.h"
+#include "modules/readings.h"
+
+namespace
+{
+
+void print_key_pair(const char* first, const char* second, const char* meaning)
+{
+    console.print(Color::value, "%s", first);
+    console.print("/");
+    console.print(Color::value, "%s", second);
+    console.print("%s", meaning);
+}
+
+} // namespace
+
+const char* attempt_ranges(unsigned address, MeasurementRanges& ranges)
+{
+    return attempt(LIB(GetHVsupplyMeasRanges), address, &ranges.negative, &ranges.high);
+}
+
+const char* attempt_to_set_ranges(unsigned address, MeasurementRanges ranges)
+{
+    return attempt(LIB(SetHVsupplyMeasRanges), address, ranges.negative, ranges.high);
+}
+
+const char* attempt_target_voltage(unsigned address, double& volts)
+{
+    return attempt(LIB(GetHVsupplyTargetOutputVoltage), address, &volts);
+}
+
+const char* attempt_pwm_parameters(unsigned address, PwmParameters& parameters)
+{
+    PwmParameters& p = parameters;
+    return attempt(LIB(GetHVsupplyParamsPWM), address, &p.period, &p.width, &p.phase_measured,
+                   &p.phase_set, &p.voltage_set, &p.voltage_measured, &p.active, &p.data_ready);
+}
+
+const char* attempt_output(unsigned address, std::uint8_t data_ready, MeasurementRanges ranges,
+                           OutputValues& output, NewOutput& news)
+{
+    news = {};
+    std::uint8_t valid = 0;
+    double value = 0.0;
+    if (is_ready(data_ready, ready_bit::output_voltage)) {
+        if (const char* failed = attempt(LIB(GetHVsupplyOutputVoltage), address, &valid, &value))
+            return failed;
+        if (valid != 0) {
+            output.voltage = value;
+            output.voltage_ranges = ranges;
+            output.has_voltage = news.voltage = true;
+        }
+    }
+    if (is_ready(data_ready, ready_bit::output_current)) {
+        if (const char* failed = attempt(LIB(GetHVsupplyOutputCurrent), address, &valid, &value))
+            return failed;
+        if (valid != 0) {
+            output.current = value;
+            output.current_ranges = ranges;
+            output.has_current = news.current = true;
+        }
+    }
+    return nullptr;
+}
+
+bool change_ranges(int key, MeasurementRanges& ranges)
+{
+    switch (key) {
+    case 'P':
+        ranges.negative = 0;
+        return true;
+    case 'N':
+        ranges.negative = 1;
+        return true;
+    case 'H':
+        ranges.high = 1;
+        return true;
+    case 'L':
+        ranges.high = 0;
+        return true;
+    default:
+        return false;
+    }
+}
+
+void print_range_keys()
+{
+    print_key_pair("P", "N", " for positive/negative voltage, ");
+    print_key_pair("H", "L", " for high/low current range:");
+}
+
+void show_voltage(Place place, double volts)
+{
+    console.print_at(place, Color::value, "%+9.3lfV", volts);
+}
+
+void show_measured_voltage(Place place, const OutputValues& output)
+{
+    if (output.has_voltage)
+        console.print_at(place, Color::value, "%+9.3lfV (%s)", output.voltage,
+                         output.voltage_ranges.polarity());
+}
+
+void show_measured_voltage_or_overflow(Place place, const OutputValues& output)
+{
+    constexpr double overflow_volts = 10000.0;
+    if (output.has_voltage && std::fabs(output.voltage) >= overflow_volts)
+        console.print_at(place, Color::bad, "* * * Overflow * * * ");
+    else
+        show_measured_voltage(place, output);
+}
+
+void show_measured_current(Place place, const OutputValues& output, int decimals)
+{
+    // Both words with what stands behind them are equally long: one overwrites the other.
+    constexpr int width_without_decimals = 7;
+    const char* range = output.current_ranges.high != 0 ? "high)" : "low) ";
+    if (output.has_current)
+        console.print_at(place, Color::value, "%+*.*leA (%s", width_without_decimals + decimals,
+                         decimals, output.current, range);
+}
+
+void show_target(Place place, double volts)
+{
+    if (volts < 0.0)
+        console.print_at(place, Color::bad, "** off ** ");
+    else
+        show_voltage(place, volts);
+}
+
+void show_microseconds(Place place, double seconds)
+{
+    constexpr double microseconds = 1e6;
+    console.print_at(place, Color::value, "%8.5lfus", seconds * microseconds);
+}

@@ -1,0 +1,31 @@
+/// The state words of the modules and of the base unit, and activation.
+#pragma once
+
+#include <array>
+
+#include "frame/bit_fields.h"
+#include "frame/format.h"
+#include "frame/switches.h"
+
+/// Bits of a state word.
+namespace module_state_bit
+{
+inline constexpr int device_active = 15;
+inline constexpr int module_active = 14; ///< not of the base unit
+inline constexpr int control_active = 8; ///< not of the base unit
+} // namespace module_state_bit
+
+/// State word of a module, 16 bits, set = active. Of the base unit's only the first field counts.
+inline constexpr std::array module_state_fields = {
+    BitField{" Device active: ", module_state_bit::device_active, yes_word, no_word},
+    BitField{", Module active: ", module_state_bit::module_active, yes_word, no_word},
+    BitField{", Control active: ", module_state_bit::control_active, yes_word, no_word},
+};
+static_assert(well_formed(module_state_fields, 16));
+
+/// The state of the module at an address; of the base unit as show_base_unit_state() does it.
+void show_module_state(const Given&);
+void show_base_unit_state(const Given&);
+
+void set_module_activation(const Given&);
+void show_module_activation(const Given&);
