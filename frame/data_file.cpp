@@ -1,9 +1,10 @@
 #include "frame/data_file.h"
 
-#include <array>
+#include <algorithm>
 #include <utility>
 
 #include "frame/format.h"
+#include "frame/platform.h"
 
 OutputFile::~OutputFile()
 {
@@ -14,7 +15,7 @@ OutputFile::~OutputFile()
 bool OutputFile::create(const char* name)
 {
     file_ = std::fopen(name, "wb");
-    flushed_ms_ = 0;
+    stored_ms_ = 0;
     return is_open();
 }
 
@@ -22,8 +23,14 @@ bool OutputFile::print(const char* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    (void)std::vfprintf(file_, format, arguments);
+    const bool printed = print_list(format, arguments);
     va_end(arguments);
+    return printed;
+}
+
+bool OutputFile::print_list(const char* format, va_list arguments)
+{
+    (void)std::vfprintf(file_, format, arguments);
     return std::ferror(file_) == 0;
 }
 
@@ -38,19 +45,52 @@ bool OutputFile::flush()
     return std::fflush(file_) == 0 && std::ferror(file_) == 0;
 }
 
-bool OutputFile::flush_when_due(std::int64_t now_ms)
+bool OutputFile::store()
+{
+    return flush() && platform::store_file(file_);
+}
+
+bool OutputFile::store_when_due(std::int64_t now_ms)
 {
     constexpr std::int64_t interval_ms = 1000;
-    if (flushed_ms_ != 0 && now_ms - flushed_ms_ < interval_ms)
+    if (stored_ms_ != 0 && now_ms - stored_ms_ < interval_ms)
         return std::ferror(file_) == 0;
-    flushed_ms_ = now_ms;
-    return flush();
+    stored_ms_ = now_ms;
+    return store();
 }
 
 bool OutputFile::close()
 {
     const bool flushed = flush();
     return std::fclose(std::exchange(file_, nullptr)) == 0 && flushed;
+}
+
+InputFile::~InputFile()
+{
+    if (file_ != nullptr)
+        (void)close();
+}
+
+bool InputFile::open(const char* name)
+{
+    file_ = std::fopen(name, "rb");
+    at_ = end_ = 0;
+    return file_ != nullptr;
+}
+
+void InputFile::fill()
+{
+    std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(at_),
+              buffer_.begin() + static_cast<std::ptrdiff_t>(end_), buffer_.begin());
+    end_ -= at_;
+    at_ = 0;
+    end_ += std::fread(buffer_.data() + end_, 1, buffer_.size() - end_, file_);
+}
+
+bool InputFile::close()
+{
+    const bool read = std::ferror(file_) == 0;
+    return std::fclose(std::exchange(file_, nullptr)) == 0 && read;
 }
 
 bool read_file(const char* name, std::string& bytes)

@@ -2,6 +2,9 @@
 /// full, and to tell the user.
 #pragma once
 
+#include <array>
+#include <cstdarg>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -25,19 +28,58 @@ public:
 
     /// False when this or an earlier print could not be written.
     bool print(const char* format, ...) PRINTF_FORMAT(2, 3);
+    bool print_list(const char* format, va_list arguments) PRINTF_FORMAT(2, 0);
     bool write(std::string_view bytes);
 
     /// Hands everything printed so far to the operating system.
     bool flush();
+    /// The same, and waits until it is on the disk: neither a crash nor a power loss costs it.
+    bool store();
     /// The same, at most once a second: for a file that grows while something is measured.
-    bool flush_when_due(std::int64_t now_ms);
+    bool store_when_due(std::int64_t now_ms);
 
     /// False when a print failed or the rest could not be written. The file is closed anyway.
     [[nodiscard]] bool close();
 
 private:
     std::FILE* file_ = nullptr;
-    std::int64_t flushed_ms_ = 0;
+    std::int64_t stored_ms_ = 0;
+};
+
+/// A file being read piece by piece, however long it is.
+class InputFile
+{
+public:
+    InputFile() = default;
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    /// False when the file cannot be opened. A folder can, but not be read.
+    [[nodiscard]] bool open(const char* name);
+
+    /// The next bytes, which stay: at least `count` of them (no more than longest_look), unless the
+    /// file ends before or cannot be read any further. Valid until the next call.
+    [[nodiscard]] std::string_view ahead(std::size_t count)
+    {
+        if (end_ - at_ < count)
+            fill();
+        return {buffer_.data() + at_, end_ - at_};
+    }
+    static constexpr std::size_t longest_look = 64;
+
+    /// Takes bytes that were seen ahead.
+    void skip(std::size_t count) { at_ += count; }
+
+    /// False when something could not be read. The file is closed anyway.
+    [[nodiscard]] bool close();
+
+private:
+    void fill();
+
+    std::FILE* file_ = nullptr;
+    std::size_t at_ = 0, end_ = 0; ///< the part of the buffer that is still to be taken
+    std::array<char, 16384> buffer_;
 };
 
 /// Reads a whole file, whatever its size and contents. False when it cannot be opened or read; a

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <string_view>
 
 namespace platform
@@ -86,6 +87,10 @@ InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& cou
 void drop_input();
 
 // ---- The outside ----
+
+/// Waits until what the operating system holds of a file is on the disk. True, too, for what is no
+/// file on a disk.
+bool store_file(std::FILE* file);
 
 /// The number of the signal that asks the program to end, 0 while there is none.
 int stop_signal();

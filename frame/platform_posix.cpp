@@ -352,6 +352,12 @@ void drop_input()
         tcflush(STDIN_FILENO, TCIFLUSH);
 }
 
+bool store_file(std::FILE* file)
+{
+    // Pipes and devices refuse: they have nothing to wait for.
+    return fdatasync(fileno(file)) == 0 || errno == EINVAL || errno == ENOTSUP;
+}
+
 int stop_signal()
 {
     return requested_stop;

@@ -215,6 +215,12 @@ void drop_input()
     }
 }
 
+bool store_file(std::FILE*)
+{
+    ++virtual_platform.stores;
+    return true;
+}
+
 int stop_signal()
 {
     raise_due_signals();

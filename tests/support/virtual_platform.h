@@ -43,6 +43,7 @@ struct VirtualPlatform {
     int raw_input_starts = 0;
     int restores = 0;
     int dropped_bytes = 0; ///< typed ahead and flushed away
+    int stores = 0;        ///< times that a file had to reach the disk
 };
 
 extern VirtualPlatform virtual_platform;

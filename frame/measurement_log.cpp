@@ -1,0 +1,61 @@
+#include "frame/measurement_log.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdio>
+
+#include "frame/live_display.h"
+
+std::string acquisition_time_text(const platform::LocalTime& time)
+{
+    constexpr std::array<const char*, 7> days = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    std::array<char, 80> text = {};
+    std::snprintf(text.data(), text.size(), "%s, %02d/%02d/%04d, %02d:%02d:%02d",
+                  days[static_cast<std::size_t>(time.weekday)], time.month, time.day, time.year,
+                  time.hour, time.minute, time.second);
+    return text.data();
+}
+
+bool MeasurementLog::start(const char* what, const std::string& whose,
+                           const platform::LocalTime& started, const char* columns)
+{
+    file_.print("%s:\t%s\n", what, whose.c_str());
+    file_.print("Data acquisition started on:\t%s\n\n", acquisition_time_text(started).c_str());
+    file_.print("%s\n", columns);
+    return file_.store();
+}
+
+bool MeasurementLog::row(std::int64_t now_ms, const char* format, ...)
+{
+    file_.print("%.3lf", static_cast<double>(now_ms - start_ms_) * 0.001);
+    va_list arguments;
+    va_start(arguments, format);
+    const bool printed = file_.print_list(format, arguments);
+    va_end(arguments);
+    return printed;
+}
+
+bool MeasurementLog::stop(std::int64_t now_ms, std::uint64_t cycles)
+{
+    const CycleRates rates = {.cycles = cycles, .start_ms = start_ms_};
+    file_.print("\nData acquisition stopped\n");
+    file_.print("Total duration in s:\t%.3lf\n", static_cast<double>(now_ms - start_ms_) * 0.001);
+    file_.print("Mean polling rate in cycles/s:\t%lf\n", rates.per_second(now_ms));
+    return file_.print("Mean response time in ms:\t%lf\n", rates.mean_ms(now_ms));
+}
+
+bool MeasurementLog::print(const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const bool printed = file_.print_list(format, arguments);
+    va_end(arguments);
+    return printed;
+}
+
+bool MeasurementLog::close()
+{
+    const bool stored = file_.store();
+    return file_.close() && stored;
+}
