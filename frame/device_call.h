@@ -111,12 +111,18 @@ template <class Function, class... Arguments>
     return lib.function(device_call::prepare(arguments)...) == 0 ? nullptr : lib.name;
 }
 
+/// Makes an attempt, and once more when it fails. Takes and returns what attempt() returns.
+template <class Attempt>
+[[nodiscard]] const char* with_repeat(Attempt attempt_once)
+{
+    return attempt_once() == nullptr ? nullptr : attempt_once();
+}
+
 /// As attempt(), but a call that fails is made once more.
 template <class Function, class... Arguments>
 [[nodiscard]] const char* attempt_twice(LibraryFunction<Function> lib, Arguments... arguments)
 {
-    const char* failed = attempt(lib, arguments...);
-    return failed == nullptr ? nullptr : attempt(lib, arguments...);
+    return with_repeat([&] { return attempt(lib, arguments...); });
 }
 
 /// Calls the function once; a failure has been reported when this returns false.

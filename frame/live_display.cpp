@@ -100,7 +100,7 @@ public:
                 undrawn_ = true;
                 going_on = going_on && display_.continuous;
             }
-            if (failed_ != nullptr)
+            if (failed_ != nullptr || reading.is_over())
                 break;
             if (!looker_.is_due() && going_on && display_.period_ms == 0)
                 continue;
@@ -141,12 +141,9 @@ private:
             return true;
         key_ = read_key();
         looker_.look_again();
-        const int key = folded(key_);
-        if (key == key::escape)
-            return false;
         if (display_.on_key)
-            failed_ = display_.on_key(key);
-        return failed_ == nullptr;
+            failed_ = display_.on_key(key_);
+        return failed_ == nullptr && key_ != key::escape;
     }
 
     /// A single reading is not given up because nobody can press a key: not at once, at least.

@@ -128,8 +128,8 @@ struct LiveDisplay {
     int period_ms = 0;            ///< a reading at these intervals only; 0 = as fast as it goes
     /// False: a failed reading is reported where the cursor stands, and the cursor stays hidden.
     bool tidy_after_failure = true;
-    /// What another key than Esc does (in upper case). Returns null, or the name of the library
-    /// function that failed.
+    /// What a key does, as typed; Esc comes here, too, before it ends the display. Returns null, or
+    /// the name of the library function that failed.
     std::function<const char*(int key)> on_key;
 };
 
@@ -156,6 +156,13 @@ public:
         reading.is_new_ = true;
         return reading;
     }
+    /// The display is over for another reason than a library call, which the command knows.
+    static Reading over()
+    {
+        Reading reading = nothing_new();
+        reading.is_over_ = true;
+        return reading;
+    }
     static Reading nothing_new()
     {
         Reading reading{nullptr};
@@ -165,10 +172,12 @@ public:
 
     [[nodiscard]] const char* failed() const { return failed_; }
     [[nodiscard]] bool is_new() const { return is_new_; }
+    [[nodiscard]] bool is_over() const { return is_over_; }
 
 private:
     const char* failed_;
     bool is_new_;
+    bool is_over_ = false;
 };
 
 /// "<title>, press Esc to quit<end>", or "<title><end>" when there is nothing to quit or the

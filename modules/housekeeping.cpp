@@ -144,9 +144,8 @@ void show_module_housekeeping(const Given& given)
                     .heading = "Housekeeping data:"},
                    given.address, [](const Module& module) {
                        Record record;
-                       const char* failed = attempt_housekeeping(module.address, record);
-                       if (failed != nullptr)
-                           failed = attempt_housekeeping(module.address, record);
+                       const char* failed = with_repeat(
+                           [&] { return attempt_housekeeping(module.address, record); });
                        // In the list an HV-supply is reported under the modules' common name.
                        const bool is_hv_supply =
                            module.address >= 1 && module.address <= highest_slot;

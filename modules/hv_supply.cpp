@@ -5,6 +5,7 @@
 #include "frame/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
+#include "frame/keys.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "modules/output.h"
@@ -91,7 +92,8 @@ void show_output(const Given& given)
     run_live_display<OutputValues>(
         {.continuous = given.capital,
          .on_key = [&](int key) -> const char* {
-             return change_ranges(key, ranges) ? attempt_to_set_ranges(address, ranges) : nullptr;
+             return change_ranges(folded(key), ranges) ? attempt_to_set_ranges(address, ranges)
+                                                       : nullptr;
          }},
         [&](LiveFields& fields) {
             constexpr int columns_to_current = 26;

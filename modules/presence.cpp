@@ -45,7 +45,7 @@ const char* attempt_presence(ModulePresence& presence)
 bool read_presence(ModulePresence& presence)
 {
     progress("Getting module-presence flags:\r\n");
-    return attempt_presence(presence) == nullptr || succeeded(attempt_presence(presence));
+    return succeeded(with_repeat([&] { return attempt_presence(presence); }));
 }
 
 bool read_valid_presence(ModulePresence& presence)

@@ -11,6 +11,7 @@
 #include "modules/maintenance.h"
 #include "modules/product_data.h"
 #include "modules/state.h"
+#include "modules/voltage_tuning.h"
 
 // clang-format off
 inline constexpr Switch module_switches[] = {
@@ -80,6 +81,6 @@ inline constexpr Switch module_switches[] = {
     {"VV", Form::lower,   Attached::hv_address, Next::nothing, Session::wanted, show_target_voltage},
     {"VG", Form::capital, Attached::hv_address_with_optional_ranges, Next::nothing, Session::wanted, show_or_set_measurement_ranges},
     {"VG", Form::lower,   Attached::hv_address, Next::nothing, Session::wanted, show_measurement_ranges},
-    {"VT", Form::either,  Attached::hv_address, Next::nothing, Session::wanted, not_yet_there},
+    {"VT", Form::either,  Attached::hv_address, Next::nothing, Session::wanted, tune_voltage},
 };
 // clang-format on

@@ -1,0 +1,312 @@
+#include "modules/voltage_tuning.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "frame/console.h"
+#include "frame/device_call.h"
+#include "frame/format.h"
+#include "frame/keys.h"
+#include "frame/live_display.h"
+#include "frame/measurement_log.h"
+#include "frame/platform.h"
+#include "modules/output.h"
+#include "modules/presence.h"
+
+namespace
+{
+
+struct StepKey {
+    int key;
+    double volts;
+};
+
+// With Alt ten times, with Ctrl a hundred times the step.
+constexpr StepKey step_keys[] = {
+    {key::extended(0x48), 0.001},  {key::extended(0x50), -0.001},  // Up, Down
+    {key::extended(0x98), 0.01},   {key::extended(0xA0), -0.01},   // Alt
+    {key::extended(0x8D), 0.1},    {key::extended(0x91), -0.1},    // Ctrl
+    {key::extended(0x49), 10.0},   {key::extended(0x51), -10.0},   // PgUp, PgDn
+    {key::extended(0x99), 100.0},  {key::extended(0xA1), -100.0},  // Alt
+    {key::extended(0x84), 1000.0}, {key::extended(0x76), -1000.0}, // Ctrl
+};
+
+std::optional<double> step_of(int key)
+{
+    for (const StepKey& step : step_keys) {
+        if (step.key == key)
+            return step.volts;
+    }
+    return std::nullopt;
+}
+
+/// The next target. A target that is off counts as 0; the limits are the same for every supply.
+double stepped(double target, double step)
+{
+    constexpr double highest_volts = 3000.0;
+    const double from = target >= 0.0 ? target : 0.0;
+    return std::clamp(from + step, 0.0, highest_volts);
+}
+
+std::string file_name(const std::string& module, const platform::LocalTime& time)
+{
+    char when[64];
+    std::snprintf(when, sizeof when, " %04d-%02d-%02d %02d.%02d.%02d.txt", time.year, time.month,
+                  time.day, time.hour, time.minute, time.second);
+    return module + when;
+}
+
+struct Values {
+    double target = 0.0;
+    PwmParameters pwm;
+    OutputValues output;
+};
+
+/// One run of the display.
+class Tuning
+{
+public:
+    explicit Tuning(unsigned address) : address_(address), name_(module_name(address)) {}
+
+    void run(bool continuous);
+
+private:
+    void print_labels(LiveFields& fields);
+    void print_title(bool continuous);
+    [[nodiscard]] Reading read(Values& values);
+    void draw(const Values& values) const;
+
+    [[nodiscard]] const char* take_key(int key);
+    [[nodiscard]] const char* step_target(double step);
+    [[nodiscard]] const char* activate(bool on);
+
+    void start_saving();
+    void stop_saving();
+    void save(const PwmParameters& pwm, NewOutput news);
+    /// Notes what was wrong with the file first: the display is over then.
+    void end_unless(bool written, const char* error);
+    void print_saving_prompt(const char* key, const char* meaning, const char* file,
+                             const char* end);
+
+    const unsigned address_;
+    const std::string name_;
+    MeasurementRanges ranges_;
+    double target_ = 0.0;
+    const char* target_failed_ = nullptr;
+    OutputValues output_; ///< the latest
+    std::uint64_t cycles_ = 0;
+    MeasurementLog log_;
+    const char* file_error_ = nullptr; ///< "Error opening data file" and the like
+
+    Place saving_prompt_;
+    Place voltage_, current_, period_, measured_, set_, target_place_, active_;
+};
+
+void print_keys(const char* first, const char* between, const char* second, const char* meaning)
+{
+    console.print(Color::value, "%s", first);
+    console.print("%s", between);
+    console.print(Color::value, "%s", second);
+    console.print("%s", meaning);
+}
+
+void Tuning::print_title(bool continuous)
+{
+    console.print("Operating parameters of %s", name_.c_str());
+    if (!continuous) {
+        console.print(": \r\n\r\n");
+        return;
+    }
+    // The keys are told in quiet mode, too: this display is made of them.
+    console.print(", press ");
+    console.print(Color::value, "Esc");
+    console.print(" to quit, ");
+    print_range_keys();
+    console.print("\r\n vertical arrows/");
+    print_keys("PgUp", "/", "PgDn", " to adjust voltage fine/coarse, (");
+    print_keys("Alt", "/", "Ctrl", " increases the steps), ");
+    print_keys("A", "/", "a", " for activate/deactivate HVC, \r\n ");
+    saving_prompt_ = console.place();
+    print_saving_prompt("S", " to start saving data:", "", "");
+    console.print("\r\n\r\n\r\n");
+}
+
+void Tuning::print_labels(LiveFields& fields)
+{
+    constexpr int columns_to_next = 25;
+    constexpr int columns_to_active = 19;
+    constexpr int first_column = 4;
+    print_title(fields.continuous);
+    const int last_row = console.place().row;
+    const auto place_at = [](Place place, const char* label) {
+        console.move_to(place);
+        return place_field(label);
+    };
+    console.move_to({last_row - 2, first_column});
+    fields.place_rates(fine_rates_in_header);
+    voltage_ = place_at({last_row - 1, first_column}, "Voltage: ");
+    current_ = place_at(voltage_.right(columns_to_next), "Current: ");
+    period_ = place_at(current_.right(columns_to_next), "PWM Period: ");
+    measured_ = place_at({last_row, first_column}, "Measured: ");
+    set_ = place_at({last_row, voltage_.column + columns_to_next}, "Set: ");
+    target_place_ = place_at({last_row, current_.column + columns_to_next}, "Target: ");
+    active_ = place_at(target_place_.right(columns_to_active), "Active: ");
+    target_failed_ = attempt_target_voltage(address_, target_);
+    if (target_failed_ == nullptr)
+        show_target(target_place_, target_);
+    console.move_to({last_row, 1});
+}
+
+Reading Tuning::read(Values& values)
+{
+    if (target_failed_ != nullptr)
+        return {target_failed_};
+    if (file_error_ != nullptr)
+        return Reading::over();
+    values.target = target_;
+    if (const char* failed =
+            with_repeat([&] { return attempt_pwm_parameters(address_, values.pwm); }))
+        return {failed};
+    ++cycles_;
+    NewOutput news;
+    const char* failed = attempt_output(address_, values.pwm.data_ready, ranges_, output_, news);
+    values.output = output_;
+    if (log_.is_open())
+        save(values.pwm, news);
+    return Reading::partly(failed);
+}
+
+void Tuning::draw(const Values& values) const
+{
+    show_target(target_place_, values.target);
+    console.print_at(active_, yes_no(values.pwm.active != 0));
+    show_voltage(set_, values.pwm.voltage_set);
+    show_voltage(measured_, values.pwm.voltage_measured);
+    show_microseconds(period_, values.pwm.period);
+    show_measured_voltage_or_overflow(voltage_, values.output);
+    show_measured_current(current_, values.output, 5);
+}
+
+const char* Tuning::take_key(int key)
+{
+    if (file_error_ != nullptr)
+        return nullptr; // it is over
+    if (const std::optional<double> step = step_of(key))
+        return step_target(*step);
+    if (change_ranges(folded(key), ranges_))
+        return attempt_to_set_ranges(address_, ranges_);
+    switch (key) {
+    case 'A':
+    case 'a':
+        return activate(key == 'A');
+    case 'S':
+        if (!log_.is_open())
+            start_saving();
+        break;
+    case 's':
+    case key::escape:
+        if (log_.is_open())
+            stop_saving();
+        break;
+    default:
+        break;
+    }
+    if (key == key::escape)
+        flush_keys();
+    return nullptr;
+}
+
+const char* Tuning::step_target(double step)
+{
+    target_ = stepped(target_, step);
+    return attempt(LIB(SetHVsupplyTargetOutputVoltage), address_, target_);
+}
+
+const char* Tuning::activate(bool on)
+{
+    return attempt(LIB(SetModuleActivationState), address_, static_cast<std::uint8_t>(on));
+}
+
+void Tuning::end_unless(bool written, const char* error)
+{
+    if (!written && file_error_ == nullptr)
+        file_error_ = error;
+}
+
+void Tuning::print_saving_prompt(const char* key, const char* meaning, const char* file,
+                                 const char* end)
+{
+    console.move_to(saving_prompt_);
+    console.print(Color::value, "%s", key);
+    console.print("%s", meaning);
+    console.print(Color::value, "%s", file);
+    console.print("%s", end);
+    console.clear_to_end_of_line();
+}
+
+void Tuning::start_saving()
+{
+    const platform::LocalTime now = platform::local_time();
+    log_.start_clock(platform::tick_ms());
+    const std::string file = file_name(name_, now);
+    if (!log_.create(file.c_str())) {
+        end_unless(false, "Error opening data file");
+        return;
+    }
+    end_unless(log_.start("Operating parameters of", name_, now,
+                          "Time/s\tWidth/ns\tPeriod/ns\tVoltage/V\tCurrent/nA\tPhase/ns"),
+               "Error writing data file");
+    // The quote before the name is not closed; what follows it is the colon.
+    print_saving_prompt("s", " to stop saving data to file '", file.c_str(), ":");
+}
+
+void Tuning::stop_saving()
+{
+    // The cycles are those of the display since its start, not only those of the saving.
+    end_unless(log_.stop(platform::tick_ms(), cycles_ + 1), "Error writing data file");
+    end_unless(log_.close(), "Error closing data file");
+    print_saving_prompt("S", " to start saving data:", "", "");
+}
+
+void Tuning::save(const PwmParameters& pwm, NewOutput news)
+{
+    constexpr double nano = 1e9;
+    const std::int64_t now = platform::tick_ms();
+    const double width = pwm.width * nano;
+    const double period = pwm.period * nano;
+    const double phase = pwm.phase_measured * nano;
+    bool written = true;
+    if (news.voltage)
+        written = log_.row(now, "\t%lf\t%lf\t%lf\t\t%lf\n", width, period, output_.voltage, phase);
+    if (news.current)
+        written = written && log_.row(now, "\t%lf\t%lf\t\t%lf\t%lf\n", width, period,
+                                      output_.current * nano, phase);
+    end_unless(written && log_.keep(now), "Error writing data file");
+}
+
+void Tuning::run(bool continuous)
+{
+    progress("Getting operating parameters of %s:\r\n", name_.c_str());
+    if (!succeeded(attempt_ranges(address_, ranges_)))
+        return;
+    run_live_display<Values>(
+        {.continuous = continuous, .on_key = [this](int key) { return take_key(key); }},
+        [this](LiveFields& fields) { print_labels(fields); },
+        [this](Values& values) { return read(values); },
+        [this](const Values& values) { draw(values); });
+    if (log_.is_open()) // something failed: the rows stay, without a trailer
+        end_unless(log_.close(), "Error closing data file");
+    if (file_error_ != nullptr) {
+        console.print(Color::bad, "%s", file_error_);
+        console.print("\r\n");
+    }
+}
+
+} // namespace
+
+void tune_voltage(const Given& given)
+{
+    Tuning{given.address}.run(given.capital);
+}

@@ -1,0 +1,204 @@
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/trial.h"
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+/// A folder of its own for the files that a display names itself.
+class VoltageTuning : public testing::Test
+{
+protected:
+    VoltageTuning()
+    {
+        std::filesystem::create_directories(folder_);
+        std::filesystem::current_path(folder_);
+        trial_.instrument("latency 10");
+        for (const char* line :
+             {"GetHVsupplyParamsPWM.period 20e-6", "GetHVsupplyParamsPWM.width 1.5e-6",
+              "GetHVsupplyParamsPWM.phaseMeasured 10e-6", "GetHVsupplyParamsPWM.voltageSet 100",
+              "GetHVsupplyParamsPWM.voltageMeasured 99.5", "GetHVsupplyParamsPWM.dataReady 0",
+              "GetHVsupplyOutputVoltage.voltage 99.75", "GetHVsupplyOutputCurrent.current 1.5e-9",
+              "GetHVsupplyTargetOutputVoltage.voltage -1"})
+            trial_.instrument(std::string{"reply "} + line);
+    }
+    ~VoltageTuning() override
+    {
+        std::filesystem::current_path(before_);
+        std::filesystem::remove_all(folder_);
+    }
+
+    std::vector<std::string> calls_that_set() const
+    {
+        std::vector<std::string> sent;
+        std::copy_if(trial_.calls.begin(), trial_.calls.end(), std::back_inserter(sent),
+                     [](const std::string& call) { return call.starts_with("Set"); });
+        return sent;
+    }
+
+    static std::string contents(const std::string& file)
+    {
+        std::ifstream stream{file, std::ios::binary};
+        std::ostringstream text;
+        text << stream.rdbuf();
+        return text.str();
+    }
+
+    Trial trial_;
+
+private:
+    const std::filesystem::path before_ = std::filesystem::current_path();
+    const std::filesystem::path folder_ =
+        std::filesystem::temp_directory_path() /
+        testing::UnitTest::GetInstance()->current_test_info()->name();
+};
+
+const std::string rows =
+    "   Voltage:   {W}+99.750V (positive){.}    Current: {W}+1.50000e-09A (high){.}     PWM "
+    "Period: {W}20.00000us{.}\n"
+    "   Measured:   {W}+99.500V{.}              Set:  {W}+100.000V{.}                   Target: ";
+
+TEST_F(VoltageTuning, TitleAndValues)
+{
+    trial_.instrument("reply GetHVsupplyParamsPWM.dataReady 50h");
+    trial_.type(215, "\033");
+    trial_.run("3 -q -VT1 -T");
+    EXPECT_THAT(
+        trial_.display(),
+        StartsWith("Operating parameters of HV-supply 1, press {W}Esc{.} to quit, {W}P{.}/{W}N{.} "
+                   "for positive/negative voltage, {W}H{.}/{W}L{.} for high/low current range:\n"
+                   " vertical arrows/{W}PgUp{.}/{W}PgDn{.} to adjust voltage fine/coarse, "
+                   "({W}Alt{.}/{W}Ctrl{.} increases the steps), {W}A{.}/{W}a{.} for "
+                   "activate/deactivate HVC,\n"
+                   " {W}S{.} to start saving data:\n"
+                   "   Polling rate: "));
+    EXPECT_THAT(trial_.display(), EndsWith(rows + "{M}** off **{.}          Active:  {M}no{.}\n"));
+    Trial once; // no key, one cycle
+    once.instrument("reply GetHVsupplyParamsPWM.dataReady 0");
+    once.type(0, "A");
+    once.run("3 -q -vt3 -T");
+    EXPECT_THAT(once.display(), StartsWith("Operating parameters of HV-supply 3:\n   Voltage:  "));
+    EXPECT_EQ(std::count(once.calls.begin(), once.calls.end(), "GetHVsupplyParamsPWM(3)"), 1);
+}
+
+TEST_F(VoltageTuning, StepsWithinTheLimits)
+{
+    const struct {
+        const char* target;
+        const char* keys; ///< as xterm sends them
+        const char* sent;
+    } cases[] = {
+        {"-1", "\033[A", "0.001"},      {"-1", "\033[B", "0"},
+        {"nan", "\033[5~", "10"},       {"5", "\033[6~", "0"},
+        {"100", "\033[1;3A", "100.01"}, {"100", "\033[1;3B", "99.99"},
+        {"100", "\033[1;5A", "100.1"},  {"100", "\033[1;5B", "99.9"},
+        {"100", "\033[5;3~", "200"},    {"100", "\033[6;3~", "0"},
+        {"2500", "\033[5;5~", "3000"},  {"3000", "\033[5;5~", "3000"},
+        {"2500", "\033[6;5~", "1500"},  {"9999", "\033\033[B", "3000"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.sent);
+        Trial trial;
+        trial.instrument("latency 10");
+        trial.instrument(std::string{"reply GetHVsupplyTargetOutputVoltage.voltage "} + c.target);
+        trial.type(100, c.keys);
+        trial.type(200, "\033");
+        trial.run("3 -VT2 -T");
+        const std::string call = std::string{"SetHVsupplyTargetOutputVoltage(2, "} + c.sent + ')';
+        EXPECT_THAT(trial.calls, testing::Contains(call));
+    }
+}
+
+TEST_F(VoltageTuning, LettersAndNothingElse)
+{
+    trial_.type(100, "nLpHAa");
+    trial_.type(300, "\033[1;2A\033[C\033[2~\033OP\tqxXbB");
+    trial_.type(700, "\033");
+    trial_.run("3 -VT1 -T");
+    EXPECT_THAT(calls_that_set(),
+                ElementsAre("SetHVsupplyMeasRanges(1, 1, 1)", "SetHVsupplyMeasRanges(1, 1, 0)",
+                            "SetHVsupplyMeasRanges(1, 0, 0)", "SetHVsupplyMeasRanges(1, 0, 1)",
+                            "SetModuleActivationState(1, 1)", "SetModuleActivationState(1, 0)"));
+    Trial failing;
+    failing.instrument("latency 10");
+    failing.instrument("fail SetModuleActivationState at 1");
+    failing.type(100, "A");
+    failing.run("3 -VT1 -T");
+    EXPECT_THAT(failing.display(), HasSubstr("Error at COM_KOV_CTRL_SetModuleActivationState"));
+}
+
+TEST_F(VoltageTuning, SavesWhatIsMeasured)
+{
+    trial_.instrument("after 300 reply GetHVsupplyParamsPWM.dataReady 10h");
+    trial_.instrument("after 305 reply GetHVsupplyParamsPWM.dataReady 40h");
+    trial_.instrument("after 330 reply GetHVsupplyParamsPWM.dataReady 0");
+    trial_.type(100, "sS"); // s does nothing before S
+    trial_.type(400, "S");
+    trial_.type(500, "s");
+    trial_.type(1500, "S");
+    trial_.type(1600, "\033");
+    trial_.run("3 -VT1 -T");
+    const std::string head = "Operating parameters of:\tHV-supply 1\n"
+                             "Data acquisition started on:\tSat, 03/14/2026, 09:26:5";
+    const std::string first = contents("HV-supply 1 2026-03-14 09.26.53.txt");
+    EXPECT_THAT(first, StartsWith(head));
+    EXPECT_THAT(first,
+                HasSubstr("\n\nTime/s\tWidth/ns\tPeriod/ns\tVoltage/V\tCurrent/nA\tPhase/ns\n"
+                          "0."));
+    EXPECT_THAT(first, testing::ContainsRegex(
+                           "\n0[.][0-9]{3}\t1500[.]000000\t20000[.]000000\t99[.]750000\t\t"
+                           "10000[.]000000\n0[.][0-9]{3}\t1500[.]000000\t20000[.]000000\t\t"
+                           "1[.]500000\t10000[.]000000\n"));
+    EXPECT_THAT(first, HasSubstr("\n\nData acquisition stopped\nTotal duration in s:\t0.3"));
+    // Cycles since the start of the display, time since the start of the saving.
+    const std::size_t rate = first.find("Mean polling rate in cycles/s:\t");
+    ASSERT_NE(rate, std::string::npos);
+    EXPECT_GT(std::stod(first.substr(first.find('\t', rate) + 1)), 100.0);
+    const std::string second = contents("HV-supply 1 2026-03-14 09.26.55.txt");
+    EXPECT_THAT(second, StartsWith(head));
+    EXPECT_THAT(second, HasSubstr("Data acquisition stopped")) << "Esc ends the saving, too";
+    EXPECT_THAT(trial_.display(), HasSubstr("\n {W}S{.} to start saving data:\n"));
+}
+
+TEST_F(VoltageTuning, TellsWhereItSaves)
+{
+    trial_.type(100, "S");
+    trial_.instrument("fail GetHVsupplyParamsPWM at 40");
+    trial_.instrument("fail GetHVsupplyParamsPWM at 41");
+    trial_.run("3 -VT1 -T");
+    EXPECT_THAT(trial_.display(),
+                HasSubstr("\n {W}s{.} to stop saving data to file '{W}HV-supply 1 "
+                          "2026-03-14 09.26.53.txt{.}:\n"));
+    EXPECT_THAT(trial_.display(), HasSubstr("Error at COM_KOV_CTRL_GetHVsupplyParamsPWM"));
+    EXPECT_THAT(contents("HV-supply 1 2026-03-14 09.26.53.txt"), Not(HasSubstr("stopped")));
+}
+
+TEST_F(VoltageTuning, EndsWhenTheFileCannotBeWritten)
+{
+    const char* const file = "HV-supply 1 2026-03-14 09.26.53.txt";
+    std::filesystem::create_directory(file);
+    trial_.type(100, "S");
+    trial_.run("3 -VT1 -T");
+    EXPECT_THAT(trial_.display(), EndsWith("\n{M}Error opening data file{.}\n"));
+    std::filesystem::remove(file);
+    std::filesystem::create_symlink("/dev/full", file);
+    Trial full;
+    full.instrument("latency 10");
+    full.type(100, "S");
+    full.run("3 -VT1 -T");
+    EXPECT_THAT(full.display(), EndsWith("\n{M}Error writing data file{.}\n"));
+}
+
+} // namespace
