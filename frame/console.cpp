@@ -275,6 +275,12 @@ void Console::scroll_window()
 
 // ---- Erasing ----
 
+void Console::blank_to_column(int column)
+{
+    while (cursor_.column < column)
+        put(U' ');
+}
+
 void Console::clear_to_end_of_line()
 {
     Row* row = row_at(cursor_.row);

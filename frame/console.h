@@ -89,6 +89,8 @@ public:
 
     /// Blanks the row from the cursor on; the cursor stays.
     void clear_to_end_of_line();
+    /// Blanks from the cursor up to, not including, a column; does nothing beyond it.
+    void blank_to_column(int column);
     /// Blanks the cursor's row and goes to its column 1.
     void clear_line();
     /// Goes to column 1 of a fresh row below everything that is printed.

@@ -57,6 +57,13 @@ void report_error(const char* function)
     console.print("\r\n");
 }
 
+void report_error_below(const char* function)
+{
+    if (console.place().column > 1)
+        console.print("\r\n");
+    report_error(function);
+}
+
 void start_screen_reports()
 {
     message_area = {};

@@ -5,6 +5,9 @@
 /// Reports the failure of the function of that name below what is on the console.
 void report_error(const char* function);
 
+/// The same in a line of its own when something stands in the cursor's.
+void report_error_below(const char* function);
+
 /// Reports unless `failed` is null, and tells whether it was.
 [[nodiscard]] inline bool succeeded(const char* failed)
 {

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "frame/characters.h"
+#include "frame/numbers.h"
 #include "frame/platform.h"
 
 // ---- Colours of values ----
@@ -57,9 +58,9 @@ const char* led_color_name(bool red, bool green, bool blue)
 const char* module_type_name(unsigned address)
 {
     switch (address) {
-    case 0:
+    case heat_controller:
         return "Heat Controller";
-    case 128:
+    case base_unit:
         return "KOV Controller";
     default:
         return "HV Supply";

@@ -52,12 +52,16 @@ void LiveFields::place_rates(const RateLayout& layout)
 void print_live_title(const std::string& title, const char* end, bool continuous)
 {
     console.print("%s", title.c_str());
-    if (continuous && !program.quiet) {
-        console.print(", press ");
-        console.print(Color::value, "Esc");
-        console.print(" to quit");
-    }
+    if (continuous && !program.quiet)
+        print_how_to_quit();
     console.print("%s", end);
+}
+
+void print_how_to_quit()
+{
+    console.print(", press ");
+    console.print(Color::value, "Esc");
+    console.print(" to quit");
 }
 
 void print_quit_prompt(const char* end, bool continuous)

@@ -184,6 +184,9 @@ private:
 /// prompts are switched off.
 void print_live_title(const std::string& title, const char* end, bool continuous);
 
+/// ", press Esc to quit": the middle of such a title.
+void print_how_to_quit();
+
 /// "Press Esc to quit<end>", or nothing.
 void print_quit_prompt(const char* end, bool continuous);
 

@@ -120,6 +120,7 @@ void draw_monitoring(MonitoringPlaces& places)
 {
     constexpr int gap = 1;
     MonitoringFields& values = places.values;
+    values.columns = heater_unit;
     values.own_rows = false; // the counters stand behind them
     go_to_column(first_value_column);
     values.output_voltage = field("Voltage output:", heater_unit, gap);

@@ -1,6 +1,5 @@
 #include "modules/heat_controller.h"
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,11 +13,9 @@
 namespace
 {
 
-constexpr unsigned address_of_heat_controller = 0;
-
 std::string heat_controller_name()
 {
-    return module_name(address_of_heat_controller);
+    return module_name(heat_controller);
 }
 
 // ---- Targets and limits ----
@@ -122,12 +119,12 @@ void show_target(const Setting& setting, const char* off_label)
 
 // ---- Interlocks ----
 
-/// An interlock input is sampled twice; the samples of a sound one agree.
-Word interlock_word(std::uint8_t state, std::uint8_t samples)
+/// Each interlock has two bits of the state.
+Word interlock_word(std::uint8_t state, std::uint8_t mask)
 {
-    if ((state & samples) == samples)
+    if ((state & mask) == mask)
         return {"closed", Color::good};
-    if ((state & samples) == 0)
+    if ((state & mask) == 0)
         return {"open  ", Color::bad};
     return {"noisy ", Color::value};
 }
@@ -204,18 +201,25 @@ void show_heater_hardware_limits(const Given&)
 
 void MonitoringFields::show(const HeaterMonitoring& values) const
 {
-    console.print_at(output_voltage, Color::value, "%7.3lfV", values.output_voltage);
-    console.print_at(heater_voltage, Color::value, "%7.3lfV", values.heater_voltage);
-    console.print_at(current, Color::value, "%7.3lfA", values.current);
+    const auto end_field = [this](Place field) { console.blank_to_column(field.column + columns); };
     const auto end_row = [this] {
         if (own_rows)
             console.clear_to_end_of_line();
     };
+    console.print_at(output_voltage, Color::value, "%7.3lfV", values.output_voltage);
+    end_field(output_voltage);
+    console.print_at(heater_voltage, Color::value, "%7.3lfV", values.heater_voltage);
+    end_field(heater_voltage);
+    console.print_at(current, Color::value, "%7.3lfA", values.current);
+    end_field(current);
     console.print_at(temperature, Color::value, "%+8.2lf" DEGREES_C, values.temperature);
     end_row();
     console.print_at(output_power, Color::value, "%7.2lfW", values.output_power());
+    end_field(output_power);
     console.print_at(wire_power, Color::value, "%7.2lfW", values.wire_power());
+    end_field(wire_power);
     console.print_at(heater_power, Color::value, "%7.2lfW", values.heater_power());
+    end_field(heater_power);
     if (const std::optional<double> ohms = values.heater_resistance())
         console.print_at(resistance, Color::value, "%7.3lfOhm", *ohms);
     else
@@ -225,15 +229,14 @@ void MonitoringFields::show(const HeaterMonitoring& values) const
 
 void show_heater_monitoring(const Given& given)
 {
-    constexpr int columns_to_next_label = 12;
     const std::string name = heat_controller_name();
     MonitoringFields places;
     progress("Getting monitoring data of %s:\r\n", name.c_str());
     run_live_display<HeaterMonitoring>(
         {.title = "Monitoring of " + name, .continuous = given.capital, .key_first = true},
         [&](LiveFields& fields) {
-            const auto place = [](const char* label) {
-                return place_field(label, columns_to_next_label);
+            const auto place = [&](const char* label) {
+                return place_field(label, places.columns);
             };
             fields.place_rates(data_rates_in_header);
             console.print("\r\n");
@@ -263,8 +266,8 @@ void show_heater_interlock_state(const Given& given)
         std::uint8_t state;
     };
     constexpr int columns_to_next_label = 11;
-    constexpr std::uint8_t samples_of_1 = 0x05;
-    constexpr std::uint8_t samples_of_2 = 0x0A;
+    constexpr std::uint8_t mask_of_1 = 0x05;
+    constexpr std::uint8_t mask_of_2 = 0x0A;
     const std::string name = heat_controller_name();
     Place interlock_1, interlock_2;
     progress("Getting interlock state of %s:\r\n", name.c_str());
@@ -279,7 +282,7 @@ void show_heater_interlock_state(const Given& given)
         },
         [](Values& values) { return attempt_twice(LIB(GetHeatCtrlIlockState), &values.state); },
         [&](const Values& values) {
-            console.print_at(interlock_1, interlock_word(values.state, samples_of_1));
-            console.print_at(interlock_2, interlock_word(values.state, samples_of_2));
+            console.print_at(interlock_1, interlock_word(values.state, mask_of_1));
+            console.print_at(interlock_2, interlock_word(values.state, mask_of_2));
         });
 }

@@ -28,6 +28,7 @@ void show_heater_interlock_state(const Given&);
 struct MonitoringFields {
     Place output_voltage, heater_voltage, current, temperature;
     Place output_power, wire_power, heater_power, resistance;
+    int columns = 12;     ///< from the start of a value to the next label
     bool own_rows = true; ///< nothing else stands behind the last values of the two rows
 
     void show(const HeaterMonitoring& values) const;

@@ -1,6 +1,5 @@
 #include "modules/housekeeping.h"
 
-#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -67,7 +66,7 @@ constexpr LabelledQuantity heat_controller_line[] = {{"+3V3:", plus_3_3},
                                                      {", +24V:", plus_24},
                                                      {", CPU:", cpu},
                                                      {", PSU:", psu}};
-// The labels are known as they are: no sign at 5V0, nothing between -22V and +18V.
+// Kept as they are: no sign at 5V0, nothing between -22V and +18V.
 constexpr LabelledQuantity hv_supply_line[] = {
     {"+3V3:", plus_3_3},   {", 5V0:", plus_5},         {", +24V:", plus_24},
     {", -22V:", minus_22}, {"+18V:", plus_18},         {", -18V:", minus_18},
@@ -77,7 +76,7 @@ Row line_of(unsigned address)
 {
     if (address == base_unit)
         return base_unit_line;
-    return address == 0 ? Row{heat_controller_line} : Row{hv_supply_line};
+    return address == heat_controller ? Row{heat_controller_line} : Row{hv_supply_line};
 }
 
 // ---- Live displays ----
@@ -92,6 +91,7 @@ constexpr LabelledQuantity hv_supply_row_1[] = {{"Voltages: +3V3:", signed_3_3},
                                                 {"+24V:", signed_24},
                                                 {"-22V:", minus_22},
                                                 {"+Vc:", vc}};
+// The first label ends where the one above it does.
 constexpr LabelledQuantity hv_supply_row_2[] = {{"          AGnd:", analog_ground},
                                                 {"+18V:", plus_18},
                                                 {"-18V:", minus_18},
@@ -101,14 +101,15 @@ constexpr Row hv_supply_rows[] = {hv_supply_row_1, hv_supply_row_2};
 
 using RecordReader = const char* (*)(unsigned address, Record& record);
 
-void show_live(const Given& given, std::span<const Row> rows, RecordReader attempt_record)
+void show_live(unsigned address, bool continuous, std::span<const Row> rows,
+               RecordReader attempt_record)
 {
     constexpr int columns_to_next_label = 12;
-    const std::string name = module_name(given.address);
+    const std::string name = module_name(address);
     std::vector<Place> places;
     progress("Getting housekeeping data of %s:\r\n", name.c_str());
     run_live_display<Record>(
-        {.title = "Housekeeping of " + name, .continuous = given.capital, .key_first = true},
+        {.title = "Housekeeping of " + name, .continuous = continuous, .key_first = true},
         [&](LiveFields& fields) {
             fields.place_rates(data_rates_in_header);
             for (const Row row : rows) {
@@ -119,7 +120,7 @@ void show_live(const Given& given, std::span<const Row> rows, RecordReader attem
             }
         },
         [&](Record& record) {
-            const char* failed = attempt_record(given.address, record);
+            const char* failed = attempt_record(address, record);
             return failed == nullptr && record.valid == 0 ? Reading::nothing_new()
                                                           : Reading{failed};
         },
@@ -127,8 +128,10 @@ void show_live(const Given& given, std::span<const Row> rows, RecordReader attem
             auto place = places.begin();
             for (const Row row : rows) {
                 for (const LabelledQuantity& shown : row) {
-                    console.move_to(*place++);
+                    console.move_to(*place);
                     shown.quantity.print(record);
+                    console.blank_to_column(place->column + columns_to_next_label);
+                    ++place;
                 }
             }
         });
@@ -146,9 +149,10 @@ void show_module_housekeeping(const Given& given)
                        Record record;
                        const char* failed = with_repeat(
                            [&] { return attempt_housekeeping(module.address, record); });
-                       // In the list an HV-supply is reported under the modules' common name.
+                       // Kept: in the list an HV-supply is reported under a name that no function
+                       // has.
                        const bool is_hv_supply =
-                           module.address >= 1 && module.address <= highest_slot;
+                           module.address != heat_controller && module.address != base_unit;
                        if (failed != nullptr && module.in_list && is_hv_supply)
                            failed = "COM_KOV_CTRL_GetModuleHousekeeping";
                        if (!succeeded(failed))
@@ -164,12 +168,12 @@ void show_module_housekeeping(const Given& given)
 
 void show_heat_controller_housekeeping(const Given& given)
 {
-    show_live(given, heat_controller_rows, attempt_housekeeping);
+    show_live(heat_controller, given.capital, heat_controller_rows, attempt_housekeeping);
 }
 
 void show_hv_supply_housekeeping(const Given& given)
 {
-    show_live(given, hv_supply_rows, attempt_hv_supply_housekeeping);
+    show_live(given.address, given.capital, hv_supply_rows, attempt_hv_supply_housekeeping);
 }
 
 void show_module_cpu_data(const Given& given)

@@ -33,6 +33,16 @@ void print_target(const std::string& name, const char* between, double volts)
     console.print("\r\n");
 }
 
+void set_measurement_ranges(const Given& given)
+{
+    const std::string name = module_name(given.address);
+    progress("Setting measurement channels of %s:\r\n", name.c_str());
+    const MeasurementRanges ranges = {.negative = given.negative_voltage,
+                                      .high = given.high_current};
+    if (succeeded(attempt_to_set_ranges(given.address, ranges)))
+        print_ranges(name, " were set:", ranges);
+}
+
 } // namespace
 
 void show_measurement_ranges(const Given& given)
@@ -42,16 +52,6 @@ void show_measurement_ranges(const Given& given)
     MeasurementRanges ranges;
     if (succeeded(attempt_ranges(given.address, ranges)))
         print_ranges(name, ":", ranges);
-}
-
-void set_measurement_ranges(const Given& given)
-{
-    const std::string name = module_name(given.address);
-    progress("Setting measurement channels of %s:\r\n", name.c_str());
-    const MeasurementRanges ranges = {.negative = given.negative_voltage,
-                                      .high = given.high_current};
-    if (succeeded(attempt_to_set_ranges(given.address, ranges)))
-        print_ranges(name, " were set:", ranges);
 }
 
 void show_or_set_measurement_ranges(const Given& given)
@@ -126,84 +126,107 @@ void show_output(const Given& given)
         });
 }
 
+namespace
+{
+
+/// The output with its PWM parameters: three rows under the title.
+struct OutputData {
+    double target = 0.0; ///< V, read once
+    PwmParameters pwm;
+    OutputValues output;
+};
+
+struct OutputDataFields {
+    Place period, width, phase_measured, phase_set;
+    Place voltage, current;
+    Place measured, set, target, active;
+
+    void place();
+    void show(const OutputData& data) const;
+};
+
+void OutputDataFields::place()
+{
+    constexpr int columns_to_second = 25;
+    constexpr int columns_to_third = 19;
+    constexpr int columns_to_fourth = 14;
+    const auto begin_row = [] {
+        console.print("\r\n");
+        console.skip(3);
+    };
+    // The columns of the first row are those of the rows below.
+    const auto place_at = [](Place above, int columns, const char* label) {
+        console.move_to_column(above.column + columns);
+        return place_field(label);
+    };
+    begin_row();
+    period = place_field("PWM Period: ");
+    width = place_at(period, columns_to_second, "Width: ");
+    phase_measured = place_at(width, columns_to_third, "Phase measured: ");
+    phase_set = place_at(phase_measured, columns_to_fourth, "Phase set: ");
+    begin_row();
+    voltage = place_field("Voltage: ");
+    current = place_at(period, columns_to_second, "Current: ");
+    begin_row();
+    measured = place_field("Measured: ");
+    set = place_at(period, columns_to_second, "Set: ");
+    target = place_at(width, columns_to_third, "Target: ");
+    active = place_at(phase_measured, columns_to_fourth, "Active: ");
+}
+
+void OutputDataFields::show(const OutputData& data) const
+{
+    show_target(target, data.target);
+    console.print_at(active, yes_no(data.pwm.active != 0));
+    show_voltage(set, data.pwm.voltage_set);
+    show_voltage(measured, data.pwm.voltage_measured);
+    show_microseconds(period, data.pwm.period);
+    show_microseconds(width, data.pwm.width);
+    show_microseconds(phase_measured, data.pwm.phase_measured);
+    show_microseconds(phase_set, data.pwm.phase_set);
+    show_measured_voltage_or_overflow(voltage, data.output);
+    show_measured_current(current, data.output, 5);
+}
+
+} // namespace
+
 void show_output_data(const Given& given)
 {
-    struct Values {
-        PwmParameters pwm;
-        OutputValues output;
-    };
     const unsigned address = given.address;
     const std::string name = module_name(address);
     progress("Getting output data of %s:\r\n", name.c_str());
     MeasurementRanges ranges;
     if (!succeeded(attempt_ranges(address, ranges)))
         return;
-    OutputValues output;
+    OutputData latest;
     const char* target_failed = nullptr;
-    Place period, width, phase_measured, phase_set;
-    Place voltage, current, measured, set, active;
-    run_live_display<Values>(
+    OutputDataFields places;
+    run_live_display<OutputData>(
         {.continuous = given.capital},
         [&](LiveFields& fields) {
-            constexpr int columns_to_second = 25;
-            constexpr int columns_to_third = 19;
-            constexpr int columns_to_fourth = 14;
             console.print("Output data of %s", name.c_str());
             if (given.capital) { // in quiet mode, too
-                console.print(", press ");
-                console.print(Color::value, "Esc");
-                console.print(" to quit: ");
+                print_how_to_quit();
+                console.print(": ");
             }
             console.skip(4);
             fields.place_rates(fine_rates_in_header);
-            const auto begin_row = [] {
-                console.print("\r\n");
-                console.skip(3);
-            };
-            // The columns of the first row are those of the rows below.
-            const auto place_at = [](Place above, int columns, const char* label) {
-                console.move_to_column(above.column + columns);
-                return place_field(label);
-            };
-            begin_row();
-            period = place_field("PWM Period: ");
-            width = place_at(period, columns_to_second, "Width: ");
-            phase_measured = place_at(width, columns_to_third, "Phase measured: ");
-            phase_set = place_at(phase_measured, columns_to_fourth, "Phase set: ");
-            begin_row();
-            voltage = place_field("Voltage: ");
-            current = place_at(period, columns_to_second, "Current: ");
-            begin_row();
-            measured = place_field("Measured: ");
-            set = place_at(period, columns_to_second, "Set: ");
-            const Place target = place_at(width, columns_to_third, "Target: ");
-            active = place_at(phase_measured, columns_to_fourth, "Active: ");
-            double volts = 0.0;
-            target_failed = attempt_target_voltage(address, volts);
+            places.place();
+            console.flush();
+            target_failed = attempt_target_voltage(address, latest.target);
             if (target_failed == nullptr)
-                show_target(target, volts);
+                show_target(places.target, latest.target);
         },
-        [&](Values& values) {
+        [&](OutputData& shown) {
             if (target_failed != nullptr)
                 return Reading{target_failed};
-            if (const char* failed = attempt_pwm_parameters(address, values.pwm))
+            if (const char* failed = attempt_pwm_parameters(address, latest.pwm))
                 return Reading{failed};
             NewOutput news;
             const char* failed =
-                attempt_output(address, values.pwm.data_ready, ranges, output, news);
-            values.output = output;
+                attempt_output(address, latest.pwm.data_ready, ranges, latest.output, news);
+            shown = latest;
             return Reading::partly(failed);
         },
-        [&](const Values& values) {
-            const PwmParameters& pwm = values.pwm;
-            console.print_at(active, yes_no(pwm.active != 0));
-            show_voltage(set, pwm.voltage_set);
-            show_voltage(measured, pwm.voltage_measured);
-            show_microseconds(period, pwm.period);
-            show_microseconds(width, pwm.width);
-            show_microseconds(phase_measured, pwm.phase_measured);
-            show_microseconds(phase_set, pwm.phase_set);
-            show_measured_voltage_or_overflow(voltage, values.output);
-            show_measured_current(current, values.output, 5);
-        });
+        [&](const OutputData& shown) { places.show(shown); });
 }

@@ -1,12 +1,9 @@
 /// The commands of the HV-supplies in the slots 1 to 3.
 #pragma once
 
-#include <cstdint>
-
 #include "frame/switches.h"
 
 void show_measurement_ranges(const Given&);
-void set_measurement_ranges(const Given&);
 /// Shows the ranges, or sets them where both were given.
 void show_or_set_measurement_ranges(const Given&);
 

@@ -34,9 +34,10 @@ Word type_word(const Module& module, std::uint16_t type)
 /// What stands in the brackets behind a hardware type: the module must fit its place.
 void print_decoded(unsigned address, std::uint16_t type, std::uint32_t word)
 {
-    if (address == 0 && type == module_type::heat_controller) {
+    if (address == heat_controller && type == module_type::heat_controller) {
         console.print(Color::value, "HTCTRL");
-    } else if (address >= 1 && address <= highest_slot && type == module_type::hv_supply) {
+    } else if (address != heat_controller && address <= highest_slot &&
+               type == module_type::hv_supply) {
         console.print(Color::value, "HVPS");
     } else if (address == base_unit && type == module_type::base_unit) {
         print_value(base_unit_hardware::type_name_with_fans(word));
@@ -108,8 +109,8 @@ void show_module_manufacturing_date(const Given& given)
                        std::uint16_t week = 0;
                        const char* failed =
                            attempt_twice(LIB(GetModuleManufDate), module.address, &year, &week);
-                       // Alone it is reported under the product number's name, in the list
-                       // under its own. Both are known to the users as they are.
+                       // Kept: alone it is reported under the product number's name, in the list
+                       // under its own.
                        if (failed != nullptr && !module.in_list)
                            failed = LIB(GetModuleProductNo).name;
                        if (!succeeded(failed))
@@ -122,34 +123,32 @@ void show_module_manufacturing_date(const Given& given)
 
 void show_module_hardware_version(const Given& given)
 {
-    for_one_or_all(
-        {.progress = "Getting hardware version of ",
-         .label = "Hardware version of ",
-         .heading = "Hardware versions:"},
-        given.address, [](const Module& module) {
-            std::uint16_t version = 0;
-            if (!call_twice(LIB(GetModuleHwVersion), module.address, &version))
-                return false;
-            module.print_label();
-            print_value(version_text(version));
-            if (module.address == 0 || module.address == base_unit)
-                return true;
-            std::uint32_t fpga_version = 0;
-            const char* failed =
-                attempt_twice(LIB(GetHVsupplyFpgaVersion), module.address, &fpga_version);
-            if (failed != nullptr) {
-                console.print("\r\n"); // the report must not run into the hardware version
-                report_error(failed);
-                return false;
-            }
-            constexpr int unshown_bits = 8;
-            const std::uint32_t major = fpga_version >> 16;
-            const std::uint32_t minor = fpga_version >> unshown_bits & 0xFF;
-            console.print(", FPGA: ");
-            console.print(Color::value, "%d-%02d", static_cast<int>(major),
-                          static_cast<int>(minor));
-            return true;
-        });
+    for_one_or_all({.progress = "Getting hardware version of ",
+                    .label = "Hardware version of ",
+                    .heading = "Hardware versions:"},
+                   given.address, [](const Module& module) {
+                       std::uint16_t version = 0;
+                       if (!call_twice(LIB(GetModuleHwVersion), module.address, &version))
+                           return false;
+                       module.print_label();
+                       print_value(version_text(version));
+                       if (module.address == heat_controller || module.address == base_unit)
+                           return true;
+                       std::uint32_t fpga_version = 0;
+                       const char* failed = attempt_twice(LIB(GetHVsupplyFpgaVersion),
+                                                          module.address, &fpga_version);
+                       if (failed != nullptr) {
+                           report_error_below(failed);
+                           return false;
+                       }
+                       constexpr int unshown_bits = 8;
+                       const std::uint32_t major = fpga_version >> 16;
+                       const std::uint32_t minor = fpga_version >> unshown_bits & 0xFF;
+                       console.print(", FPGA: ");
+                       console.print(Color::value, "%d-%02d", static_cast<int>(major),
+                                     static_cast<int>(minor));
+                       return true;
+                   });
 }
 
 void show_module_firmware_date(const Given& given)

@@ -45,14 +45,18 @@ void print_identification(unsigned address, std::uint8_t flag)
     const std::string name = module_name(address);
     progress("Getting product number of %s:\r\n", name.c_str());
     std::int32_t number = 0;
-    if (!call_twice(LIB(GetModuleProductNo), address, &number))
+    if (const char* failed = attempt_twice(LIB(GetModuleProductNo), address, &number)) {
+        report_error_below(failed);
         return;
+    }
     console.print("P/N: ");
     console.print(Color::value, "%d", number);
     progress("Getting device type of %s:\r\n", name.c_str());
     std::uint16_t type = 0;
-    if (!call_twice(LIB(GetModuleDevType), address, &type))
+    if (const char* failed = attempt_twice(LIB(GetModuleDevType), address, &type)) {
+        report_error_below(failed);
         return;
+    }
     console.print(", dev.type: ");
     console.print(listed_type(type));
 }
@@ -105,10 +109,12 @@ bool print_scanned_modules(const ModulePresence& presence)
         // The base unit follows the slots that the controller has, wherever that is.
         const bool is_base = entry == presence.slot_count;
         ScannedModule module{};
-        if (!call_twice(LIB(GetScannedModuleParams), is_base ? base_unit : entry,
-                        &module.product_number, &module.saved_product_number, &module.hardware_type,
-                        &module.saved_hardware_type))
+        if (const char* failed = attempt_twice(
+                LIB(GetScannedModuleParams), is_base ? base_unit : entry, &module.product_number,
+                &module.saved_product_number, &module.hardware_type, &module.saved_hardware_type)) {
+            report_error_below(failed);
             return false;
+        }
         if (is_base)
             console.print("\r\n  base unit: ");
         else

@@ -93,47 +93,64 @@ void print_range_keys()
     print_key_pair("H", "L", " for high/low current range:");
 }
 
+namespace
+{
+
+// What a value may take: all of its field, so that a shorter one leaves no remains of a longer.
+constexpr int short_columns = 12;
+constexpr int long_columns = 24;
+
+} // namespace
+
 void show_voltage(Place place, double volts)
 {
     console.print_at(place, Color::value, "%+9.3lfV", volts);
+    console.blank_to_column(place.column + short_columns);
 }
 
 void show_measured_voltage(Place place, const OutputValues& output)
 {
-    if (output.has_voltage)
-        console.print_at(place, Color::value, "%+9.3lfV (%s)", output.voltage,
-                         output.voltage_ranges.polarity());
+    if (!output.has_voltage)
+        return;
+    console.print_at(place, Color::value, "%+9.3lfV (%s)", output.voltage,
+                     output.voltage_ranges.polarity());
+    console.blank_to_column(place.column + long_columns);
 }
 
 void show_measured_voltage_or_overflow(Place place, const OutputValues& output)
 {
     constexpr double overflow_volts = 10000.0;
-    if (output.has_voltage && std::fabs(output.voltage) >= overflow_volts)
+    if (output.has_voltage && std::fabs(output.voltage) >= overflow_volts) {
         console.print_at(place, Color::bad, "* * * Overflow * * * ");
-    else
+        console.blank_to_column(place.column + long_columns);
+    } else {
         show_measured_voltage(place, output);
+    }
 }
 
 void show_measured_current(Place place, const OutputValues& output, int decimals)
 {
-    // Both words with what stands behind them are equally long: one overwrites the other.
     constexpr int width_without_decimals = 7;
-    const char* range = output.current_ranges.high != 0 ? "high)" : "low) ";
-    if (output.has_current)
-        console.print_at(place, Color::value, "%+*.*leA (%s", width_without_decimals + decimals,
-                         decimals, output.current, range);
+    if (!output.has_current)
+        return;
+    console.print_at(place, Color::value, "%+*.*leA (%s", width_without_decimals + decimals,
+                     decimals, output.current, output.current_ranges.high != 0 ? "high)" : "low) ");
+    console.blank_to_column(place.column + long_columns);
 }
 
 void show_target(Place place, double volts)
 {
-    if (volts < 0.0)
+    if (volts < 0.0) {
         console.print_at(place, Color::bad, "** off ** ");
-    else
+        console.blank_to_column(place.column + short_columns);
+    } else {
         show_voltage(place, volts);
+    }
 }
 
 void show_microseconds(Place place, double seconds)
 {
     constexpr double microseconds = 1e6;
     console.print_at(place, Color::value, "%8.5lfus", seconds * microseconds);
+    console.blank_to_column(place.column + short_columns);
 }

@@ -58,9 +58,9 @@ void print_range_keys();
 void show_voltage(Place place, double volts);
 /// With its polarity.
 void show_measured_voltage(Place place, const OutputValues& output);
-/// The same, but a voltage that the measurement cannot have seen is shown as an overflow.
+/// The same, but 10000 V or more of either sign are shown as an overflow.
 void show_measured_voltage_or_overflow(Place place, const OutputValues& output);
-/// With five decimals, else with three.
+/// With its range.
 void show_measured_current(Place place, const OutputValues& output, int decimals);
 /// "** off ** " when it is negative.
 void show_target(Place place, double volts);

@@ -7,7 +7,7 @@
 std::string module_name(unsigned address)
 {
     switch (address) {
-    case 0:
+    case heat_controller:
         return "heat-controller";
     case 1:
     case 2:

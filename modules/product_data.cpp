@@ -69,5 +69,5 @@ void show_base_unit_product_data(const Given&)
 
 void show_heat_controller_product_data(const Given&)
 {
-    run_all(heat_controller_routines, 0);
+    run_all(heat_controller_routines, heat_controller);
 }

@@ -8,7 +8,7 @@ const char* attempt_housekeeping(unsigned address, ModuleHousekeeping& record)
     switch (address) {
     case base_unit:
         return attempt(LIB(GetBaseHousekeeping), &record.valid, &record.plus_3_3, &record.cpu);
-    case 0:
+    case heat_controller:
         return attempt(LIB(GetHeatCtrlHousekeeping), &record.valid, &record.plus_3_3, &record.cpu,
                        &record.plus_5, &record.plus_24, &record.psu);
     default:
@@ -25,7 +25,7 @@ const char* attempt_hv_supply_housekeeping(unsigned address, ModuleHousekeeping&
 
 std::optional<double> HeaterMonitoring::heater_resistance() const
 {
-    constexpr double smallest_current = 0.1; // A: below that the quotient is noise
+    constexpr double smallest_current = 0.1; // A; itself too small
     if (!(current > smallest_current))
         return std::nullopt;
     return heater_voltage / current;

@@ -120,9 +120,8 @@ void Tuning::print_title(bool continuous)
         return;
     }
     // The keys are told in quiet mode, too: this display is made of them.
-    console.print(", press ");
-    console.print(Color::value, "Esc");
-    console.print(" to quit, ");
+    print_how_to_quit();
+    console.print(", ");
     print_range_keys();
     console.print("\r\n vertical arrows/");
     print_keys("PgUp", "/", "PgDn", " to adjust voltage fine/coarse, (");
@@ -153,6 +152,7 @@ void Tuning::print_labels(LiveFields& fields)
     set_ = place_at({last_row, voltage_.column + columns_to_next}, "Set: ");
     target_place_ = place_at({last_row, current_.column + columns_to_next}, "Target: ");
     active_ = place_at(target_place_.right(columns_to_active), "Active: ");
+    console.flush();
     target_failed_ = attempt_target_voltage(address_, target_);
     if (target_failed_ == nullptr)
         show_target(target_place_, target_);
