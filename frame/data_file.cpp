@@ -15,7 +15,7 @@ OutputFile::~OutputFile()
 bool OutputFile::create(const char* name)
 {
     file_ = std::fopen(name, "wb");
-    stored_ms_ = 0;
+    due_ms_ = 0;
     return is_open();
 }
 
@@ -53,10 +53,10 @@ bool OutputFile::store()
 bool OutputFile::store_when_due(std::int64_t now_ms)
 {
     constexpr std::int64_t interval_ms = 1000;
-    if (stored_ms_ != 0 && now_ms - stored_ms_ < interval_ms)
-        return std::ferror(file_) == 0;
-    stored_ms_ = now_ms;
-    return store();
+    const bool due = due_ms_ != 0 && now_ms >= due_ms_;
+    if (due || due_ms_ == 0)
+        due_ms_ = now_ms + interval_ms;
+    return due ? store() : std::ferror(file_) == 0;
 }
 
 bool OutputFile::close()

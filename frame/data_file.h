@@ -35,7 +35,8 @@ public:
     bool flush();
     /// The same, and waits until it is on the disk: neither a crash nor a power loss costs it.
     bool store();
-    /// The same, at most once a second: for a file that grows while something is measured.
+    /// The same once a second, from the first call on: for a file that grows while something is
+    /// measured.
     bool store_when_due(std::int64_t now_ms);
 
     /// False when a print failed or the rest could not be written. The file is closed anyway.
@@ -43,7 +44,7 @@ public:
 
 private:
     std::FILE* file_ = nullptr;
-    std::int64_t stored_ms_ = 0;
+    std::int64_t due_ms_ = 0; ///< of store_when_due()
 };
 
 /// A file being read piece by piece, however long it is.

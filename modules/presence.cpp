@@ -42,6 +42,15 @@ const char* attempt_presence(ModulePresence& presence)
     return attempt(LIB(GetModulePresence), &presence.valid, &presence.slot_count, &presence.flags);
 }
 
+bool check_valid(const ModulePresence& presence)
+{
+    if (presence.valid == 0) {
+        console.print(Color::bad, "Module-presence flags invalid!");
+        console.print("\r\n");
+    }
+    return presence.valid != 0;
+}
+
 bool read_presence(ModulePresence& presence)
 {
     progress("Getting module-presence flags:\r\n");
@@ -50,11 +59,5 @@ bool read_presence(ModulePresence& presence)
 
 bool read_valid_presence(ModulePresence& presence)
 {
-    if (!read_presence(presence))
-        return false;
-    if (presence.valid == 0) {
-        console.print(Color::bad, "Module-presence flags invalid!");
-        console.print("\r\n");
-    }
-    return presence.valid != 0;
+    return read_presence(presence) && check_valid(presence);
 }

@@ -55,9 +55,12 @@ struct ModulePresence {
 /// Reads the presence record once. Null, or the name of what failed.
 [[nodiscard]] const char* attempt_presence(ModulePresence& presence);
 
-/// The same with its progress line and one repeat of a failed call; false when that failed, too,
+/// False, with a message, when the flags are not valid.
+[[nodiscard]] bool check_valid(const ModulePresence& presence);
+
+/// Reads it with its progress line and one repeat of a failed call; false when that failed, too,
 /// which has been reported.
 [[nodiscard]] bool read_presence(ModulePresence& presence);
 
-/// The same for a command on all modules: false, too, when the flags are not valid, and tells so.
+/// Both, for a command on all modules.
 [[nodiscard]] bool read_valid_presence(ModulePresence& presence);

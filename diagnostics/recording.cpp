@@ -1,0 +1,385 @@
+#include "diagnostics/recording.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "frame/console.h"
+#include "frame/device_call.h"
+#include "frame/format.h"
+#include "frame/keys.h"
+#include "frame/live_display.h"
+#include "frame/measurement_log.h"
+#include "frame/platform.h"
+#include "frame/program.h"
+#include "frame/supplies.h"
+#include "modules/presence.h"
+#include "modules/readings.h"
+
+namespace
+{
+
+constexpr unsigned heat_controller = 0; ///< its address
+
+namespace data_ready
+{
+constexpr unsigned monitoring = 0x01;
+constexpr unsigned monitoring_overflow = 0x02;
+constexpr unsigned housekeeping = 0x04;
+constexpr unsigned housekeeping_overflow = 0x08;
+} // namespace data_ready
+
+/// Of one kind of sample.
+struct SampleCounters {
+    std::uint32_t received = 0;
+    std::uint32_t overflows = 0; ///< samples were lost in the instrument
+    std::uint32_t failed_calls = 0;
+};
+
+struct Counters {
+    std::uint32_t failed_status_calls = 0;
+    SampleCounters monitoring, housekeeping;
+
+    [[nodiscard]] std::uint32_t failed_calls() const
+    {
+        return failed_status_calls + monitoring.failed_calls + housekeeping.failed_calls;
+    }
+};
+
+constexpr RateLayout recording_rates = {"Polling rate:", "c/s, Mean response time:", "%6.1lf", 7,
+                                        "ms, Errors: "};
+
+// The degree sign alone stands behind a temperature here.
+#define DEGREES "\xF8"
+
+/// The four rows on the screen.
+class RecordingDisplay
+{
+public:
+    /// Title and labels; the cursor stays in the last row.
+    void print_labels(const std::string& module)
+    {
+        print_live_title("Housekeeping of " + module, ": ", true);
+        rates_ = place_rates(recording_rates);
+        errors_ = console.place();
+        begin_row();
+        plus_3_3_ = place_field("Voltages: +3V3:", room);
+        plus_5_ = place_field("5V0:", room);
+        plus_24_ = place_field("24V:", room);
+        cpu_ = place_field("Temperatures: CPU:", room);
+        psu_ = place_field("PSU:");
+        begin_row();
+        output_voltage_ = place_field("Voltage output:", room);
+        heater_voltage_ = place_field("heater:", room);
+        current_ = place_field("Current:", room);
+        temperature_ = place_field("Heater temperature:");
+        begin_row();
+        output_power_ = place_field("Power output:", room);
+        wire_power_ = place_field("wires:", room);
+        heater_power_ = place_field("heater:", room);
+        resistance_ = place_field("Heater resistance:");
+        last_row_ = console.place().row;
+    }
+
+    void show_rates(const CycleRates& rates, std::int64_t now_ms) const
+    {
+        rates_.show(rates, now_ms);
+    }
+
+    void show_errors(std::uint32_t count) const
+    {
+        console.print_at(errors_, count != 0 ? Color::bad : Color::value, "%u", count);
+    }
+
+    void show(const ModuleHousekeeping& sample) const
+    {
+        console.print_at(plus_3_3_, supply::plus_3_3.color(sample.plus_3_3), "%6.3lfV",
+                         sample.plus_3_3);
+        console.print_at(plus_5_, supply::plus_5.color(sample.plus_5), "%6.3lfV", sample.plus_5);
+        console.print_at(plus_24_, supply::plus_24.color(sample.plus_24), "%7.3lfV",
+                         sample.plus_24);
+        console.print_at(cpu_, temperature_color(sample.cpu), "%+6.1lf" DEGREES, sample.cpu);
+        console.print_at(psu_, temperature_color(sample.psu), "%+6.1lf" DEGREES, sample.psu);
+    }
+
+    void show(const HeaterMonitoring& sample) const
+    {
+        console.print_at(output_voltage_, Color::value, "%7.3lfV", sample.output_voltage);
+        console.print_at(heater_voltage_, Color::value, "%7.3lfV", sample.heater_voltage);
+        console.print_at(current_, Color::value, "%7.3lfA", sample.current);
+        console.print_at(temperature_, Color::value, "%+8.2lf" DEGREES, sample.temperature);
+        console.clear_to_end_of_line();
+        console.print_at(output_power_, Color::value, "%7.2lfW", sample.output_power());
+        console.print_at(wire_power_, Color::value, "%6.2lfW", sample.wire_power());
+        console.print_at(heater_power_, Color::value, "%6.2lfW", sample.heater_power());
+        if (const std::optional<double> ohms = sample.heater_resistance())
+            console.print_at(resistance_, Color::value, "%7.3lfOhm", *ohms);
+        else
+            console.print_at(resistance_, Color::value, "     -");
+        console.clear_to_end_of_line();
+    }
+
+    /// Goes below the last row.
+    void leave() const
+    {
+        console.move_to({last_row_, 1});
+        console.print("\r\n");
+    }
+
+private:
+    static constexpr int room = 12; ///< from the end of a label to the next one
+
+    static void begin_row()
+    {
+        console.print("\r\n");
+        console.skip(2);
+    }
+
+    RateFields rates_;
+    Place errors_;
+    Place plus_3_3_, plus_5_, plus_24_, cpu_, psu_;
+    Place output_voltage_, heater_voltage_, current_, temperature_;
+    Place output_power_, wire_power_, heater_power_, resistance_;
+    int last_row_ = 0;
+};
+
+/// Fetches a sample in up to three calls and counts those that fail. False when all did.
+template <class Attempt>
+bool fetch(Attempt attempt_once, SampleCounters& counters)
+{
+    constexpr int most_calls = 3;
+    for (int calls = 0; calls < most_calls; ++calls) {
+        if (attempt_once() == nullptr)
+            return true;
+        ++counters.failed_calls;
+    }
+    return false;
+}
+
+/// One recording into a file that is open.
+class Recording
+{
+public:
+    Recording(MeasurementLog& log, const std::string& module) : log_(log), module_(module) {}
+
+    /// Records until Esc. False when it failed, which has been told.
+    bool run()
+    {
+        if (!start_file()) {
+            console.print("Error writing data file\r\n");
+            return false;
+        }
+        DisplayScope scope;
+        display_.print_labels(module_);
+        console.flush();
+        // What was measured before belongs to nobody.
+        if (const char* failed = discard_old_samples()) {
+            display_.leave();
+            scope.end();
+            report_error(failed);
+            return false;
+        }
+        rates_.start_ms = now_ms_ = platform::tick_ms();
+        log_.start_clock(rates_.start_ms);
+        const bool recorded = record_until_escape();
+        draw();
+        display_.leave();
+        scope.end();
+        if (!recorded) {
+            console.print(Color::bad, "Error writing data file\r\n");
+            return false;
+        }
+        return finish();
+    }
+
+private:
+    bool start_file()
+    {
+        const platform::LocalTime started = platform::local_time();
+        progress("Getting housekeeping and monitoring data of %s started on %s\r\n",
+                 module_.c_str(), acquisition_time_text(started).c_str());
+        // The file's own encoding of the degree sign, not the console's.
+        return log_.start("Housekeeping and monitoring data of", module_, started,
+                          "Time/s\t3V3/V\t5V0/V\t24V/V\tT_CPU/\xB0"
+                          "C\tT_PSU/\xB0"
+                          "C\tVout/V\tVheat/V\tIout/A\tTheat/\xB0"
+                          "C");
+    }
+
+    static const char* discard_old_samples()
+    {
+        ModuleHousekeeping housekeeping;
+        HeaterMonitoring monitoring;
+        const char* failed = attempt_housekeeping(heat_controller, housekeeping);
+        return failed != nullptr ? failed : attempt_monitoring(monitoring);
+    }
+
+    /// False when the file cannot be written.
+    bool record_until_escape()
+    {
+        DrawPacer pacer;
+        while (!key_waiting() || folded(read_key()) != key::escape) {
+            std::uint8_t flags = 0;
+            const char* failed = attempt(LIB(GetModuleDataReadyFlags), heat_controller, &flags);
+            now_ms_ = platform::tick_ms();
+            if (failed != nullptr)
+                ++counters_.failed_status_calls;
+            else if (!take_samples(flags))
+                return false;
+            if (!log_.keep(now_ms_))
+                return false;
+            if (pacer.is_due(now_ms_))
+                draw();
+        }
+        return true;
+    }
+
+    /// A cycle whose flags were read. False when a row cannot be written.
+    bool take_samples(unsigned flags)
+    {
+        ++rates_.cycles;
+        counted_ms_ = now_ms_;
+        if (flags == 0)
+            return true;
+        if ((flags & data_ready::monitoring_overflow) != 0)
+            ++counters_.monitoring.overflows;
+        if ((flags & data_ready::housekeeping_overflow) != 0)
+            ++counters_.housekeeping.overflows;
+        bool written = true;
+        if ((flags & data_ready::housekeeping) != 0)
+            written = take_housekeeping();
+        if (written && (flags & data_ready::monitoring) != 0)
+            written = take_monitoring();
+        shown_errors_ = counters_.failed_calls();
+        return written;
+    }
+
+    bool take_housekeeping()
+    {
+        ModuleHousekeeping sample;
+        const auto attempt_once = [&] { return attempt_housekeeping(heat_controller, sample); };
+        if (!fetch(attempt_once, counters_.housekeeping) || sample.valid == 0)
+            return true;
+        ++counters_.housekeeping.received;
+        housekeeping_ = sample;
+        return log_.row(now_ms_, "\t%lf\t%.3lf\t%.3lf\t%.2lf\t%.2lf\n", sample.plus_3_3,
+                        sample.plus_5, sample.plus_24, sample.cpu, sample.psu);
+    }
+
+    bool take_monitoring()
+    {
+        HeaterMonitoring sample;
+        const auto attempt_once = [&] { return attempt_monitoring(sample); };
+        if (!fetch(attempt_once, counters_.monitoring) || sample.ready == 0)
+            return true;
+        ++counters_.monitoring.received;
+        monitoring_ = sample;
+        return log_.row(now_ms_, "\t\t\t\t\t\t%lf\t%lf\t%lf\t%.3lf\n", sample.output_voltage,
+                        sample.heater_voltage, sample.current, sample.temperature);
+    }
+
+    void draw() const
+    {
+        if (rates_.cycles == 0)
+            return;
+        display_.show_rates(rates_, counted_ms_);
+        if (housekeeping_)
+            display_.show(*housekeeping_);
+        if (monitoring_)
+            display_.show(*monitoring_);
+        if (shown_errors_)
+            display_.show_errors(*shown_errors_);
+        console.flush();
+    }
+
+    struct SummaryLine {
+        const char* label;
+        std::uint32_t count;
+        bool always_shown; ///< on the console, too
+    };
+
+    [[nodiscard]] std::array<SummaryLine, 7> summary() const
+    {
+        const Counters& c = counters_;
+        return {{{"Status communication error:", c.failed_status_calls, false},
+                 {"Monitoring communication error:", c.monitoring.failed_calls, false},
+                 {"Housekeeping communication error:", c.housekeeping.failed_calls, false},
+                 {"Monitoring data overflow:", c.monitoring.overflows, false},
+                 {"Housekeeping data overflow:", c.housekeeping.overflows, false},
+                 {"Monitoring data received:", c.monitoring.received, true},
+                 {"Housekeeping data received:", c.housekeeping.received, true}}};
+    }
+
+    /// Trailer of the file and summary on the console. False when the file cannot be written.
+    bool finish()
+    {
+        now_ms_ = platform::tick_ms();
+        const double seconds = static_cast<double>(now_ms_ - rates_.start_ms) * 0.001;
+        // The file first: a terminal that was closed must not cost it.
+        const bool written = write_trailer(seconds);
+        print_value_line("Duration of the data acquisition: ", "%6.2lfs", seconds);
+        for (const SummaryLine& line : summary()) {
+            if (line.count == 0 && !line.always_shown)
+                continue;
+            console.print("%-34s", line.label);
+            print_value_line("", "%u", line.count);
+        }
+        if (!written)
+            console.print("Error writing data file\r\n");
+        return written;
+    }
+
+    bool write_trailer(double seconds)
+    {
+        log_.stop(now_ms_, rates_.cycles + 1); // the cycle that Esc cut short counts
+        for (const SummaryLine& line : summary())
+            log_.print("%s\t%u\n", line.label, line.count);
+        if (seconds > 0.0) {
+            // Two wordings, as the readers of these files know them.
+            write_data_rate("Monitoring data rate", "Monitoring",
+                            counters_.monitoring.received / seconds);
+            write_data_rate("Housekeeping data", "Housekeeping",
+                            counters_.housekeeping.received / seconds);
+        }
+        return log_.store();
+    }
+
+    void write_data_rate(const char* name, const char* kind, double rate)
+    {
+        log_.print("%s in samples/s:\t%lf\n", name, rate);
+        log_.print("%s sample period in ms:\t%lf\n", kind, rate > 0.0 ? 1000.0 / rate : 0.0);
+    }
+
+    MeasurementLog& log_;
+    const std::string& module_;
+    RecordingDisplay display_;
+    CycleRates rates_;
+    Counters counters_;
+    std::int64_t now_ms_ = 0;     ///< when this cycle's flags came
+    std::int64_t counted_ms_ = 0; ///< when those of the last good cycle came
+    // What the display shows; none before the first.
+    std::optional<ModuleHousekeeping> housekeeping_;
+    std::optional<HeaterMonitoring> monitoring_;
+    std::optional<std::uint32_t> shown_errors_;
+};
+
+} // namespace
+
+void record_heat_controller(const Given& given)
+{
+    const std::string module = module_name(heat_controller);
+    MeasurementLog log;
+    if (!log.create(given.text)) {
+        print_open_error(given.text);
+        return;
+    }
+    const bool recorded = Recording{log, module}.run();
+    console.clear_line();
+    if (!log.close())
+        print_close_error(given.text);
+    if (!program.quiet)
+        console.print(recorded ? "Data of %s saved to file '%s'\r\n"
+                               : "Error recording data of %s to file '%s'\r\n",
+                      module.c_str(), printable(given.text).c_str());
+}
