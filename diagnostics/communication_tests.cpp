@@ -7,7 +7,6 @@
 #include <random>
 #include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "frame/console.h"
@@ -62,6 +61,7 @@ struct Shown {
     std::uint32_t set_bytes = 0;
     unsigned target = 0;
     std::optional<double> data_rate; ///< KB/s; none before the first transfer
+    int key = 0;                     ///< the last one since the last drawing
 };
 
 /// The places of a running test.
@@ -93,7 +93,7 @@ Fields print_header(const Test& test)
     return fields;
 }
 
-void draw(const Test& test, const Fields& fields, const Shown& shown, int key)
+void draw(const Test& test, const Fields& fields, const Shown& shown)
 {
     if (shown.cycle == 0)
         return; // nothing came so far
@@ -112,7 +112,7 @@ void draw(const Test& test, const Fields& fields, const Shown& shown, int key)
         console.print(" KB/s)");
     }
     console.clear_to_end_of_line();
-    console.print_at(fields.key, Color::label, "%s", key_text(key).c_str());
+    console.print_at(fields.key, Color::label, "%s", key_text(shown.key).c_str());
     console.flush();
 }
 
@@ -140,7 +140,7 @@ const char* run_cycles(const Test& test, const Fields& fields, Totals& totals)
     Shown shown;
     DrawPacer pacer;
     const char* failed = nullptr;
-    int last_key = 0; // since the last drawing
+    bool is_drawn = false;
     for (bool going_on = true; going_on;) {
         const unsigned target = test.targets[random_below(random, test.targets.size())];
         const std::uint32_t length = random_below(random, std::size_t{test.longest} + 1);
@@ -157,18 +157,23 @@ const char* run_cycles(const Test& test, const Fields& fields, Totals& totals)
         failed = test.transfer(text.data(), target);
         if (failed != nullptr || platform::stop_signal() != 0)
             break;
+        // In every cycle: an Esc alone is known as such only some time after it came.
+        const bool has_key = key_waiting();
         if (!displays)
             continue;
         const std::int64_t now = platform::tick_ms();
         shown.data_rate = totals.kilobytes_per_second(now);
-        if (key_waiting()) {
-            last_key = folded(read_key());
-            going_on = last_key != key::escape;
+        if (has_key) {
+            shown.key = folded(read_key());
+            going_on = shown.key != key::escape;
+        } else if (is_drawn) {
+            shown.key = 0;
         }
-        if (going_on && pacer.is_due(now))
-            draw(test, fields, shown, std::exchange(last_key, 0));
+        is_drawn = pacer.is_due(now);
+        if (is_drawn)
+            draw(test, fields, shown);
     }
-    draw(test, fields, shown, last_key);
+    draw(test, fields, shown);
     return failed;
 }
 

@@ -141,11 +141,12 @@ TEST(CommandLine, GoodOnesInEveryNotation)
                                   "3 -MA* Y -T",
                                   "3 -bz -BZ -bZ -T",
                                   "3 -HT35abc -T",
-                                  "3 -HT-1 -ht -hk -hm -HS f -hs f -T",
+                                  "3 -HT-1 -ht -HK -hm -HS /dev/null -hs /dev/null -T",
                                   "3 -VG1Yn -Vg1 -vg_ -VV* -5.5 -T",
                                   "3 -XS -T -xs -T -XL3 f -XC1023 -XN3ffh -n -xN1 -xi -T"}) {
         SCOPED_TRACE(arguments);
         Trial trial;
+        trial.pipe_in(""); // ends what goes on until Esc
         trial.run(arguments);
         EXPECT_EQ(trial.exit_status, 0);
         EXPECT_THAT(trial.screen(), Not(HasSubstr("Error parsing")));

@@ -1,0 +1,155 @@
+#include <algorithm>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/trial.h"
+
+namespace
+{
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+const std::string header_0 = "data sets of up to {W}0{.} bytes ({W}2{.} bytes total), press "
+                             "{W}Esc{.} to quit: ";
+const std::string started = "\n  Test started on  {W}2026/03/14, 09:26:53.589{.}";
+
+TEST(ControllerTest, CountsDisplaysAndLooksAtKeysThere)
+{
+    Trial trial;
+    trial.instrument("block Test for 10");
+    trial.type(1300, "\033"); // behind the first display, which comes at 1.23 s
+    trial.run("3 -q -@ -T");
+    EXPECT_EQ(trial.display(),
+              "Testing communication with " + header_0 + "01Bh" + started +
+                  ", stopped by user\n"
+                  "  Test finished on {W}2026/03/14, 09:26:56.039{.} after {W}247{.} cycles, "
+                  "{W}490{.} ({W}4.90E+02{.}) bytes\n"
+                  "    data rate: {W}0.195{.} KB/s, {W}100.82{.} cycles/s, mean response time: "
+                  "{W}9.92{.} ms\n");
+    EXPECT_EQ(std::count(trial.calls.begin(), trial.calls.end(), "Test(\"\")"), 245);
+}
+
+TEST(ControllerTest, TheSummaryStandsBelowTheError)
+{
+    Trial trial;
+    trial.instrument("block Test for 10");
+    trial.instrument("fail Test at 400 text \"gone\"");
+    trial.type(3000, "x"); // shown by the third display, the last before the failure
+    trial.run("3 -@0 -T");
+    EXPECT_THAT(trial.display(),
+                StartsWith("Testing communication with " + header_0 + "'X'" + started +
+                           ", run {W}#370{.} (  {W}2{.} bytes, {W}0.195{.} KB/s)\n" +
+                           error_line("Test", "09:26:57.589", "gone")));
+    EXPECT_THAT(trial.display(), HasSubstr("{.}\n  Test finished on {W}2026/03/14, 09:26:57.589{.} "
+                                           "after {W}403{.} cycles, {W}800{.} ("));
+    Trial at_once;
+    at_once.instrument("fail Test always");
+    at_once.run("3 -@0 -T -p");
+    EXPECT_THAT(at_once.screen(), HasSubstr(started + ", run\n{M}2026"));
+    EXPECT_THAT(at_once.screen(), EndsWith("time-out{.}\n\nProgram completed\n"));
+}
+
+TEST(ControllerTest, SendsPrintableTextsOfEveryLength)
+{
+    Trial trial;
+    trial.instrument("fail Test at 2000");
+    trial.run("3 -@3 -T");
+    std::size_t longest = 0;
+    std::string characters;
+    for (const std::string& call : trial.calls) {
+        if (!call.starts_with("Test(\""))
+            continue;
+        std::string text = call.substr(6, call.size() - 8);
+        for (std::size_t at = 0; (at = text.find('\\', at)) != std::string::npos; ++at)
+            text.replace(at, text[at + 1] == 'x' ? 4 : 2, "\x7F"); // quote, backslash and DEL
+        longest = std::max(longest, text.size());
+        characters += text;
+    }
+    EXPECT_EQ(longest, 3U);
+    const auto [least, most] = std::minmax_element(characters.begin(), characters.end());
+    EXPECT_EQ(*least, ' ');
+    EXPECT_EQ(*most, 0x7F);
+}
+
+TEST(ControllerTest, ARequestToEndIsNotKeptWaiting)
+{
+    Trial trial;
+    trial.instrument("block Test for 1000");
+    virtual_platform.signals = {{.at_ms = 2500, .number = 15}};
+    trial.run("3 -@0 -T");
+    EXPECT_THAT(trial.display(), HasSubstr(started + ", stopped by user\n  Test finished on "
+                                                     "{W}2026/03/14, 09:26:56.589{.} after {W}3"));
+}
+
+TEST(ModuleTest, Partners)
+{
+    const std::string stopped = header_0 + "01Bh" + started + ", stopped by user\n";
+    const struct {
+        const char* switches;
+        const char* flags; ///< of the slots
+        std::string start; ///< of the display
+        const char* call;  ///< null = none
+    } cases[] = {
+        {"-&2 0", "0010", "Testing communication with the module {W}2{.} with " + stopped,
+         "TestModule(\"\", 2)"},
+        {"-&_ 0", "0000", "Testing communication with  with " + stopped, "TestModule(\"\", 128)"},
+        {"-&* 0", "0100",
+         "{W}1{.} NOL module(s) present\nTesting communication with {W}all{.} modules with " +
+             stopped,
+         "TestModule(\"\", 1)"},
+        {"-q -&* 0", "0001",
+         "present\nTesting communication with {W}all{.} modules with " + stopped,
+         "TestModule(\"\", 3)"},
+        {"-&2 0", "1101", "{M}Module #2 not found!{.}\n", nullptr},
+        {"-&* 0", "2030", "{M}No modules found!{.}\n", nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.switches);
+        Trial trial;
+        for (std::size_t i = 0; i < 4; ++i)
+            trial.instrument("reply GetModulePresence.flags[" + std::to_string(i) + "] " +
+                             c.flags[i]);
+        trial.pipe_in("x\033"); // a key in each cycle: every one is displayed
+        trial.run(std::string{"3 "} + c.switches + " -T");
+        EXPECT_THAT(trial.display(), StartsWith(c.start));
+        if (c.call == nullptr)
+            continue;
+        EXPECT_THAT(trial.display(), HasSubstr("after {W}2{.} cycles, {W}4{.} ("));
+        EXPECT_EQ(std::count(trial.calls.begin(), trial.calls.end(), c.call), 2);
+    }
+}
+
+TEST(ModuleTest, FailuresAndASingleCycle)
+{
+    const struct {
+        const char* line; ///< of the scenario
+        std::string part; ///< of the display
+    } cases[] = {
+        // The presence is not read again.
+        {"fail GetModulePresence at 1", "Getting module-presence flags:\n{M}2026"},
+        {"reply GetModulePresence.valid 0", "{M}Module-presence flags invalid!{.}\n"},
+        // The counter tells which transfer failed, the rate is that of the one before.
+        {"fail TestModule at 1",
+         ", run {W}#1{.} (mod.{W}03{.},   {W}2{.} bytes\n{M}2026/03/14, 09:26:53.689: "},
+        {"fail TestModule at 3",
+         ", run {W}#3{.} (mod.{W}03{.},   {W}2{.} bytes, {W}0.020{.} KB/s)\n{M}2026"},
+        {"noise off", "with " + header_0 + "01Bh" + started + "\nClosing"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        Trial trial;
+        for (const char* slot : {"0", "1", "2"})
+            trial.instrument(std::string{"reply GetModulePresence.flags["} + slot + "] 0");
+        trial.instrument("block TestModule for 100");
+        trial.instrument(c.line);
+        const bool fails = c.part.find("#") != std::string::npos;
+        trial.pipe_in(fails ? "xxx" : "");
+        trial.run("3 -g -&* 0 -T");
+        EXPECT_THAT(trial.display(), HasSubstr(c.part));
+    }
+}
+
+} // namespace

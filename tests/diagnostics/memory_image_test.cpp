@@ -1,0 +1,181 @@
+#include <algorithm>
+#include <cstdio>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/temporary_file.h"
+#include "tests/support/trial.h"
+
+namespace
+{
+
+using testing::HasSubstr;
+
+constexpr int lines = 262'304;
+constexpr int lines_of_memory = 0x40000;
+
+long count(const Trial& trial, const std::string& function)
+{
+    return std::count_if(trial.calls.begin(), trial.calls.end(),
+                         [&](const std::string& call) { return call.starts_with(function + '('); });
+}
+
+/// An image in which every byte depends on its address; `format` writes one.
+std::string image(const char* format, int count)
+{
+    std::string text;
+    char line[16];
+    for (int address = 0; address < count; ++address) {
+        const int byte = address < lines_of_memory ? (address * 7 + address / 256) & 0xFF : 0xFF;
+        std::snprintf(line, sizeof line, format, byte);
+        text += line;
+    }
+    return text;
+}
+
+void run(Trial& trial, const TemporaryFile& file, const std::string& switches)
+{
+    trial.run("3 " + switches + " '" + file.name() + "' -T");
+}
+
+TEST(MemoryImage, RestoreWipeAndRestore)
+{
+    Trial trial;
+    trial.pipe_in("yYyyyy");
+    const TemporaryFile file;
+    const std::string original = image("%02X\n", lines);
+    file.write(original);
+    run(trial, file, "-q -Y");
+    EXPECT_EQ(trial.display(), "Restore memory data? [y/n]: y\n"
+                               "All memory data will be overwritten, proceed? [y/n]: Y\n");
+    EXPECT_EQ(count(trial, "SetMemoryData"), 1171);
+    EXPECT_EQ(count(trial, "UpdateMemoryData"), 1);
+    file.write("");
+    run(trial, file, "-y");
+    EXPECT_TRUE(file.text() == original) << "saved as it was loaded";
+    EXPECT_EQ(trial.display(), "Saving memory data (size=40000h):\nMemory data saved to file '" +
+                                   file.name() + "'\n");
+}
+
+TEST(MemoryImage, FormsOfAFile)
+{
+    const std::string loaded = "Memory data loaded from file '";
+    const std::string warning = "Warning: Data file '";
+    const std::string error = "\nError reading the data file '";
+    const std::string good = image("%02X\n", lines);
+    const struct {
+        const char* what;
+        std::string text;
+        long blocks;
+        std::string end;
+        std::string next; ///< behind the file's name
+    } cases[] = {
+        {"other line ends and case, no last one", image("%02x \r\n", lines - 1) + "fF", 1171,
+         ":\n" + loaded, "'\n"},
+        {"single digits", image("\t%X\n\n", lines) + " \n", 1171, ":\n" + loaded, "'\n"},
+        {"too long", good + "FF\n", 1171, ":\n" + warning, "' too long\nMemory data loaded"},
+        {"short by one", image("%02X\n", lines - 1), 1170, "3FFC0h" + error, "'\n"},
+        {"empty", "", 0, "00000h" + error, "'\n"},
+        {"broken", image("%02X\n", 500) + "G0\n" + good, 2, "001C0h" + error, "'\n"},
+        {"signs are no digits", image("%02X\n", 500) + "-1\n" + good, 2, "001C0h" + error, "'\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        Trial trial;
+        trial.pipe_in("yy");
+        const TemporaryFile file;
+        file.write(c.text);
+        run(trial, file, "-Y");
+        EXPECT_THAT(trial.screen(), HasSubstr(c.end + file.name() + c.next));
+        EXPECT_EQ(count(trial, "SetMemoryData"), c.blocks);
+        EXPECT_EQ(count(trial, "UpdateMemoryData"), c.blocks == 1171 ? 1 : 0);
+        if (c.blocks < 1171)
+            continue;
+        run(trial, file, "-y");
+        EXPECT_TRUE(file.text() == good);
+    }
+}
+
+TEST(MemoryImage, Answers)
+{
+    const std::string first = "Restore memory data? [y/n]: ";
+    const std::string second = "All memory data will be overwritten, proceed? [y/n]: ";
+    const struct {
+        const char* keys;
+        std::string display;
+    } cases[] = {
+        {"n", first + "n - cancelled\n"},
+        {"\n", first + " - cancelled\n"},
+        {"", first.substr(0, first.size() - 1) + "\n"},
+        {"y\nx", first + "y\n" + second + "x - cancelled\n"},
+        {"Y", first + "Y\n" + second.substr(0, second.size() - 1) + "\n"},
+    };
+    for (const auto& c : cases) {
+        Trial trial;
+        trial.pipe_in(c.keys);
+        trial.run("3 -q -Y /dev/null -T");
+        EXPECT_EQ(trial.display(), c.display);
+    }
+    Trial typed_ahead;
+    typed_ahead.type(0, "yy");
+    typed_ahead.type(100, "n");
+    typed_ahead.run("3 -Y /dev/null -T");
+    EXPECT_EQ(typed_ahead.display(), first + "n - cancelled\n");
+}
+
+TEST(MemoryImage, Failures)
+{
+    const struct {
+        const char* switches;
+        const char* line; ///< of the scenario
+        rlim_t longest_file;
+        const char* part; ///< of the display
+        const char* function;
+        long calls;
+    } cases[] = {
+        {"-y", "noise off", 1000, "540h\nError writing the data file '", "GetMemoryData", 7},
+        {"-y", "noise off", 3 * lines - 1, ":\nError closing the data file '", "GetMemoryData",
+         1171},
+        {"-y", "fail GetMemoryData at 3", RLIM_INFINITY,
+         "Getting memory data, address: 001C0h\n{M}2026", "GetMemoryData", 3},
+        {"-Y", "fail SetMemoryData at 3", RLIM_INFINITY,
+         "Setting memory data, address: 001C0h\n{M}2026", "SetMemoryData", 3},
+        {"-Y", "fail UpdateMemoryData always", RLIM_INFINITY, "(size=40000h):\n{M}2026",
+         "SetMemoryData", 1171},
+        {"-y", "block GetMemoryData for 100", RLIM_INFINITY,
+         "\nSaving memory data stopped at address: 00380h, {Y}interrupted{.}\n", "GetMemoryData",
+         4},
+        {"-Y", "block SetMemoryData for 100", RLIM_INFINITY,
+         "\nLoading memory data stopped at address: 00380h, {Y}interrupted{.}\n", "SetMemoryData",
+         4},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.part);
+        Trial trial;
+        trial.pipe_in("yy");
+        trial.instrument(c.line);
+        virtual_platform.signals = {{.at_ms = 350, .number = 15}};
+        const TemporaryFile file;
+        file.write(image("%02X\n", lines));
+        {
+            const FullDisk disk{c.longest_file};
+            run(trial, file, c.switches);
+        }
+        EXPECT_THAT(trial.display(), HasSubstr(c.part));
+        EXPECT_EQ(count(trial, c.function), c.calls);
+        // A file that cannot be closed is told as saved, too.
+        EXPECT_EQ(trial.display().find("Memory data ") != std::string::npos,
+                  std::string_view{c.part}.starts_with(":\nError closing"));
+    }
+    Trial nowhere;
+    nowhere.pipe_in("yy");
+    nowhere.run("3 -y /nowhere/at/all -q -Y /nowhere/else -T");
+    EXPECT_EQ(nowhere.display(), "Saving memory data (size=40000h):\n"
+                                 "Error opening the data file '/nowhere/at/all'\n"
+                                 "Restore memory data? [y/n]: y\n"
+                                 "All memory data will be overwritten, proceed? [y/n]: y\n"
+                                 "Error opening the data file '/nowhere/else'\n");
+}
+
+} // namespace
