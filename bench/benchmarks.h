@@ -13,4 +13,7 @@ void register_startup();
 /// Waiting for a key that nobody presses.
 void register_key_wait();
 
+/// The memory image to and from its file.
+void register_memory_file();
+
 } // namespace bench

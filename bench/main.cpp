@@ -27,6 +27,7 @@ int main(int argc, char** argv)
     bench::register_live_displays();
     bench::register_startup();
     bench::register_key_wait();
+    bench::register_memory_file();
     benchmark::RunSpecifiedBenchmarks();
     bench::print_results();
     return EXIT_SUCCESS;
