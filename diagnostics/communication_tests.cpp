@@ -89,7 +89,6 @@ Fields print_header(const Test& test)
     fields.end_of_start = console.place();
     console.print(", run ");
     fields.counter = console.place();
-    console.flush();
     return fields;
 }
 
@@ -201,8 +200,8 @@ void print_summary(const Totals& totals, bool failed)
 
 void run_test(const Test& test)
 {
+    const Fields fields = print_header(test); // wraps: the prompt is seen in a narrow window, too
     DisplayScope scope;
-    const Fields fields = print_header(test);
     Totals totals{.start_ms = platform::tick_ms()};
     const char* failed = run_cycles(test, fields, totals);
     if (failed != nullptr) {

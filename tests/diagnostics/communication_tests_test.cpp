@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <set>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -43,8 +44,7 @@ TEST(ControllerTest, TheSummaryStandsBelowTheError)
                 StartsWith("Testing communication with " + header_0 + "'X'" + started +
                            ", run {W}#370{.} (  {W}2{.} bytes, {W}0.195{.} KB/s)\n" +
                            error_line("Test", "09:26:57.589", "gone")));
-    EXPECT_THAT(trial.display(), HasSubstr("{.}\n  Test finished on {W}2026/03/14, 09:26:57.589{.} "
-                                           "after {W}403{.} cycles, {W}800{.} ("));
+    EXPECT_THAT(trial.display(), HasSubstr("{.} after {W}403{.} cycles, {W}800{.} ("));
     Trial at_once;
     at_once.instrument("fail Test always");
     at_once.run("3 -@0 -T -p");
@@ -52,26 +52,18 @@ TEST(ControllerTest, TheSummaryStandsBelowTheError)
     EXPECT_THAT(at_once.screen(), EndsWith("time-out{.}\n\nProgram completed\n"));
 }
 
-TEST(ControllerTest, SendsPrintableTextsOfEveryLength)
+TEST(ControllerTest, SendsPrintableTextsUpToTheLength)
 {
     Trial trial;
     trial.instrument("fail Test at 2000");
-    trial.run("3 -@3 -T");
-    std::size_t longest = 0;
-    std::string characters;
-    for (const std::string& call : trial.calls) {
-        if (!call.starts_with("Test(\""))
-            continue;
-        std::string text = call.substr(6, call.size() - 8);
-        for (std::size_t at = 0; (at = text.find('\\', at)) != std::string::npos; ++at)
-            text.replace(at, text[at + 1] == 'x' ? 4 : 2, "\x7F"); // quote, backslash and DEL
-        longest = std::max(longest, text.size());
-        characters += text;
-    }
-    EXPECT_EQ(longest, 3U);
-    const auto [least, most] = std::minmax_element(characters.begin(), characters.end());
-    EXPECT_EQ(*least, ' ');
-    EXPECT_EQ(*most, 0x7F);
+    trial.run("3 -@1 -T");
+    const std::set<std::string> sent(trial.calls.begin(), trial.calls.end());
+    const long texts = std::count_if(sent.begin(), sent.end(), [](const std::string& call) {
+        return call.starts_with("Test(");
+    });
+    EXPECT_EQ(texts, 1 + 96) << "the empty one, and each character alone";
+    EXPECT_TRUE(sent.contains("Test(\" \")"));
+    EXPECT_TRUE(sent.contains("Test(\"\\x7F\")"));
 }
 
 TEST(ControllerTest, ARequestToEndIsNotKeptWaiting)

@@ -102,27 +102,13 @@ TEST(Recording, NothingReady)
         trial.instrument("reply GetModuleDataReadyFlags.flags 0");
         const TemporaryFile file;
         run(trial, file, "-q -hs");
-        EXPECT_THAT(file.text(), StartsWith(heading + "\nData acquisition stopped\nTotal dur"));
+        EXPECT_THAT(file.text(), StartsWith(heading + "\nData acquisition stopped\n"));
         EXPECT_THAT(file.text(),
-                    EndsWith(cycles == 0
-                                 ? "ms:\t0.000000\nStatus communication error:\t0\n"
-                                   "Monitoring communication error:\t0\n"
-                                   "Housekeeping communication error:\t0\n"
-                                   "Monitoring data overflow:\t0\nHousekeeping data overflow:\t0\n"
-                                   "Monitoring data received:\t0\nHousekeeping data received:\t0\n"
-                                 : "Monitoring data rate in samples/s:\t0.000000\n"
-                                   "Monitoring sample period in ms:\t0.000000\n"
-                                   "Housekeeping data in samples/s:\t0.000000\n"
-                                   "Housekeeping sample period in ms:\t0.000000\n"));
-        EXPECT_THAT(trial.display(),
-                    StartsWith(cycles == 0 ? "Housekeeping of heat-controller: Polling rate:       "
-                                             " c/s, Mean response time:       ms, Errors:\n"
-                                           : "Housekeeping of heat-controller: Polling rate: "
-                                             "{W}100.00{.} c/s, Mean response time:  {W}10.0{.} "
-                                             "ms, Errors:\n"));
-        EXPECT_THAT(trial.display(), EndsWith("Heater resistance:\n"
-                                              "Duration of the data acquisition:   {W}0.0" +
-                                              std::to_string(cycles) +
+                    EndsWith(cycles == 0 ? "\nHousekeeping data received:\t0\n"
+                                         : "\nHousekeeping data in samples/s:\t0.000000\n"
+                                           "Housekeeping sample period in ms:\t0.000000\n"));
+        EXPECT_THAT(trial.display(), StartsWith("Housekeeping of heat-controller: Polling rate: "));
+        EXPECT_THAT(trial.display(), EndsWith("{W}0.0" + std::to_string(cycles) +
                                               "s{.}\nMonitoring data received:         {W}0{.}\n"
                                               "Housekeeping data received:       {W}0{.}\n"));
     }
