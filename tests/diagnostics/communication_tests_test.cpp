@@ -137,7 +137,7 @@ TEST(ModuleTest, FailuresAndASingleCycle)
             trial.instrument(std::string{"reply GetModulePresence.flags["} + slot + "] 0");
         trial.instrument("block TestModule for 100");
         trial.instrument(c.line);
-        const bool fails = c.part.find("#") != std::string::npos;
+        const bool fails = c.part.find('#') != std::string::npos;
         trial.pipe_in(fails ? "xxx" : "");
         trial.run("3 -g -&* 0 -T");
         EXPECT_THAT(trial.display(), HasSubstr(c.part));

@@ -9,17 +9,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
-/// The name of a file of this test alone; what is there at the end is removed.
+/// The name of a file of this process alone; what is there at the end is removed.
 class TemporaryFile
 {
 public:
-    TemporaryFile()
-        : name_(testing::TempDir() + "kov-" +
-                testing::UnitTest::GetInstance()->current_test_info()->name() + ".txt")
-    {
-        std::remove(name_.c_str());
-    }
+    TemporaryFile() { std::remove(name_.c_str()); }
     ~TemporaryFile() { std::remove(name_.c_str()); }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -33,7 +29,7 @@ public:
     void write(const std::string& text) const { std::ofstream{name_, std::ios::binary} << text; }
 
 private:
-    std::string name_;
+    std::string name_ = testing::TempDir() + "kov-test-" + std::to_string(getpid()) + ".txt";
 };
 
 /// For as long as it exists no file can become longer than this.
