@@ -20,16 +20,6 @@
 namespace
 {
 
-constexpr unsigned heat_controller = 0; ///< its address
-
-namespace data_ready
-{
-constexpr unsigned monitoring = 0x01;
-constexpr unsigned monitoring_overflow = 0x02;
-constexpr unsigned housekeeping = 0x04;
-constexpr unsigned housekeeping_overflow = 0x08;
-} // namespace data_ready
-
 /// Of one kind of sample.
 struct SampleCounters {
     std::uint32_t received = 0;
@@ -236,20 +226,20 @@ private:
     }
 
     /// A cycle whose flags were read. False when a row cannot be written.
-    bool take_samples(unsigned flags)
+    bool take_samples(std::uint8_t flags)
     {
         ++rates_.cycles;
         counted_ms_ = now_ms_;
         if (flags == 0)
             return true;
-        if ((flags & data_ready::monitoring_overflow) != 0)
+        if (has_overflowed(flags, ready_bit::monitoring))
             ++counters_.monitoring.overflows;
-        if ((flags & data_ready::housekeeping_overflow) != 0)
+        if (has_overflowed(flags, ready_bit::housekeeping))
             ++counters_.housekeeping.overflows;
         bool written = true;
-        if ((flags & data_ready::housekeeping) != 0)
+        if (is_ready(flags, ready_bit::housekeeping))
             written = take_housekeeping();
-        if (written && (flags & data_ready::monitoring) != 0)
+        if (written && is_ready(flags, ready_bit::monitoring))
             written = take_monitoring();
         shown_errors_ = counters_.failed_calls();
         return written;
