@@ -93,6 +93,13 @@ const char* output_kind(std::uint32_t word)
     return unipolar_outputs.of(word) != 0 ? "Positive" : "Negative";
 }
 
+std::string fpga_version_text(std::uint32_t version)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%u-%02u", version >> 16, version >> 8 & 0xFF);
+    return text;
+}
+
 std::string type_name(std::uint32_t word)
 {
     return "HVPS-" + std::to_string(voltage_range.of(word)) + output_kind(word)[0];

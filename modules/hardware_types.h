@@ -60,6 +60,9 @@ inline constexpr WordField unipolar_outputs = {30, 2};
 /// "Bipolar", "Positive" or "Negative".
 [[nodiscard]] const char* output_kind(std::uint32_t word);
 
+/// Version of the FPGA: major in bits 16..31, minor in bits 8..15; the rest is not shown.
+[[nodiscard]] std::string fpga_version_text(std::uint32_t version);
+
 /// Voltage range and the first letter of the output kind: "HVPS-3000B".
 [[nodiscard]] std::string type_name(std::uint32_t word);
 } // namespace hv_supply_hardware

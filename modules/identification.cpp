@@ -141,12 +141,8 @@ void show_module_hardware_version(const Given& given)
                            report_error_below(failed);
                            return false;
                        }
-                       constexpr int unshown_bits = 8;
-                       const std::uint32_t major = fpga_version >> 16;
-                       const std::uint32_t minor = fpga_version >> unshown_bits & 0xFF;
                        console.print(", FPGA: ");
-                       console.print(Color::value, "%d-%02d", static_cast<int>(major),
-                                     static_cast<int>(minor));
+                       print_value(hv_supply_hardware::fpga_version_text(fpga_version));
                        return true;
                    });
 }

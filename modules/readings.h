@@ -9,6 +9,7 @@
 namespace ready_bit
 {
 inline constexpr int controller_housekeeping = 0; ///< of the controller's own byte
+inline constexpr int fan = 2;                     ///< of the controller's own byte
 inline constexpr int monitoring = 0;              ///< of a module's byte, as all that follow
 inline constexpr int housekeeping = 2;
 inline constexpr int output_voltage = 4;

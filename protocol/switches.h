@@ -2,9 +2,10 @@
 #pragma once
 
 #include "frame/switches.h"
+#include "protocol/test_protocol.h"
 
 // clang-format off
 inline constexpr Switch protocol_switches[] = {
-    {"R", Form::either, Attached::nothing, Next::text, Session::required, not_yet_there},
+    {"R", Form::either, Attached::nothing, Next::text, Session::required, create_test_protocol},
 };
 // clang-format on

@@ -1,0 +1,8 @@
+/// The heater under each of its limits in turn.
+#pragma once
+
+#include "protocol/product_data.h"
+#include "protocol/report.h"
+
+/// Does nothing without a heat-controller. Deactivates the module in the end.
+[[nodiscard]] bool run_heater_steps(Report& report, const ProductData& data);

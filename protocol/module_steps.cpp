@@ -1,0 +1,237 @@
+#include "protocol/module_steps.h"
+
+#include <cstdio>
+
+#include "frame/device_call.h"
+#include "frame/numbers.h"
+#include "modules/readings.h"
+
+namespace
+{
+
+bool measure_cpu_load(Report& report, unsigned address)
+{
+    return take_series(report, "CPU data", {},
+                       {.channels = {{"load", &quantity::percent}},
+                        .count = 10,
+                        .fetch = [address](std::span<double> values) {
+                            return Sample{attempt(LIB(GetModuleCPUdata), address, &values[0])};
+                        }});
+}
+
+struct HousekeepingChannel {
+    const char* label;
+    double ModuleHousekeeping::*value;
+    const Quantity* quantity;
+};
+
+using Record = ModuleHousekeeping;
+
+constexpr HousekeepingChannel base_unit_channels[] = {
+    {"3V3", &Record::plus_3_3, &quantity::volts},
+    {"CPU", &Record::cpu, &quantity::degrees},
+};
+constexpr HousekeepingChannel heat_controller_channels[] = {
+    {"3V3", &Record::plus_3_3, &quantity::volts}, {"5V0", &Record::plus_5, &quantity::volts},
+    {"24V", &Record::plus_24, &quantity::volts},  {"CPU", &Record::cpu, &quantity::degrees},
+    {"PSU", &Record::psu, &quantity::degrees},
+};
+constexpr HousekeepingChannel hv_supply_channels[] = {
+    {"3V3", &Record::plus_3_3, &quantity::volts},
+    {"5V0", &Record::plus_5, &quantity::volts},
+    {"+24V", &Record::plus_24, &quantity::volts},
+    {"-22V", &Record::minus_22, &quantity::volts},
+    {"+18V", &Record::plus_18, &quantity::volts},
+    {"-18V", &Record::minus_18, &quantity::volts},
+    {"1V5", &Record::vc, &quantity::volts},
+    {"A-Gnd", &Record::analog_ground, &quantity::volts},
+    {"CPU", &Record::cpu, &quantity::degrees},
+};
+
+std::span<const HousekeepingChannel> housekeeping_channels(unsigned address)
+{
+    if (address == base_unit)
+        return base_unit_channels;
+    if (address == heat_controller)
+        return heat_controller_channels;
+    return hv_supply_channels;
+}
+
+bool measure_housekeeping(Report& report, unsigned address)
+{
+    const std::span<const HousekeepingChannel> shown = housekeeping_channels(address);
+    Source source{.channels = {}, .count = 20, .ready_bit = ready_bit::housekeeping, .fetch = {}};
+    for (const HousekeepingChannel& channel : shown)
+        source.channels.push_back({channel.label, channel.quantity});
+    source.fetch = [address, shown](std::span<double> values) {
+        Record record;
+        const char* failed = attempt_housekeeping(address, record);
+        for (std::size_t i = 0; i < shown.size(); ++i)
+            values[i] = record.*shown[i].value;
+        return Sample{failed, record.valid != 0};
+    };
+    return take_series(report, "Housekeeping data", address, source);
+}
+
+/// Sets one thing of the ranges and tells what came of it.
+bool report_range(Report& report, const char* what, const char* wanted, bool is_so)
+{
+    if (is_so)
+        report.result(std::string{what} + " range has been set to " + wanted, Color::label);
+    else
+        report.result(std::string{what} + " range could not be set to " + wanted, Color::bad);
+    return is_so;
+}
+
+/// The currents and voltages that an HV-supply measures while it is off.
+bool measure_idle_supply(Report& report, unsigned address)
+{
+    const auto set = [&](bool negative, bool high) {
+        return set_ranges_and_check(report, address, {.negative = negative, .high = high},
+                                    Space::ignored);
+    };
+    const auto measure = [&](const char* title, const char* label, Source source) {
+        source.channels.front().label = label;
+        return take_series(report, title, address, std::move(source));
+    };
+    return set(false, false) &&
+           measure("Output data (low range)", "current", current_source(address)) &&
+           set(false, true) &&
+           measure("Output data (high range)", "current", current_source(address)) &&
+           measure("Output data (positive)", "voltage", voltage_source(address)) &&
+           set(true, true) && measure("Output data (negative)", "voltage", voltage_source(address));
+}
+
+bool measure_slot(Report& report, unsigned slot)
+{
+    if (!measure_cpu_load(report, slot) || !measure_housekeeping(report, slot) ||
+        !activate_and_check(report, slot, false))
+        return false;
+    return slot == heat_controller ? measure_heater(report, "Monitoring data", false)
+                                   : measure_idle_supply(report, slot);
+}
+
+bool run_slot(Report& report, const ProductData& data, unsigned slot)
+{
+    report_slot_heading(report, slot);
+    report.indent(true);
+    bool passed = true;
+    if (!data.presence.has_slot(slot))
+        report.text(Color::warning, "No module found, skipped");
+    else if (!data.fits(slot))
+        report.text(Color::warning, "The device type does not fit the slot, skipped");
+    else
+        passed = measure_slot(report, slot);
+    report.indent(false);
+    return passed;
+}
+
+} // namespace
+
+void report_slot_heading(Report& report, unsigned slot)
+{
+    char heading[32];
+    std::snprintf(heading, sizeof heading, "Slot #%02u:", slot);
+    report.heading(heading, heading);
+}
+
+bool activate_and_check(Report& report, unsigned address, bool on)
+{
+    report.text(on ? "Activating the module..." : "Deactivating the module...");
+    if (!call(LIB(SetModuleActivationState), address, static_cast<std::uint8_t>(on)))
+        return false;
+    std::uint8_t state = 0;
+    if (!call(LIB(GetModuleActivationState), address, &state))
+        return false;
+    const std::string wanted = on ? "enabled" : "disabled";
+    if ((state != 0) != on) {
+        report.result("Module could not be " + wanted + '!', Color::bad);
+        return false;
+    }
+    report.result("Module has been " + wanted, Color::label);
+    return report.is_good();
+}
+
+bool set_ranges_and_check(Report& report, unsigned address, MeasurementRanges ranges, Space space)
+{
+    constexpr std::int64_t settling_ms = 10'000;
+    report.text("Setting measurement channels...");
+    if (!succeeded(attempt_to_set_ranges(address, ranges)) || !wait(report, settling_ms, space))
+        return false;
+    MeasurementRanges read_back;
+    if (!succeeded(attempt_ranges(address, read_back)))
+        return false;
+    const bool current_is_set = report_range(report, "Current", ranges.high != 0 ? "high" : "low",
+                                             (read_back.high != 0) == (ranges.high != 0));
+    const bool voltage_is_set = report_range(report, "Voltage", ranges.polarity(),
+                                             (read_back.negative != 0) == (ranges.negative != 0));
+    return current_is_set && voltage_is_set && report.is_good();
+}
+
+bool measure_heater(Report& report, const char* title, bool with_power)
+{
+    Source source{.channels = {{"output voltage", &quantity::volts},
+                               {"heater voltage", &quantity::volts},
+                               {"current", &quantity::amperes}},
+                  .count = 100,
+                  .ready_bit = ready_bit::monitoring,
+                  .fetch = {}};
+    if (with_power)
+        source.channels.push_back({"power", &quantity::watts});
+    source.channels.push_back({.label = "heater temperature",
+                               .quantity = &quantity::fine_degrees,
+                               .as_range = with_power});
+    source.fetch = [with_power](std::span<double> values) {
+        HeaterMonitoring monitoring;
+        const char* failed = attempt_monitoring(monitoring);
+        values[0] = monitoring.output_voltage;
+        values[1] = monitoring.heater_voltage;
+        values[2] = monitoring.current;
+        if (with_power)
+            values[3] = monitoring.heater_power();
+        values.back() = monitoring.temperature;
+        return Sample{failed, monitoring.ready != 0};
+    };
+    return take_series(report, title, heat_controller, std::move(source));
+}
+
+Source voltage_source(unsigned address)
+{
+    return {.channels = {{"", &quantity::volts}},
+            .count = 20,
+            .ready_bit = ready_bit::output_voltage,
+            .fetch = [address](std::span<double> values) {
+                std::uint8_t valid = 0;
+                const char* failed =
+                    attempt(LIB(GetHVsupplyOutputVoltage), address, &valid, &values[0]);
+                return Sample{failed, valid != 0};
+            }};
+}
+
+Source current_source(unsigned address)
+{
+    return {.channels = {{"", &quantity::picoamperes}},
+            .count = 100,
+            .ready_bit = ready_bit::output_current,
+            .fetch = [address](std::span<double> values) {
+                std::uint8_t valid = 0;
+                const char* failed =
+                    attempt(LIB(GetHVsupplyOutputCurrent), address, &valid, &values[0]);
+                return Sample{failed, valid != 0};
+            }};
+}
+
+bool run_module_steps(Report& report, const ProductData& data)
+{
+    report.heading("Base unit:", "Base unit:");
+    report.indent(true);
+    bool passed = true;
+    if (data.presence.has_base_unit())
+        passed = measure_cpu_load(report, base_unit) && measure_housekeeping(report, base_unit);
+    else
+        report.text(Color::warning, "Not found, skipped");
+    report.indent(false);
+    for (unsigned slot = 0; slot <= highest_slot && passed; ++slot)
+        passed = run_slot(report, data, slot);
+    return passed && report.is_good();
+}

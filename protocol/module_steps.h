@@ -1,0 +1,29 @@
+/// The measurements on each unit with the device off, and what all steps on modules share.
+#pragma once
+
+#include "modules/output.h"
+#include "protocol/product_data.h"
+#include "protocol/report.h"
+#include "protocol/sampling.h"
+
+/// Base unit and modules, one after the other, as far as they are there and of the right kind.
+[[nodiscard]] bool run_module_steps(Report& report, const ProductData& data);
+
+/// "Activating the module..." or "Deactivating the module...", and what reads back; false when it
+/// did not work.
+[[nodiscard]] bool activate_and_check(Report& report, unsigned address, bool on);
+
+/// Sets the measurement ranges of an HV-supply, lets them settle for ten seconds, and checks them.
+[[nodiscard]] bool set_ranges_and_check(Report& report, unsigned address, MeasurementRanges ranges,
+                                        Space space);
+
+/// The heading of a unit's lines: "Slot #02:".
+void report_slot_heading(Report& report, unsigned slot);
+
+/// Measurements of the heat-controller, with the power at the heater or without; the temperature is
+/// told as a range then.
+[[nodiscard]] bool measure_heater(Report& report, const char* title, bool with_power);
+
+/// What an HV-supply measures; each a source of one channel without a label.
+[[nodiscard]] Source voltage_source(unsigned address);
+[[nodiscard]] Source current_source(unsigned address);

@@ -1,0 +1,121 @@
+#include "protocol/report.h"
+
+#include "frame/console.h"
+
+bool Report::open(const char* file_name)
+{
+    file_name_ = file_name;
+    return file_.create(file_name);
+}
+
+bool Report::close()
+{
+    return file_.close();
+}
+
+void Report::write(const std::string& text)
+{
+    if (file_.write(text) || !good_)
+        return;
+    good_ = false;
+    print_write_error(file_name_.c_str());
+}
+
+void Report::flush()
+{
+    if (file_.flush() || !good_)
+        return;
+    good_ = false;
+    print_write_error(file_name_.c_str());
+}
+
+namespace
+{
+
+void print_item(const ReportItem& item)
+{
+    console.print("%s%s", item.label, item.divider);
+    console.print(item.color, "%s", item.value.c_str());
+}
+
+std::string file_line(const ReportItem& item)
+{
+    return std::string{item.label} + ":\t" +
+           (item.file_value.empty() ? item.value : item.file_value) + '\n';
+}
+
+} // namespace
+
+void Report::items(std::span<const ReportItem> items)
+{
+    std::string in_file;
+    const char* separator = margin();
+    const char* tab = "";
+    for (const ReportItem& item : items) {
+        console.print("%s", separator);
+        print_item(item);
+        in_file += indentation_ + (tab + file_line(item));
+        separator = ", ";
+        tab = "\t";
+    }
+    console.print("\n");
+    write(in_file);
+}
+
+void Report::group(const char* title, std::span<const ReportItem> items)
+{
+    std::string in_file = indentation_ + std::string{title} + ":\n";
+    console.print("%s%s", margin(), title);
+    const char* separator = ": ";
+    for (const ReportItem& item : items) {
+        console.print("%s", separator);
+        print_item(item);
+        in_file += indentation_ + ('\t' + file_line(item));
+        separator = ", ";
+    }
+    console.print("\n");
+    write(in_file);
+}
+
+void Report::text(const std::string& line)
+{
+    text(Color::label, line);
+}
+
+void Report::text(Color color, const std::string& line)
+{
+    console.print("%s", margin());
+    console.print(color, "%s", line.c_str());
+    console.print("\n");
+    write(indentation_ + line + '\n');
+}
+
+void Report::paragraph(const std::string& line)
+{
+    end_section();
+    text(line);
+}
+
+void Report::result(const std::string& line, Color color)
+{
+    console.print("%s", margin());
+    console.print(color, "%s", line.c_str());
+    console.print("\n");
+    write(indentation_ + ('\t' + line) + '\n');
+}
+
+void Report::heading(const std::string& on_console, const std::string& in_file)
+{
+    console.print("%s\n", on_console.c_str());
+    write('\n' + in_file + '\n');
+}
+
+void Report::file_only(const std::string& line)
+{
+    write(indentation_ + line + '\n');
+}
+
+void Report::end_section()
+{
+    write("\n");
+}

@@ -1,0 +1,82 @@
+/// The report of the acceptance test. Every line is written twice from one call, so that the two
+/// cannot drift apart: on the console, and as its twin into a tab-separated file.
+///
+///     console  Used communication port: COM3, Data transfer rate: 9600 baud
+///     file     Used communication port:<tab>COM3
+///              <tab>Data transfer rate:<tab>9600 baud
+///
+/// The file is ISO 8859-1; see DEGREES_C_IN_FILE. What comes from the device must have been made
+/// printable() before.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "frame/colors.h"
+#include "frame/data_file.h"
+
+/// What stands behind a temperature in the file.
+#define DEGREES_C_IN_FILE                                                                          \
+    "\xB0"                                                                                         \
+    "C"
+/// Between a mean and its standard deviation, in the file.
+#define PLUS_MINUS_IN_FILE "\xB1"
+
+/// A labelled value.
+struct ReportItem {
+    const char* label; ///< without what divides it from the value
+    std::string value;
+    Color color = Color::value;
+    const char* divider = ": ";  ///< on the console
+    std::string file_value = {}; ///< where it differs from the one on the console
+};
+
+class Report
+{
+public:
+    /// False when the file cannot be opened.
+    [[nodiscard]] bool open(const char* file_name);
+    /// False when it cannot be closed, or the last of it not be written.
+    [[nodiscard]] bool close();
+
+    /// False once a write has failed, which the user has been told.
+    [[nodiscard]] bool is_good() const { return good_; }
+    /// Hands what was written to the operating system.
+    void flush();
+
+    /// A line of one or more labelled values; in the file a line each, further ones indented.
+    void items(std::span<const ReportItem> items);
+    void item(const ReportItem& single) { items({&single, 1}); }
+
+    /// A title and its labelled values: a line on the console; in the file a line for the title
+    /// and, indented, one for each value.
+    void group(const char* title, std::span<const ReportItem> items);
+
+    /// A line of text, the same in both.
+    void text(const std::string& line);
+    void text(Color color, const std::string& line);
+    /// A line that begins a paragraph in the file: an empty line stands before it.
+    void paragraph(const std::string& line);
+    /// What comes out of a step that text() or paragraph() began: one tab deeper in the file.
+    void result(const std::string& line, Color color);
+    /// The heading of a unit.
+    void heading(const std::string& on_console, const std::string& in_file);
+    /// A line for the file alone, indented as the rest.
+    void file_only(const std::string& line);
+
+    /// An empty line in the file.
+    void end_section();
+
+    /// From here on the items are those of a unit, one tab deeper in the file; or no more.
+    void indent(bool deeper) { indentation_ = deeper ? "\t" : ""; }
+
+private:
+    /// In front of a unit's lines on the console.
+    [[nodiscard]] const char* margin() const { return *indentation_ != '\0' ? "  " : ""; }
+    void write(const std::string& text);
+
+    OutputFile file_;
+    std::string file_name_;
+    const char* indentation_ = "";
+    bool good_ = true;
+};

@@ -1,0 +1,91 @@
+/// Waiting, and taking series of measurements, for the acceptance test.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "frame/console.h"
+#include "protocol/report.h"
+#include "protocol/statistics.h"
+
+// Everything that returns bool here has told the user, and the report, why it is false.
+
+/// "Stopped by user!": the answer to SPACE.
+void report_stop(Report& report);
+
+/// True, and tells so, when the program is asked to end.
+[[nodiscard]] bool is_interrupted(Report& report);
+
+enum class Space : std::uint8_t { ignored, stops };
+
+/// Waits; false when SPACE ended the wait where it may, or the program is asked to end.
+[[nodiscard]] bool wait(Report& report, std::int64_t milliseconds, Space space);
+
+/// A line that is rewritten in place while something goes on.
+class RunningLine
+{
+public:
+    explicit RunningLine(const char* label);
+    ~RunningLine() { scope_.end(false); } // the cursor stays hidden: the test goes on
+    RunningLine(const RunningLine&) = delete;
+    RunningLine& operator=(const RunningLine&) = delete;
+    void show(const std::string& text);
+    /// Takes the whole line away; the cursor stays at its begin.
+    void clear();
+
+    /// Leaves the line as it is and goes to the next.
+    void leave();
+
+private:
+    DisplayScope scope_;
+    Place place_;
+};
+
+/// "#03/20", the number of a sample and how many there will be.
+[[nodiscard]] std::string counter_text(std::size_t number, std::size_t count);
+
+/// One measured quantity.
+struct Channel {
+    const char* label; ///< may be empty where the quantity stands alone
+    const Quantity* quantity;
+    bool as_range = false; ///< in the file its range is told, not its deviations
+    Statistics statistics = {};
+};
+
+/// What a call brought.
+struct Sample {
+    const char* failed = nullptr; ///< the function
+    bool is_valid = true;
+};
+
+/// Where samples come from, and what came so far.
+struct Source {
+    std::vector<Channel> channels;
+    std::size_t count;
+    std::optional<int> ready_bit; ///< announces a new sample; none = one sample a second
+    /// Fetches a sample, a value for each channel.
+    std::function<Sample(std::span<double> values)> fetch;
+    std::int64_t first_ms = 0, last_ms = 0; ///< when the first and the last sample came
+
+    [[nodiscard]] std::size_t samples() const { return channels.front().statistics.count(); }
+    [[nodiscard]] bool is_complete() const { return samples() >= count; }
+    /// Mean time between the samples, 0 before the second.
+    [[nodiscard]] double period_ms() const;
+};
+
+/// Whose data-ready bits are looked at: a module's or, without an address, the controller's.
+using ReadyAddress = std::optional<unsigned>;
+
+/// Collects from sources that become ready each in its own time, until all are complete. The
+/// console shows how far they are.
+[[nodiscard]] bool collect(Report& report, const char* title, ReadyAddress address,
+                           std::span<Source> sources);
+
+/// Collects from one source and reports it: the means in a line on the console; in the file a line
+/// for each channel.
+[[nodiscard]] bool take_series(Report& report, const char* title, ReadyAddress address,
+                               Source source);

@@ -1,0 +1,65 @@
+/// A series of measurements and what is told of it.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "frame/format.h"
+#include "protocol/report.h"
+
+class Statistics
+{
+public:
+    void add(double value) { values_.push_back(value); }
+
+    [[nodiscard]] std::size_t count() const { return values_.size(); }
+    [[nodiscard]] double last() const { return values_.empty() ? 0.0 : values_.back(); }
+    // All of them are 0 before the first value.
+    [[nodiscard]] double mean() const;
+    /// Of the sample (n - 1); 0 for a single value.
+    [[nodiscard]] double standard_deviation() const;
+    [[nodiscard]] double smallest() const;
+    [[nodiscard]] double largest() const;
+
+private:
+    std::vector<double> values_;
+};
+
+/// How a quantity is told: the value in one unit, the deviations from it in a finer one.
+struct Quantity {
+    int decimals;
+    const char* unit;
+    double per_unit = 1.0;      ///< what the measured number is multiplied with
+    const char* deviation_unit; ///< in the file
+    double deviation_per_unit = 1.0;
+    bool with_sign = false;
+    const char* file_unit = nullptr; ///< where it differs from the one on the console
+};
+
+/// "3.300V"
+[[nodiscard]] std::string value_text(const Quantity& quantity, double value);
+
+/// Mean, standard deviation, and the largest deviations from the mean in both directions, for the
+/// file: "3.300V +- 1.20mV (+2.0mV, -2.1mV)" with the sign of its encoding.
+[[nodiscard]] std::string statistics_text(const Quantity& quantity, const Statistics& statistics);
+
+/// Smallest and largest value and what lies between them, for the file: "80.250..81.500 (1.250)"
+/// with units.
+[[nodiscard]] std::string range_text(const Quantity& quantity, const Statistics& statistics);
+
+namespace quantity
+{
+inline constexpr Quantity volts = {3, "V", 1.0, "mV", 1e3};
+inline constexpr Quantity amperes = {3, "A", 1.0, "mA", 1e3};
+inline constexpr Quantity watts = {3, "W", 1.0, "mW", 1e3};
+inline constexpr Quantity picoamperes = {0, "pA", 1e12, "pA", 1e12, true};
+inline constexpr Quantity degrees = {1,     DEGREES_C,        1.0, DEGREES_C_IN_FILE, 1.0,
+                                     false, DEGREES_C_IN_FILE};
+inline constexpr Quantity fine_degrees = {3,     DEGREES_C,        1.0, DEGREES_C_IN_FILE, 1.0,
+                                          false, DEGREES_C_IN_FILE};
+inline constexpr Quantity rpm = {0, "rpm", 1.0, "rpm", 1.0};
+inline constexpr Quantity percent = {1, "%", 1.0, "%", 1.0};
+inline constexpr Quantity percent_of_one = {1, "%", 100.0, "%", 100.0}; ///< of a fraction
+inline constexpr Quantity megahertz = {2, "MHz", 1e-6, "kHz", 1e-3};
+} // namespace quantity

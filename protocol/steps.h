@@ -1,0 +1,9 @@
+/// The measurements of the acceptance test. They change enables, limits, ranges and targets: the
+/// caller saves the configuration before and restores it after them, whatever comes of them.
+#pragma once
+
+#include "protocol/product_data.h"
+#include "protocol/report.h"
+
+/// Runs all steps. False when one failed or the user stopped them; it has been told and reported.
+[[nodiscard]] bool run_steps(Report& report, const ProductData& data);

@@ -1,0 +1,165 @@
+#include "protocol/test_protocol.h"
+
+#include <cmath>
+#include <cstdio>
+#include <string>
+
+#include "controller/status_words.h"
+#include "frame/console.h"
+#include "frame/device_call.h"
+#include "frame/format.h"
+#include "frame/keys.h"
+#include "frame/platform.h"
+#include "protocol/product_data.h"
+#include "protocol/report.h"
+#include "protocol/sampling.h"
+#include "protocol/steps.h"
+
+namespace
+{
+
+/// A device that has just been started is not warm enough. In-place, hours are not split off.
+bool wait_for_uptime(Report& report)
+{
+    constexpr std::uint32_t needed_seconds = 100;
+    std::uint32_t seconds = 0;
+    std::uint16_t milliseconds = 0;
+    std::string text;
+    if (!read_uptime(seconds, milliseconds, text))
+        return false;
+    if (seconds < needed_seconds) {
+        console.print("Waiting for uptime of %us, press ", needed_seconds);
+        console.print(Color::value, "SPACE");
+        console.print(" to abort...\n");
+        report.file_only("\nWaiting for uptime of 100s...");
+        report.flush();
+        RunningLine line{"Device uptime"};
+        while (seconds < needed_seconds) {
+            char shown[64];
+            std::snprintf(shown, sizeof shown, "%u.%02u sec.", seconds, milliseconds / 10U);
+            line.show(shown);
+            constexpr std::int64_t interval_ms = 50;
+            if (!wait_until(platform::tick_ms() + interval_ms, true)) {
+                line.clear();
+                report_stop(report);
+                return false;
+            }
+            if (!read_uptime(seconds, milliseconds, text))
+                return false;
+        }
+        line.clear();
+    }
+    console.print("Device uptime: ");
+    console.print(Color::value, "%s", text.c_str());
+    console.print("\n");
+    return true;
+}
+
+bool report_uptime(Report& report)
+{
+    std::uint32_t seconds = 0;
+    std::uint16_t milliseconds = 0;
+    std::string text;
+    if (!read_uptime(seconds, milliseconds, text))
+        return false;
+    report.item({.label = "Device uptime", .value = text});
+    report.end_section();
+    return true;
+}
+
+void purge_communication_port()
+{
+    console.print("Trying to restore the communication...\n");
+    const std::int64_t start_ms = platform::tick_ms();
+    const char* failed = attempt(LIB(Purge));
+    if (!succeeded(failed))
+        return;
+    console.print("Communication has been restored within %.1lfs\n",
+                  static_cast<double>(platform::tick_ms() - start_ms) * 0.001);
+}
+
+bool restore_once(const ConfigRecord& saved)
+{
+    progress("Saving current configuration data:\n");
+    return call(LIB(SetCurrentConfig), &saved);
+}
+
+/// Gives the device its settings back. The last resort is to switch it off.
+bool restore_configuration(const ConfigRecord& saved)
+{
+    const bool at_once = restore_once(saved);
+    bool restored = at_once;
+    if (!restored) {
+        purge_communication_port();
+        restored = restore_once(saved);
+    }
+    if (restored) {
+        console.print("Current configuration data has been restored\n");
+        return at_once; // a failure stays a failure
+    }
+    (void)call(LIB(SetEnable), std::uint8_t{0});
+    console.print(Color::bad, "The configuration could not be restored, outputs may still be on!");
+    console.print("\r\n");
+    return false;
+}
+
+bool run_protocol(Report& report)
+{
+    ProductData data;
+    if (!report_product_data(report, data))
+        return false;
+    if (data.overall_state != overall_state::on && data.overall_state != overall_state::stand_by) {
+        report.end_section();
+        report.text(Color::bad, "Error detected, continuation not possible!");
+        return false;
+    }
+    if (!wait_for_uptime(report))
+        return false;
+    progress("Loading current configuration data:\n");
+    ConfigRecord saved{};
+    if (!call(LIB(GetCurrentConfig), &saved))
+        return false;
+    console.print("Current configuration data has been retrieved\n");
+    // From here on every way out leads through the restoring.
+    const bool passed = report_uptime(report) && run_steps(report, data);
+    if (!passed)
+        purge_communication_port();
+    const bool restored = restore_configuration(saved);
+    return passed && restored && report_uptime(report) && report.is_good();
+}
+
+} // namespace
+
+void create_test_protocol(const Given& given)
+{
+    progress("Creating test protocol:\n");
+    Report report;
+    if (!report.open(given.text)) {
+        console.print(Color::bad, "Cannot open the data file %s", printable(given.text).c_str());
+        console.print("\r\n");
+        return;
+    }
+    const std::int64_t start_ms = platform::tick_ms();
+    console.show_cursor(false);
+    const bool passed = run_protocol(report);
+    console.show_cursor(true);
+    if (passed) {
+        // Rounded before it is split: there is no "1:60.0s".
+        const std::int64_t tenths = (platform::tick_ms() - start_ms + 50) / 100;
+        const double seconds = static_cast<double>(tenths) / 10.0;
+        const std::int64_t minutes = tenths / 600;
+        char text[160];
+        std::snprintf(text, sizeof text,
+                      "Test protocol successfully completed within %.1lfs (%u:%.1lfs)", seconds,
+                      static_cast<unsigned>(minutes), static_cast<double>(tenths % 600) / 10.0);
+        report.end_section();
+        report.text(Color::good, text);
+    } else {
+        report.end_section();
+        report.text(Color::bad, "*** Test protocol aborted due to an error ***");
+    }
+    if (!report.close()) {
+        console.print(Color::bad, "Cannot close the data file %s", printable(given.text).c_str());
+        console.print("\r\n");
+    }
+}
