@@ -96,13 +96,23 @@ bool InputFile::close()
 bool read_file(const char* name, std::string& bytes)
 {
     bytes.clear();
+    return read_file(name, [&bytes](std::string_view piece) {
+        bytes += piece;
+        return true;
+    });
+}
+
+bool read_file(const char* name, const std::function<bool(std::string_view)>& take)
+{
     std::FILE* file = std::fopen(name, "rb");
     if (file == nullptr)
         return false;
     std::array<char, 16384> block;
     std::size_t count = 0;
-    while ((count = std::fread(block.data(), 1, block.size(), file)) > 0)
-        bytes.append(block.data(), count);
+    while ((count = std::fread(block.data(), 1, block.size(), file)) > 0) {
+        if (!take({block.data(), count}))
+            break;
+    }
     const bool read = std::ferror(file) == 0;
     return std::fclose(file) == 0 && read;
 }

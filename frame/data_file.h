@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -86,6 +87,10 @@ private:
 /// Reads a whole file, whatever its size and contents. False when it cannot be opened or read; a
 /// folder cannot.
 [[nodiscard]] bool read_file(const char* name, std::string& bytes);
+
+/// Reads a file piece by piece, so that it may be larger than the memory, until `take` returns
+/// false. False when it cannot be opened or read; a folder cannot.
+[[nodiscard]] bool read_file(const char* name, const std::function<bool(std::string_view)>& take);
 
 // What the user is told; control characters in the name are escaped. Each ends its line.
 void print_open_error(const char* file_name);

@@ -1,0 +1,275 @@
+#include "config/files.h"
+
+#include <string>
+
+#include "config/file_format.h"
+#include "config/set_access.h"
+#include "frame/console.h"
+#include "frame/data_file.h"
+#include "frame/platform.h"
+#include "frame/program.h"
+#include "frame/questions.h"
+
+namespace
+{
+
+// ---- Texts. Errors may come over a progress text, of which nothing shall remain. ----
+
+void print_reading_error(const char* file_name, unsigned number, const char* entry)
+{
+    console.clear_line();
+    console.print("Error reading the data file '%s', Section '%s', Entry '%s'\r\n",
+                  printable(file_name).c_str(), section_name(number).c_str(), entry);
+}
+
+/// "Configuration #3 saved to data file 'name'", unless quiet; overwrites a progress text.
+void print_done(unsigned number, const char* what, const char* file_name)
+{
+    if (program.quiet)
+        return;
+    if (number == current_configuration)
+        console.print("Current configuration");
+    else
+        console.print("Configuration #%u", number);
+    console.print(" %s data file '%s'\r\n", what, printable(file_name).c_str());
+}
+
+constexpr const char* saved_to = "saved to";
+constexpr const char* loaded_from = "loaded from";
+
+/// Shows, also in quiet mode, which set it is the turn of. What is printed next overwrites it.
+void show_turn_of(unsigned number)
+{
+    console.print("Processing configuration #%u", number);
+    console.move_to_column(1);
+    console.flush_when_due();
+}
+
+// ---- Writing ----
+
+bool create(OutputFile& file, const char* file_name)
+{
+    if (file.create(file_name))
+        return true;
+    console.clear_line();
+    print_open_error(file_name);
+    return false;
+}
+
+/// Has the text on the disk, or tells so and closes the file.
+bool write(OutputFile& file, const char* file_name, const std::string& text)
+{
+    if (file.write(text) && file.flush())
+        return true;
+    (void)file.close();
+    console.clear_line();
+    print_write_error(file_name);
+    return false;
+}
+
+bool close(OutputFile& file, const char* file_name)
+{
+    if (file.close())
+        return true;
+    console.clear_line();
+    print_close_error(file_name);
+    return false;
+}
+
+/// Makes a file of one section.
+void save_section(const char* file_name, unsigned number, const std::string& text)
+{
+    OutputFile file;
+    if (create(file, file_name) && write(file, file_name, text) && close(file, file_name))
+        print_done(number, saved_to, file_name);
+}
+
+void save_set(unsigned number, const char* file_name)
+{
+    progress("Saving configuration #%u into file '%s':\r\n", number, printable(file_name).c_str());
+    SetFlags flags;
+    if (!succeeded(attempt_get_flags(number, flags)))
+        return;
+    if (flags.valid == 0) {
+        console.print("Cannot save the configuration #%u since it is invalid!\r\n", number);
+        return;
+    }
+    ConfigName name;
+    if (!succeeded(attempt_get_name(number, name)))
+        return;
+    if (flags.active == 0) {
+        console.print("Cannot save the configuration #%u '%s' since it was deleted!\r\n", number,
+                      name.text().c_str());
+        return;
+    }
+    ConfigRecord record;
+    if (call(LIB(GetConfigData), set_index(number), &record))
+        save_section(file_name, number, set_section_text(number, name.bytes.data(), record));
+}
+
+/// Writes the sets that are active; the first one creates the file. False when it came to an early
+/// end, which has been told.
+bool write_active_sets(OutputFile& file, const char* file_name)
+{
+    for (unsigned number = 1; number <= highest_set_number; ++number) {
+        if (interrupted_before(number))
+            return false;
+        show_turn_of(number);
+        SetFlags flags;
+        if (!succeeded_below(attempt_get_flags(number, flags)))
+            return false;
+        if (flags.active == 0)
+            continue; // the valid flag does not matter here
+        const bool first = !file.is_open();
+        if (first && !create(file, file_name))
+            return false;
+        ConfigName name;
+        ConfigRecord record;
+        if (!succeeded_below(attempt_get_name(number, name)) ||
+            !succeeded_below(attempt(LIB(GetConfigData), set_index(number), &record)) ||
+            !write(file, file_name,
+                   (first ? "" : "\n") + set_section_text(number, name.bytes.data(), record)))
+            return false;
+        print_done(number, saved_to, file_name);
+    }
+    console.clear_line();
+    return true;
+}
+
+void save_all_sets(const char* file_name)
+{
+    progress("Saving all configurations into file '%s':\r\n", printable(file_name).c_str());
+    OutputFile file;
+    const bool complete = write_active_sets(file, file_name);
+    if (file.is_open())
+        (void)close(file, file_name);
+    else if (complete)
+        console.print("No valid configurations found\r\n");
+}
+
+// ---- Reading ----
+
+/// Reads what the file says; false after an error or an interrupt, which has been told.
+bool read(const char* file_name, ConfigFileIndex& index)
+{
+    const bool good = read_file(file_name, [&index](std::string_view bytes) {
+        index.add(bytes);
+        return platform::stop_signal() == 0; // some files have no end
+    });
+    index.finish();
+    if (!good)
+        print_open_error(file_name);
+    else if (platform::stop_signal() != 0)
+        print_interrupted();
+    return good && platform::stop_signal() == 0;
+}
+
+bool read_section(const ConfigFileIndex& index, const char* file_name, unsigned number,
+                  ConfigRecord& record)
+{
+    const char* failed = read_record(index, number, record);
+    if (failed != nullptr)
+        print_reading_error(file_name, number, failed);
+    return failed == nullptr;
+}
+
+/// Fills a set and marks it valid and active. Null, or the function that failed.
+const char* attempt_fill(unsigned number, const std::string& escaped, const ConfigRecord& record)
+{
+    const char* failed = attempt_set_name(number, config_name(unescaped_name(escaped)));
+    if (failed == nullptr)
+        failed = attempt(LIB(SetConfigData), set_index(number), &record);
+    return failed != nullptr ? failed : attempt_set_flags(number, {.active = 1, .valid = 1});
+}
+
+void load_set(unsigned number, const char* file_name)
+{
+    progress("Loading configuration #%u from file '%s':\r\n", number, printable(file_name).c_str());
+    ConfigFileIndex index;
+    if (!read(file_name, index))
+        return;
+    const std::string* name = index.find(number, name_key);
+    if (name == nullptr) {
+        print_reading_error(file_name, number, name_key);
+        return;
+    }
+    ConfigRecord record;
+    if (read_section(index, file_name, number, record) &&
+        succeeded(attempt_fill(number, *name, record)))
+        print_done(number, loaded_from, file_name);
+}
+
+void load_all_sets(const char* file_name)
+{
+    progress("Loading all configurations from file '%s':\r\n", printable(file_name).c_str());
+    ConfigFileIndex index;
+    if (!read(file_name, index))
+        return;
+    bool found = false;
+    for (unsigned number = 1; number <= highest_set_number; ++number) {
+        if (interrupted_before(number))
+            return;
+        show_turn_of(number);
+        const std::string* name = index.find(number, name_key);
+        if (name == nullptr)
+            continue; // a section without a name is no set
+        ConfigRecord record;
+        if (!read_section(index, file_name, number, record) ||
+            !succeeded_below(attempt_fill(number, *name, record)))
+            return;
+        print_done(number, loaded_from, file_name);
+        found = true;
+    }
+    console.clear_line();
+    if (!found)
+        console.print("No configurations found\r\n");
+}
+
+/// The record as input of a library call, which leaves it as it is.
+bool set_current_configuration(const ConfigRecord& record)
+{
+    return call(LIB(SetCurrentConfig), &record);
+}
+
+} // namespace
+
+void save_current_configuration(const Given& given)
+{
+    progress("Saving current configuration into file '%s':\r\n", printable(given.text).c_str());
+    ConfigRecord record;
+    if (call(LIB(GetCurrentConfig), &record))
+        save_section(given.text, current_configuration, current_section_text(record));
+}
+
+void load_current_configuration(const Given& given)
+{
+    progress("Loading current configuration from file '%s':\r\n", printable(given.text).c_str());
+    ConfigFileIndex index;
+    ConfigRecord record;
+    if (read(given.text, index) && read_section(index, given.text, current_configuration, record) &&
+        set_current_configuration(record))
+        print_done(current_configuration, loaded_from, given.text);
+}
+
+void save_sets(const Given& given)
+{
+    if (given.has_number)
+        save_set(given.number, given.text);
+    else
+        save_all_sets(given.text);
+}
+
+void load_sets(const Given& given)
+{
+    if (given.has_number)
+        load_set(given.number, given.text);
+    else
+        load_all_sets(given.text);
+}
+
+void reset_current_configuration(const Given&)
+{
+    progress("Resetting current configuration\r\n");
+    if (set_current_configuration({}) && !program.quiet)
+        console.print("Current configuration reset\r\n");
+}

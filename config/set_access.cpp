@@ -1,0 +1,51 @@
+#include "config/set_access.h"
+
+#include "frame/console.h"
+#include "frame/platform.h"
+
+ConfigName config_name(std::string_view text)
+{
+    ConfigName name;
+    text = text.substr(0, name.bytes.size() - 1);
+    text = text.substr(0, text.find('\0'));
+    text.copy(name.bytes.data(), text.size());
+    return name;
+}
+
+const char* attempt_get_flags(unsigned number, SetFlags& flags)
+{
+    return attempt(LIB(GetConfigFlags), set_index(number), &flags.active, &flags.valid);
+}
+
+const char* attempt_set_flags(unsigned number, SetFlags flags)
+{
+    return attempt(LIB(SetConfigFlags), set_index(number), flags.active, flags.valid);
+}
+
+const char* attempt_get_name(unsigned number, ConfigName& name)
+{
+    return attempt(LIB(GetConfigName), set_index(number), &name);
+}
+
+const char* attempt_set_name(unsigned number, const ConfigName& name)
+{
+    const char* const bytes = name.bytes.data();
+    return attempt(LIB(SetConfigName), set_index(number), bytes);
+}
+
+bool succeeded_below(const char* failed)
+{
+    if (failed != nullptr)
+        console.print("\r\n");
+    return succeeded(failed);
+}
+
+bool interrupted_before(unsigned number)
+{
+    if (platform::stop_signal() == 0)
+        return false;
+    console.clear_line();
+    console.print(Color::warning, "interrupted");
+    console.print(" before configuration #%u\r\n", number);
+    return true;
+}
