@@ -15,5 +15,7 @@ void register_key_wait();
 
 /// The memory image to and from its file.
 void register_memory_file();
+/// Reading configuration files.
+void register_config_reader();
 
 } // namespace bench

@@ -28,6 +28,7 @@ int main(int argc, char** argv)
     bench::register_startup();
     bench::register_key_wait();
     bench::register_memory_file();
+    bench::register_config_reader();
     benchmark::RunSpecifiedBenchmarks();
     bench::print_results();
     return EXIT_SUCCESS;

@@ -22,10 +22,20 @@ const char* key_at(std::size_t position)
     return position == 0 ? name_key : config_entries[position - 1].key;
 }
 
+void append_line(std::string& text, std::string_view key, std::string_view value)
+{
+    text.append(key).append(1, '=').append(value).append(1, '\n');
+}
+
+void append_header(std::string& text, unsigned number)
+{
+    text.append(1, '[').append(section_name(number)).append("]\n");
+}
+
 void append_entries(std::string& text, const ConfigRecord& record)
 {
     for (const ConfigEntry& entry : config_entries)
-        text += std::string{entry.key} + '=' + entry_text(entry, record) + '\n';
+        append_line(text, entry.key, entry_text(entry, record));
 }
 
 } // namespace
@@ -66,15 +76,17 @@ std::string escaped_name(std::string_view name)
 
 std::string current_section_text(const ConfigRecord& record)
 {
-    std::string text = '[' + section_name(current_configuration) + "]\n";
+    std::string text;
+    append_header(text, current_configuration);
     append_entries(text, record);
     return text;
 }
 
 std::string set_section_text(unsigned number, std::string_view name, const ConfigRecord& record)
 {
-    std::string text = '[' + section_name(number) + "]\n";
-    text += std::string{name_key} + '=' + escaped_name(name) + '\n';
+    std::string text;
+    append_header(text, number);
+    append_line(text, name_key, escaped_name(name));
     append_entries(text, record);
     return text;
 }
@@ -122,7 +134,9 @@ void ConfigFileIndex::add(std::string_view bytes)
 {
     while (!bytes.empty()) {
         // CR LF gives an empty line more, which means nothing.
-        const std::size_t length = std::min(bytes.find_first_of("\r\n"), bytes.size());
+        const auto end =
+            std::find_if(bytes.begin(), bytes.end(), [](char c) { return c == '\r' || c == '\n'; });
+        const auto length = static_cast<std::size_t>(end - bytes.begin());
         line_.append(bytes.substr(0, std::min(length, longest_kept_line - line_.size())));
         if (length == bytes.size())
             return;
