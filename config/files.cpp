@@ -6,6 +6,7 @@
 #include "config/set_access.h"
 #include "frame/console.h"
 #include "frame/data_file.h"
+#include "frame/keys.h"
 #include "frame/platform.h"
 #include "frame/program.h"
 #include "frame/questions.h"
@@ -139,6 +140,7 @@ bool write_active_sets(OutputFile& file, const char* file_name)
 void save_all_sets(const char* file_name)
 {
     progress("Saving all configurations into file '%s':\r\n", printable(file_name).c_str());
+    hide_typed_keys();
     OutputFile file;
     const bool complete = write_active_sets(file, file_name);
     if (file.is_open())
@@ -205,6 +207,7 @@ void load_all_sets(const char* file_name)
     ConfigFileIndex index;
     if (!read(file_name, index))
         return;
+    hide_typed_keys();
     bool found = false;
     for (unsigned number = 1; number <= highest_set_number; ++number) {
         if (interrupted_before(number))

@@ -42,13 +42,18 @@ void drop_answered_line_end()
     keyboard.drop_line_end = false;
 }
 
+void start_reading()
+{
+    if (keyboard.started)
+        return;
+    keyboard.started = true;
+    platform::start_raw_input();
+}
+
 /// Reads what is waiting, or waits up to `timeout_ms` (negative = as long as it takes) for it.
 void look(std::int64_t timeout_ms)
 {
-    if (!keyboard.started) {
-        keyboard.started = true;
-        platform::start_raw_input();
-    }
+    start_reading();
     const bool terminal = platform::input_is_terminal();
     KeyDecoder& decoder = keyboard.decoder;
     if (decoder.is_open()) {
@@ -93,6 +98,11 @@ bool key_or_end_is_there()
 void start_keys()
 {
     keyboard = {};
+}
+
+void hide_typed_keys()
+{
+    start_reading();
 }
 
 bool key_waiting()

@@ -11,6 +11,10 @@
 /// Forgets everything that was typed (at the start of the program).
 void start_keys();
 
+/// From here on the terminal does not echo what is typed: for a text that is rewritten in place. No
+/// key is read.
+void hide_typed_keys();
+
 /// True when read_key() would not have to wait. Never waits itself, and looks at the keyboard no
 /// more than once a millisecond unless it found something the last time.
 [[nodiscard]] bool key_waiting();
