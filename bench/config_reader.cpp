@@ -65,9 +65,9 @@ double seconds_from_start(const std::string& file, unsigned count)
 
 double median_with_index(const std::string& file, unsigned count)
 {
-    std::vector<double> seconds;
-    for (int i = 0; i < 21; ++i)
-        seconds.push_back(seconds_with_index(file, count));
+    std::vector<double> seconds(21);
+    for (double& one : seconds)
+        one = seconds_with_index(file, count);
     return median(seconds);
 }
 

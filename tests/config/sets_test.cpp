@@ -153,40 +153,28 @@ TEST(ConfigSets, EachFailingCallEndsTheCommand)
         make_set(trial, 1, "one", true);
         trial.run("3 -XS in.ini -xs current.ini -T");
     }
-    const struct {
-        std::string command;
-        const char* success;
-    } cases[] = {
-        {"-xs out.ini", "saved"},
-        {"-xl current.ini", "loaded"},
-        {"-XR", "reset"},
-        {"-XS1 out.ini", "saved"},
-        {"-XL1 in.ini", "loaded"},
-        {"-XS out.ini", "saved"},
-        {"-XL in.ini", "loaded from"},
-        {"-XC1", " saved"},
-        {"-xc1", " loaded"},
-        {"-xn1", "Name of"},
-        {"-XN1 new", "Name of"},
-        {"-XD1", "deleted"},
-        {"-XU2", "undeleted"},
-        {"-XW1", "wiped out"},
-        {"-XD", "(none)"},
-        {"-XU", "(none)"},
-        {"-XW", "were wiped out"},
-        {"-xi", "(none)"},
+    // A command, and what only stands on the screen when it succeeded.
+    // clang-format off
+    const std::pair<std::string, const char*> cases[] = {
+        {"-xs out.ini", "saved"},  {"-xl current.ini", "loaded"}, {"-XR", "reset"},
+        {"-XS1 out.ini", "saved"}, {"-XL1 in.ini", "loaded"},     {"-XS out.ini", "saved"},
+        {"-XC1", " saved"},        {"-xc1", " loaded"},           {"-XL in.ini", "loaded from"},
+        {"-xn1", "Name of"},       {"-XN1 new", "Name of"},       {"-XD1", "deleted"},
+        {"-XU2", "undeleted"},     {"-XW1", "wiped out"},         {"-XW", "were wiped out"},
+        {"-XD", "(none)"},         {"-XU", "(none)"},             {"-xi", "(none)"},
         {"-XI", "(none)"},
     };
-    for (const auto& c : cases) {
+    // clang-format on
+    for (const auto& [command, success] : cases) {
         Trial good;
         make_sets(good);
         good.pipe_in("yy");
-        good.run("3 " + c.command + " -T");
+        good.run("3 " + command + " -T");
         const std::vector<std::string> calls = {good.calls.begin() + 3, good.calls.end() - 2};
-        ASSERT_FALSE(calls.empty()) << c.command;
+        ASSERT_FALSE(calls.empty()) << command;
         for (std::size_t i = 0; i < std::min<std::size_t>(calls.size(), 7); ++i) {
             const std::string function = calls[i].substr(0, calls[i].find('('));
-            SCOPED_TRACE(c.command + ": " + calls[i]);
+            SCOPED_TRACE(command + ": " + calls[i]);
             const auto nth = 1 + std::count_if(calls.begin(), calls.begin() + static_cast<long>(i),
                                                [&](const std::string& call) {
                                                    return call.starts_with(function + '(');
@@ -195,14 +183,14 @@ TEST(ConfigSets, EachFailingCallEndsTheCommand)
             make_sets(trial);
             trial.instrument("fail " + function + " at " + std::to_string(nth));
             trial.pipe_in("yy");
-            trial.run("3 " + c.command + " -T");
-            const bool renamed = c.command == "-XW1" && function == "GetConfigName";
+            trial.run("3 " + command + " -T");
+            const bool renamed = command == "-XW1" && function == "GetConfigName";
             EXPECT_THAT(trial.screen(),
                         HasSubstr((renamed ? ": Error at COM_ZELOP7UK_GetConfigName"
                                            : ": Error at COM_KOV_CTRL_" + function) +
                                   ": "));
-            const bool first_was_saved = c.command.starts_with("-XS ") && i >= 3;
-            EXPECT_EQ(trial.screen().find(c.success) != std::string::npos, first_was_saved);
+            const bool first_was_saved = command.starts_with("-XS ") && i >= 3;
+            EXPECT_EQ(trial.screen().find(success) != std::string::npos, first_was_saved);
             ASSERT_EQ(trial.calls.size(), 3 + i + 1 + 5 + 2); // the report makes five calls
             EXPECT_TRUE(std::equal(calls.begin(), calls.begin() + static_cast<long>(i) + 1,
                                    trial.calls.begin() + 3));
