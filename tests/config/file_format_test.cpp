@@ -78,7 +78,7 @@ TEST(ConfigFormat, ValuesToBytesAndBack)
         {"HeaterTemperature", "-273.15", 0, "-273.150"},
         {"HVPS1Voltage", "-5", 4294967296 - 999, "-1.000"},
         {"HVPS2Voltage", "-0.0001", 4294967296 - 999, "-1.000"},
-        {"HVPS3Voltage", "1.00000000000000000e3", 1000, "1.000"}, // behind 19 characters
+        {"HVPS3Voltage", "00000000000000000012", 1000, "1.000"}, // behind 19 characters
         {"HVPS1MaxVoltStep", "-0.9996", 4294967296 - 999, "4294966.297"},
         {"HVPS1MaxVoltStep", "nan", -1},
         {"HVPS1MaxVoltStep", "1e999", -1},

@@ -131,6 +131,18 @@ TEST(ConfigSets, OnlyYIsAYes)
     }
 }
 
+TEST(ConfigSets, MarkingPassesTheValidFlagAsItIs)
+{
+    Trial trial;
+    make_sets(trial);
+    trial.instrument("reply GetConfigFlags.valid 7");
+    trial.pipe_in("yyy");
+    trial.run("3 -XD1 -XU2 -XD -T");
+    EXPECT_THAT(trial.calls,
+                testing::IsSupersetOf({"SetConfigFlags(0, 0, 7)", "SetConfigFlags(1, 1, 7)",
+                                       "SetConfigFlags(1, 0, 1)"}));
+}
+
 TEST(ConfigSets, LongNames)
 {
     Trial trial;
@@ -189,6 +201,15 @@ TEST(ConfigSets, EachFailingCallEndsTheCommand)
                         HasSubstr((renamed ? ": Error at COM_ZELOP7UK_GetConfigName"
                                            : ": Error at COM_KOV_CTRL_" + function) +
                                   ": "));
+            // What had been begun stays, and the report stands below it.
+            const std::string begun =
+                command.starts_with("-XS ") || command.starts_with("-XL ")
+                    ? "Processing configuration #"
+                : command == "-XW" ? "Wiping out configuration #"
+                : i == 0 && function == "GetConfigFlags" && command != "-XS1 out.ini"
+                    ? "\n\n{M}2026"
+                    : "";
+            EXPECT_THAT(trial.screen(), HasSubstr(begun));
             const bool first_was_saved = command.starts_with("-XS ") && i >= 3;
             EXPECT_EQ(trial.screen().find(success) != std::string::npos, first_was_saved);
             ASSERT_EQ(trial.calls.size(), 3 + i + 1 + 5 + 2); // the report makes five calls
