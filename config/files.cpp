@@ -127,9 +127,10 @@ bool write_active_sets(OutputFile& file, const char* file_name)
         ConfigName name;
         ConfigRecord record;
         if (!succeeded_below(attempt_get_name(number, name)) ||
-            !succeeded_below(attempt(LIB(GetConfigData), set_index(number), &record)) ||
-            !write(file, file_name,
-                   (first ? "" : "\n") + set_section_text(number, name.bytes.data(), record)))
+            !succeeded_below(attempt(LIB(GetConfigData), set_index(number), &record)))
+            return false;
+        const std::string text = set_section_text(number, name.bytes.data(), record);
+        if (!write(file, file_name, first ? text : "\n" + text))
             return false;
         print_done(number, saved_to, file_name);
     }
