@@ -143,7 +143,7 @@ TEST(CommandLine, GoodOnesInEveryNotation)
                                   "3 -HT35abc -T",
                                   "3 -HT-1 -ht -HK -hm -HS /dev/null -hs /dev/null -T",
                                   "3 -VG1Yn -Vg1 -vg_ -VV* -5.5 -T",
-                                  "3 -XS -T -xs -T -XL3 f -XC1023 -XN3ffh -n -xN1 -xi -T"}) {
+                                  "3 -XS f -XL -T -xl -T -XL3 f -XC1023 -XN3ffh -n -xN1 -xi -T"}) {
         SCOPED_TRACE(arguments);
         Trial trial;
         trial.pipe_in(""); // ends what goes on until Esc
