@@ -226,10 +226,12 @@ bool run_module_steps(Report& report, const ProductData& data)
     report.heading("Base unit:", "Base unit:");
     report.indent(true);
     bool passed = true;
-    if (data.presence.has_base_unit())
-        passed = measure_cpu_load(report, base_unit) && measure_housekeeping(report, base_unit);
-    else
+    if (!data.presence.has_base_unit())
         report.text(Color::warning, "Not found, skipped");
+    else if (data.base_device_type != module_type::base_unit)
+        report.text(Color::warning, "The device type is not that of a base unit, skipped");
+    else
+        passed = measure_cpu_load(report, base_unit) && measure_housekeeping(report, base_unit);
     report.indent(false);
     for (unsigned slot = 0; slot <= highest_slot && passed; ++slot)
         passed = run_slot(report, data, slot);

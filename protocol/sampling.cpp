@@ -9,6 +9,7 @@
 
 void report_stop(Report& report)
 {
+    report.indent(false);
     report.end_section();
     report.text(Color::warning, "Stopped by user!");
 }
@@ -48,11 +49,13 @@ void RunningLine::clear()
 {
     console.move_to(place_);
     console.clear_line();
+    scope_.end(false);
 }
 
 void RunningLine::leave()
 {
     console.print("\r\n");
+    scope_.end(false);
 }
 
 std::string counter_text(std::size_t number, std::size_t count)

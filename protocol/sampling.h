@@ -34,10 +34,11 @@ public:
     RunningLine(const RunningLine&) = delete;
     RunningLine& operator=(const RunningLine&) = delete;
     void show(const std::string& text);
-    /// Takes the whole line away; the cursor stays at its begin.
+    /// Takes the whole line away; the cursor stays at its begin. It is the last thing to do with
+    /// it.
     void clear();
 
-    /// Leaves the line as it is and goes to the next.
+    /// Leaves the line as it is and goes to the next. It is the last thing to do with it.
     void leave();
 
 private:

@@ -1,6 +1,5 @@
 #include "protocol/test_protocol.h"
 
-#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -49,33 +48,36 @@ bool wait_for_uptime(Report& report)
         }
         line.clear();
     }
-    console.print("Device uptime: ");
-    console.print(Color::value, "%s", text.c_str());
-    console.print("\n");
+    report.item({.label = "Device uptime", .value = text});
     return true;
 }
 
-bool report_uptime(Report& report)
+/// In the file only, or on the console as well.
+bool report_uptime(Report& report, bool on_console)
 {
     std::uint32_t seconds = 0;
     std::uint16_t milliseconds = 0;
     std::string text;
     if (!read_uptime(seconds, milliseconds, text))
         return false;
-    report.item({.label = "Device uptime", .value = text});
+    if (on_console)
+        report.item({.label = "Device uptime", .value = text});
+    else
+        report.file_only("Device uptime:\t" + text);
     report.end_section();
     return true;
 }
 
-void purge_communication_port()
+void purge_communication_port(Report& report)
 {
-    console.print("Trying to restore the communication...\n");
+    report.paragraph("Trying to restore the communication...");
     const std::int64_t start_ms = platform::tick_ms();
-    const char* failed = attempt(LIB(Purge));
-    if (!succeeded(failed))
+    if (!call(LIB(Purge)))
         return;
-    console.print("Communication has been restored within %.1lfs\n",
+    char text[80];
+    std::snprintf(text, sizeof text, "Communication has been restored within %.1lfs",
                   static_cast<double>(platform::tick_ms() - start_ms) * 0.001);
+    report.text(text);
 }
 
 bool restore_once(const ConfigRecord& saved)
@@ -85,21 +87,20 @@ bool restore_once(const ConfigRecord& saved)
 }
 
 /// Gives the device its settings back. The last resort is to switch it off.
-bool restore_configuration(const ConfigRecord& saved)
+bool restore_configuration(Report& report, const ConfigRecord& saved)
 {
     const bool at_once = restore_once(saved);
     bool restored = at_once;
     if (!restored) {
-        purge_communication_port();
+        purge_communication_port(report);
         restored = restore_once(saved);
     }
     if (restored) {
-        console.print("Current configuration data has been restored\n");
+        report.text("Current configuration data has been restored");
         return at_once; // a failure stays a failure
     }
     (void)call(LIB(SetEnable), std::uint8_t{0});
-    console.print(Color::bad, "The configuration could not be restored, outputs may still be on!");
-    console.print("\r\n");
+    report.text(Color::bad, "The configuration could not be restored, outputs may still be on!");
     return false;
 }
 
@@ -119,13 +120,14 @@ bool run_protocol(Report& report)
     ConfigRecord saved{};
     if (!call(LIB(GetCurrentConfig), &saved))
         return false;
-    console.print("Current configuration data has been retrieved\n");
+    report.text("Current configuration data has been retrieved");
     // From here on every way out leads through the restoring.
-    const bool passed = report_uptime(report) && run_steps(report, data);
+    const bool passed = report_uptime(report, false) && run_steps(report, data);
+    report.indent(false);
     if (!passed)
-        purge_communication_port();
-    const bool restored = restore_configuration(saved);
-    return passed && restored && report_uptime(report) && report.is_good();
+        purge_communication_port(report);
+    const bool restored = restore_configuration(report, saved);
+    return passed && restored && report_uptime(report, true) && report.is_good();
 }
 
 } // namespace
@@ -158,7 +160,8 @@ void create_test_protocol(const Given& given)
         report.end_section();
         report.text(Color::bad, "*** Test protocol aborted due to an error ***");
     }
-    if (!report.close()) {
+    const bool told = !report.is_good();
+    if (!report.close() && !told) {
         console.print(Color::bad, "Cannot close the data file %s", printable(given.text).c_str());
         console.print("\r\n");
     }
