@@ -31,7 +31,7 @@ struct ConfigEntry {
     double zero = 0.0;           ///< raw value of 0 in the file
 
     /// What an error in this entry is called. A voltage or step of an HV-supply goes by another
-    /// key: no mistake, users know the message like that.
+    /// key: kept so.
     [[nodiscard]] constexpr const char* reported_key() const
     {
         return kind == EntryKind::target_voltage || kind == EntryKind::voltage_step ? "HeaterEnable"

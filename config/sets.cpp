@@ -240,7 +240,7 @@ void wipe_out_one(unsigned number)
         return;
     ConfigName name;
     if (attempt_get_name(number, name) != nullptr) {
-        report_error("COM_ZELOP7UK_GetConfigName"); // not its name, but what users know it by
+        report_error("COM_ZELOP7UK_GetConfigName"); // kept: not the function's name
         return;
     }
     if (flags.valid != 0) { // otherwise there is nothing to lose

@@ -3,7 +3,7 @@
 
 #include "frame/switches.h"
 
-/// All of the following, in the order in which the users know them.
+/// All of the following, in their usual order.
 void show_product_data(const Given&);
 
 void show_product_identification(const Given&);

@@ -32,7 +32,7 @@ struct Test {
     bool shows_target = false;
     /// The counter is shown, and the keyboard looked at, once in so many cycles.
     std::uint32_t display_interval = 1;
-    /// Each display counts as one cycle more. The counts are known to the users as they are.
+    /// Kept: each display counts as one cycle more.
     bool counts_displays = false;
     /// One transfer; null, or the name of the function that failed.
     const char* (*transfer)(const char* text, unsigned target) = nullptr;

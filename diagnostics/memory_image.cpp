@@ -206,7 +206,7 @@ void back_memory_up(const Given& given)
         return;
     if (!file.close())
         print_close_error(given.text);
-    // Behind an error, too: the memory has been read to its end.
+    // Kept: after a failed close, too.
     print_success("saved to", given.text);
 }
 

@@ -84,27 +84,25 @@ public:
 
     void show(const ModuleHousekeeping& sample) const
     {
-        console.print_at(plus_3_3_, supply::plus_3_3.color(sample.plus_3_3), "%6.3lfV",
-                         sample.plus_3_3);
-        console.print_at(plus_5_, supply::plus_5.color(sample.plus_5), "%6.3lfV", sample.plus_5);
-        console.print_at(plus_24_, supply::plus_24.color(sample.plus_24), "%7.3lfV",
-                         sample.plus_24);
-        console.print_at(cpu_, temperature_color(sample.cpu), "%+6.1lf" DEGREES, sample.cpu);
-        console.print_at(psu_, temperature_color(sample.psu), "%+6.1lf" DEGREES, sample.psu);
+        show_voltage(plus_3_3_, supply::plus_3_3, 6, sample.plus_3_3);
+        show_voltage(plus_5_, supply::plus_5, 6, sample.plus_5);
+        show_voltage(plus_24_, supply::plus_24, 7, sample.plus_24);
+        show_temperature(cpu_, sample.cpu);
+        show_temperature(psu_, sample.psu);
     }
 
     void show(const HeaterMonitoring& sample) const
     {
-        console.print_at(output_voltage_, Color::value, "%7.3lfV", sample.output_voltage);
-        console.print_at(heater_voltage_, Color::value, "%7.3lfV", sample.heater_voltage);
-        console.print_at(current_, Color::value, "%7.3lfA", sample.current);
+        show_value(output_voltage_, 7, 3, sample.output_voltage, "V");
+        show_value(heater_voltage_, 7, 3, sample.heater_voltage, "V");
+        show_value(current_, 7, 3, sample.current, "A");
         console.print_at(temperature_, Color::value, "%+8.2lf" DEGREES, sample.temperature);
         console.clear_to_end_of_line();
-        console.print_at(output_power_, Color::value, "%7.2lfW", sample.output_power());
-        console.print_at(wire_power_, Color::value, "%6.2lfW", sample.wire_power());
-        console.print_at(heater_power_, Color::value, "%6.2lfW", sample.heater_power());
+        show_value(output_power_, 7, 2, sample.output_power(), "W");
+        show_value(wire_power_, 6, 2, sample.wire_power(), "W");
+        show_value(heater_power_, 6, 2, sample.heater_power(), "W");
         if (const std::optional<double> ohms = sample.heater_resistance())
-            console.print_at(resistance_, Color::value, "%7.3lfOhm", *ohms);
+            show_value(resistance_, 7, 3, *ohms, "Ohm");
         else
             console.print_at(resistance_, Color::value, "     -");
         console.clear_to_end_of_line();
@@ -124,6 +122,26 @@ private:
     {
         console.print("\r\n");
         console.skip(2);
+    }
+
+    // A value leaves no remains of a wider one before it.
+
+    static void show_value(Place place, int width, int decimals, double value, const char* unit)
+    {
+        console.print_at(place, Color::value, "%*.*lf%s", width, decimals, value, unit);
+        console.blank_to_column(place.column + room);
+    }
+
+    static void show_voltage(Place place, const Supply& supply, int width, double volts)
+    {
+        console.print_at(place, supply.color(volts), "%*.3lfV", width, volts);
+        console.blank_to_column(place.column + room);
+    }
+
+    static void show_temperature(Place place, double celsius)
+    {
+        console.print_at(place, temperature_color(celsius), "%+6.1lf" DEGREES, celsius);
+        console.blank_to_column(place.column + room);
     }
 
     RateFields rates_;
@@ -163,7 +181,7 @@ public:
         DisplayScope scope;
         display_.print_labels(module_);
         console.flush();
-        // What was measured before belongs to nobody.
+        // These two are not recorded.
         if (const char* failed = discard_old_samples()) {
             display_.leave();
             scope.end();
@@ -326,7 +344,7 @@ private:
         for (const SummaryLine& line : summary())
             log_.print("%s\t%u\n", line.label, line.count);
         if (seconds > 0.0) {
-            // Two wordings, as the readers of these files know them.
+            // Kept: two wordings.
             write_data_rate("Monitoring data rate", "Monitoring",
                             counters_.monitoring.received / seconds);
             write_data_rate("Housekeeping data", "Housekeeping",

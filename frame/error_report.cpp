@@ -48,7 +48,7 @@ void report_error(const char* function)
 {
     const LibraryMessages messages = library_messages();
     // Two wordings of one message: "Error at" and "communication port" here, ", Error at" and
-    // "communication stream" on the full screen. Both are known to the users as they are.
+    // "communication stream" on the full screen. Both are kept.
     console.print(Color::bad,
                   "%s: Error at %s: %s\r\nlast I/O error message: %s, "
                   "last communication port error: %s",

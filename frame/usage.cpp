@@ -13,7 +13,7 @@ namespace
 
 constexpr const char* default_name = "KOV-Controller";
 
-// The wording, columns and all, is what the users know.
+// Wording and columns are kept as they are.
 // clang-format off
 constexpr char usage_text[] =
     " COM-Number [Switches]\r\n"

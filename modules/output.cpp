@@ -5,19 +5,6 @@
 #include "frame/device_call.h"
 #include "modules/readings.h"
 
-namespace
-{
-
-void print_key_pair(const char* first, const char* second, const char* meaning)
-{
-    console.print(Color::value, "%s", first);
-    console.print("/");
-    console.print(Color::value, "%s", second);
-    console.print("%s", meaning);
-}
-
-} // namespace
-
 const char* attempt_ranges(unsigned address, MeasurementRanges& ranges)
 {
     return attempt(LIB(GetHVsupplyMeasRanges), address, &ranges.negative, &ranges.high);
@@ -85,6 +72,14 @@ bool change_ranges(int key, MeasurementRanges& ranges)
     default:
         return false;
     }
+}
+
+void print_key_pair(const char* first, const char* second, const char* meaning)
+{
+    console.print(Color::value, "%s", first);
+    console.print("/");
+    console.print(Color::value, "%s", second);
+    console.print("%s", meaning);
 }
 
 void print_range_keys()

@@ -49,6 +49,9 @@ struct NewOutput {
 /// Changes the ranges as the keys P, N, H and L (in upper case) ask for; false for another key.
 [[nodiscard]] bool change_ranges(int key, MeasurementRanges& ranges);
 
+/// Two keys in bright white and what they are for.
+void print_key_pair(const char* first, const char* second, const char* meaning);
+
 /// "P/N for positive/negative voltage, H/L for high/low current range:", the letters in bright
 /// white; stands behind the title of a display that has these keys.
 void print_range_keys();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 #include <string>
 
@@ -87,8 +88,8 @@ private:
     void save(const PwmParameters& pwm, NewOutput news);
     /// Notes what was wrong with the file first: the display is over then.
     void end_unless(bool written, const char* error);
-    void print_saving_prompt(const char* key, const char* meaning, const char* file,
-                             const char* end);
+    /// Tells how to start saving or, with a file, how to stop it.
+    void print_saving_prompt(const std::string& file = {});
 
     const unsigned address_;
     const std::string name_;
@@ -104,14 +105,6 @@ private:
     Place voltage_, current_, period_, measured_, set_, target_place_, active_;
 };
 
-void print_keys(const char* first, const char* between, const char* second, const char* meaning)
-{
-    console.print(Color::value, "%s", first);
-    console.print("%s", between);
-    console.print(Color::value, "%s", second);
-    console.print("%s", meaning);
-}
-
 void Tuning::print_title(bool continuous)
 {
     console.print("Operating parameters of %s", name_.c_str());
@@ -124,11 +117,11 @@ void Tuning::print_title(bool continuous)
     console.print(", ");
     print_range_keys();
     console.print("\r\n vertical arrows/");
-    print_keys("PgUp", "/", "PgDn", " to adjust voltage fine/coarse, (");
-    print_keys("Alt", "/", "Ctrl", " increases the steps), ");
-    print_keys("A", "/", "a", " for activate/deactivate HVC, \r\n ");
+    print_key_pair("PgUp", "PgDn", " to adjust voltage fine/coarse, (");
+    print_key_pair("Alt", "Ctrl", " increases the steps), ");
+    print_key_pair("A", "a", " for activate/deactivate HVC, \r\n ");
     saving_prompt_ = console.place();
-    print_saving_prompt("S", " to start saving data:", "", "");
+    print_saving_prompt();
     console.print("\r\n\r\n\r\n");
 }
 
@@ -235,14 +228,17 @@ void Tuning::end_unless(bool written, const char* error)
         file_error_ = error;
 }
 
-void Tuning::print_saving_prompt(const char* key, const char* meaning, const char* file,
-                                 const char* end)
+void Tuning::print_saving_prompt(const std::string& file)
 {
     console.move_to(saving_prompt_);
-    console.print(Color::value, "%s", key);
-    console.print("%s", meaning);
-    console.print(Color::value, "%s", file);
-    console.print("%s", end);
+    console.print(Color::value, file.empty() ? "S" : "s");
+    if (file.empty()) {
+        console.print(" to start saving data:");
+    } else {
+        console.print(" to stop saving data to file '");
+        console.print(Color::value, "%s", file.c_str());
+        console.print(":"); // kept: the quote is not closed
+    }
     console.clear_to_end_of_line();
 }
 
@@ -258,8 +254,8 @@ void Tuning::start_saving()
     end_unless(log_.start("Operating parameters of", name_, now,
                           "Time/s\tWidth/ns\tPeriod/ns\tVoltage/V\tCurrent/nA\tPhase/ns"),
                "Error writing data file");
-    // The quote before the name is not closed; what follows it is the colon.
-    print_saving_prompt("s", " to stop saving data to file '", file.c_str(), ":");
+    if (file_error_ == nullptr)
+        print_saving_prompt(file);
 }
 
 void Tuning::stop_saving()
@@ -267,7 +263,8 @@ void Tuning::stop_saving()
     // The cycles are those of the display since its start, not only those of the saving.
     end_unless(log_.stop(platform::tick_ms(), cycles_ + 1), "Error writing data file");
     end_unless(log_.close(), "Error closing data file");
-    print_saving_prompt("S", " to start saving data:", "", "");
+    if (file_error_ == nullptr)
+        print_saving_prompt();
 }
 
 void Tuning::save(const PwmParameters& pwm, NewOutput news)
