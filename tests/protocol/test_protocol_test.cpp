@@ -1,11 +1,12 @@
 #include <algorithm>
 #include <fstream>
-#include <set>
-#include <sstream>
+#include <iterator>
+#include <map>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "simulator/simulator.h"
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"
@@ -13,20 +14,169 @@
 namespace
 {
 
+using testing::AnyOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
+
+const std::string aborted_line = "*** Test protocol aborted due to an error ***\n";
+
+/// An instrument on which a whole run is short: measurements come fast, and of the HV-supplies only
+/// one is there, with ten targets of 1 V for each polarity.
+void make_it_quick(Trial& trial)
+{
+    for (const char* line :
+         {"latency 10", "uptime 100", "period.housekeeping 10", "period.fan 10",
+          "period.monitoring 10", "period.voltage 10", "period.current 10",
+          "reply GetModulePresence.flags[2] 0", "reply GetModulePresence.flags[3] 0",
+          "reply GetModuleHwType.type@1 051C800Ah"})
+        trial.instrument(line);
+}
+
+/// The settings before the test, the test, the settings after it.
+std::string with_settings_around(const TemporaryFile& report, const TemporaryFile& before,
+                                 const TemporaryFile& after)
+{
+    return "3 -q -UY -HT50 -HV10 -VV1 7 -MA1 y -xs " + before.name() + " -R " + report.name() +
+           " -xs " + after.name() + " -T";
+}
+
+std::string expected_report()
+{
+    std::ifstream file{std::string{KOV_TEST_DATA} + "/expected_report.txt", std::ios::binary};
+    return {std::istreambuf_iterator<char>(file), {}};
+}
 
 TEST(TestProtocol, WholeRun)
 {
-    const TemporaryFile file;
+    const TemporaryFile report, before, after;
     Trial trial;
-    trial.instrument("latency 1");
+    trial.instrument("latency 5");
+    trial.instrument("noise on");
     trial.instrument("uptime 95");
-    trial.run("3 -R " + file.name() + " -T");
-    std::ofstream("/tmp/proto_screen.txt") << trial.display();
-    std::ofstream("/tmp/proto_report.txt") << file.text();
-    printf("%zu calls, %lld s\n", trial.calls.size(), (long long)virtual_time::now_us()/1000000);
+    trial.instrument("reply GetModulePresence.flags[2] 0");
+    trial.instrument("reply GetModuleDevType.type@3 56092");
+    trial.run(with_settings_around(report, before, after));
+    EXPECT_EQ(report.text(), expected_report());
+    EXPECT_EQ(before.text(), after.text());
+    EXPECT_THAT(trial.screen(), HasSubstr("{G}Test protocol successfully completed within "));
+    // On the console labelled values stand side by side, without deviations.
+    for (const char* line :
+         {"\nTest protocol created on {W}2026/03/14, 09:26:53.",
+          "\nUsed communication port: {W}COM3{.}, Data transfer rate: {W}9600 baud{.}\n",
+          "\nDevice enabled:{G}yes{.}\n", "\nDevice uptime:  {W}1:35.",
+          "\nWaiting for uptime of 100s, press {W}SPACE{.} to abort...\nDevice uptime: {W}1:40.",
+          "\nSlot #1:\n", "\nSlot #01:\n", "\n  Testing module 1 output voltage, range 3000V:\n"})
+        EXPECT_THAT(trial.screen(), HasSubstr(line));
+}
+
+/// What must be true of a test that came to no good end after the settings had been saved.
+void expect_orderly_abort(const Trial& trial, const TemporaryFile& report,
+                          const TemporaryFile& before, const TemporaryFile& after)
+{
+    EXPECT_THAT(report.text(), EndsWith("\n" + aborted_line));
+    EXPECT_THAT(trial.screen(), HasSubstr("Trying to restore the communication...\n"));
+    EXPECT_THAT(trial.screen(), HasSubstr("{M}" + aborted_line.substr(0, 12)));
+    const auto last = [&trial](const char* call) {
+        return std::find_if(trial.calls.rbegin(), trial.calls.rend(),
+                            [call](const auto& made) { return made.starts_with(call); });
+    };
+    EXPECT_LT(last("SetCurrentConfig"), last("Purge")) << "purged first, then restored";
+    EXPECT_LT(last("SetCurrentConfig"), last("SetHeatCtrl"));
+    EXPECT_LT(last("SetCurrentConfig"), last("SetModuleActivationState"));
+    EXPECT_EQ(before.text(), after.text());
+}
+
+/// Of each kind of call from the saving of the settings on: the first ones, and the last.
+std::vector<std::size_t> calls_to_fail()
+{
+    const TemporaryFile report, before, after;
+    Trial trial;
+    make_it_quick(trial);
+    trial.run(with_settings_around(report, before, after));
+    EXPECT_THAT(report.text(), HasSubstr("successfully completed"));
+    std::erase(trial.calls, "GetSWVersion()"); // cannot fail and does not count
+    std::map<std::string, std::vector<std::size_t>> by_kind;
+    const auto position = [&trial](const char* call) {
+        return static_cast<std::size_t>(std::find(trial.calls.begin(), trial.calls.end(), call) -
+                                        trial.calls.begin());
+    };
+    const auto last = std::find(trial.calls.rbegin(), trial.calls.rend(), "GetUptimeInt()");
+    const auto behind = static_cast<std::size_t>(trial.calls.rend() - last);
+    for (std::size_t n = position("GetConfigList()") + 3; n < behind; ++n)
+        by_kind[trial.calls[n]].push_back(n + 1);
+    std::vector<std::size_t> chosen;
+    for (const auto& [call, positions] : by_kind) {
+        constexpr std::size_t most = 2;
+        for (std::size_t i = 0; i < positions.size(); ++i) {
+            if (i < most || i + 1 == positions.size())
+                chosen.push_back(positions[i]);
+        }
+    }
+    return chosen;
+}
+
+TEST(TestProtocol, RestoresTheSettingsWhateverFails)
+{
+    const std::vector<std::size_t> positions = calls_to_fail();
+    EXPECT_GT(positions.size(), 80U);
+    for (const std::size_t n : positions) {
+        SCOPED_TRACE(n);
+        const TemporaryFile report, before, after;
+        Trial trial;
+        make_it_quick(trial);
+        trial.instrument("fail * at " + std::to_string(n));
+        trial.run(with_settings_around(report, before, after));
+        EXPECT_THAT(trial.screen(), HasSubstr("Error at COM_KOV_CTRL_"));
+        EXPECT_THAT(report.text(), EndsWith("\n" + aborted_line));
+        EXPECT_EQ(before.text(), after.text());
+    }
+}
+
+TEST(TestProtocol, SpaceAndSignalsEndItInOrder)
+{
+    // SPACE works in the waits of the heater and of the outputs, a signal everywhere.
+    const struct {
+        const char* before_stop; ///< the last call before
+        bool with_space;
+    } cases[] = {
+        {"SetHeatCtrlVoltageLimit", true},
+        {"SetHeatCtrlPowerLimit", true},
+        {"SetHVsupplyTargetOutputVoltage", true},
+        {"SetEnable", false},
+        {"GetHousekeeping", false},
+        {"SetHVsupplyMeasRanges", false},
+        {"GetHVsupplyOutputCurrent", false},
+        {"SetHeatCtrlCurrentLimit", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.before_stop);
+        const TemporaryFile report, before, after;
+        Trial trial;
+        make_it_quick(trial);
+        bool stopped = false;
+        simulator::observe_calls([&](const simulator::CallRecord& call) {
+            trial.calls.push_back(std::string{call.function}.substr(13) + '(' + call.inputs + ')');
+            if (stopped || !trial.calls.back().starts_with(c.before_stop) ||
+                std::count(trial.calls.begin(), trial.calls.end(), "GetConfigList()") == 0)
+                return;
+            stopped = true;
+            const std::int64_t soon_ms = virtual_time::now_us() / 1000 + 500;
+            if (c.with_space)
+                trial.type(soon_ms, "x ");
+            else
+                virtual_platform.signals.push_back({soon_ms, 15});
+        });
+        trial.run(with_settings_around(report, before, after));
+        EXPECT_THAT(trial.screen(), HasSubstr("{Y}Stopped by user!{.}\n"));
+        EXPECT_THAT(report.text(), HasSubstr("\n\nStopped by user!\n"));
+        EXPECT_EQ(trial.exit_status, c.with_space ? 0 : 128 + 15);
+        if (c.with_space)
+            expect_orderly_abort(trial, report, before, after);
+        else
+            EXPECT_THAT(report.text(), EndsWith("\n" + aborted_line));
+    }
 }
 
 } // namespace

@@ -29,7 +29,9 @@ public:
     void write(const std::string& text) const { std::ofstream{name_, std::ios::binary} << text; }
 
 private:
-    std::string name_ = testing::TempDir() + "kov-test-" + std::to_string(getpid()) + ".txt";
+    static inline int count_ = 0;
+    std::string name_ = testing::TempDir() + "kov-test-" + std::to_string(getpid()) + '-' +
+                        std::to_string(++count_) + ".txt";
 };
 
 /// For as long as it exists no file can become longer than this.
