@@ -14,7 +14,6 @@
 namespace
 {
 
-using testing::AnyOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
@@ -61,14 +60,80 @@ TEST(TestProtocol, WholeRun)
     EXPECT_EQ(report.text(), expected_report());
     EXPECT_EQ(before.text(), after.text());
     EXPECT_THAT(trial.screen(), HasSubstr("{G}Test protocol successfully completed within "));
-    // On the console labelled values stand side by side, without deviations.
     for (const char* line :
-         {"\nTest protocol created on {W}2026/03/14, 09:26:53.",
-          "\nUsed communication port: {W}COM3{.}, Data transfer rate: {W}9600 baud{.}\n",
-          "\nDevice enabled:{G}yes{.}\n", "\nDevice uptime:  {W}1:35.",
+         {"\nDevice uptime:  {W}1:35.",
           "\nWaiting for uptime of 100s, press {W}SPACE{.} to abort...\nDevice uptime: {W}1:40.",
           "\nSlot #1:\n", "\nSlot #01:\n", "\n  Testing module 1 output voltage, range 3000V:\n"})
         EXPECT_THAT(trial.screen(), HasSubstr(line));
+}
+
+TEST(TestProtocol, ChangesNothingBeforeTheSettingsAreSaved)
+{
+    const struct {
+        const char* line;
+        const char* keys; ///< after 30 s
+        const char* told;
+    } cases[] = {
+        {"reply GetModulePresence.valid 0", "",
+         "{M}Module presence flags invalid, continuation not possible!{.}\n"},
+        {"reply GetState.state 11h", "", "{M}Error detected, continuation not possible!{.}\n"},
+        {"uptime 5", "q ", "{Y}Stopped by user!{.}\n"},
+        {"fail GetCurrentConfig always", "", "Error at COM_KOV_CTRL_GetCurrentConfig: "},
+        {"fail GetModuleFwDate@2 always", "", "Error at COM_KOV_CTRL_GetModuleFwDate: "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        const TemporaryFile report;
+        Trial trial;
+        trial.instrument("latency 10");
+        trial.instrument("uptime 100");
+        trial.instrument(c.line);
+        trial.type(30'000, c.keys);
+        trial.run("3 -q -R " + report.name() + " -T");
+        EXPECT_THAT(trial.screen(), StartsWith("Test protocol created on {W}2026/03/14, 09:26:5"));
+        EXPECT_THAT(trial.screen(),
+                    HasSubstr("{.}\nDLL version: {W}1-05{.}\nUsed communication port: {W}COM3{.}, "
+                              "Data transfer rate: {W}9600 baud{.}\n"));
+        EXPECT_THAT(trial.screen(), HasSubstr("\nDevice enabled: {M}no{.}\n"));
+        EXPECT_THAT(trial.screen(), HasSubstr(c.told));
+        EXPECT_THAT(report.text(), EndsWith("\n" + aborted_line));
+        EXPECT_THAT(trial.calls, testing::Each(Not(StartsWith("Set"))));
+        EXPECT_THAT(trial.calls, Not(testing::Contains("Purge()")));
+        EXPECT_EQ(trial.exit_status, 0);
+    }
+    Trial nowhere;
+    nowhere.run("3 -q -g -R /nowhere/report.txt -T");
+    EXPECT_THAT(nowhere.screen(), HasSubstr("Creating test protocol:\n{M}Cannot open the data file "
+                                            "/nowhere/report.txt{.}\n"));
+}
+
+TEST(TestProtocol, AFullDiskFailsTheStepsButNotTheRestoring)
+{
+    const TemporaryFile report, before, after;
+    const FullDisk disk{8'000}; // full in the middle of the steps
+    Trial trial;
+    make_it_quick(trial);
+    trial.run(with_settings_around(report, before, after));
+    const std::string told = "Error writing the data file '" + report.name() + "'\n";
+    EXPECT_THAT(trial.screen(), HasSubstr(told));
+    EXPECT_EQ(trial.screen().find(told, trial.screen().find(told) + 1), std::string::npos);
+    EXPECT_THAT(trial.screen(), HasSubstr("{M}*** Test protocol aborted"));
+    EXPECT_EQ(before.text(), after.text());
+}
+
+TEST(TestProtocol, SwitchesOffWhatItCannotRestore)
+{
+    const TemporaryFile report;
+    Trial trial;
+    make_it_quick(trial);
+    trial.instrument("fail SetCurrentConfig always");
+    trial.run("3 -q -R " + report.name() + " -T");
+    EXPECT_EQ(std::count(trial.calls.begin(), trial.calls.end(), "Purge()"), 1);
+    const auto last_set = std::find_if(trial.calls.rbegin(), trial.calls.rend(),
+                                       [](const auto& call) { return call.starts_with("Set"); });
+    EXPECT_EQ(*last_set, "SetEnable(0)");
+    EXPECT_THAT(trial.screen(), HasSubstr("{M}The configuration could not be restored, outputs may "
+                                          "still be on!{.}\n"));
 }
 
 /// What must be true of a test that came to no good end after the settings had been saved.
