@@ -57,7 +57,7 @@ bool create(OutputFile& file, const char* file_name)
     return false;
 }
 
-/// Has the text on the disk, or tells so and closes the file.
+/// Writes a text; one that the file does not take is told, and the file closed.
 bool write(OutputFile& file, const char* file_name, const std::string& text)
 {
     if (file.write(text) && file.flush())
@@ -229,7 +229,7 @@ void load_all_sets(const char* file_name)
         console.print("No configurations found\r\n");
 }
 
-/// The record as input of a library call, which leaves it as it is.
+/// False after a failure, which has been reported.
 bool set_current_configuration(const ConfigRecord& record)
 {
     return call(LIB(SetCurrentConfig), &record);
