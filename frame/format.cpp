@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 #include <cmath>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -69,22 +70,26 @@ const char* module_type_name(unsigned address)
 
 // ---- Characters and texts ----
 
-namespace
+std::string formatted(const char* format, ...)
 {
-
-std::string formatted(const char* format, auto... values)
-{
-    std::array<char, 64> text = {};
-    const int length = std::snprintf(text.data(), text.size(), format, values...);
-    if (length < static_cast<int>(text.size()))
-        return text.data();
-    std::string long_text(static_cast<std::size_t>(length) + 1, '\0');
-    std::snprintf(long_text.data(), long_text.size(), format, values...);
-    long_text.pop_back();
-    return long_text;
+    std::array<char, 128> text = {};
+    va_list arguments;
+    va_list again;
+    va_start(arguments, format);
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(text.data(), text.size(), format, arguments);
+    va_end(arguments);
+    std::string result;
+    if (length >= static_cast<int>(text.size())) {
+        result.resize(static_cast<std::size_t>(length) + 1);
+        std::vsnprintf(result.data(), result.size(), format, again);
+        result.pop_back();
+    } else {
+        result = text.data();
+    }
+    va_end(again);
+    return result;
 }
-
-} // namespace
 
 std::string key_text(int code)
 {

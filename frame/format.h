@@ -57,6 +57,9 @@ inline constexpr Word no_word = {" no", Color::bad};
 
 // ---- Characters and texts ----
 
+/// What printf would print, however long.
+[[nodiscard]] std::string formatted(const char* format, ...) PRINTF_FORMAT(1, 2);
+
 /// A key code as the displays echo it: "'%c' " for 33..127, four blanks for 0, else "%03Xh".
 [[nodiscard]] std::string key_text(int code);
 

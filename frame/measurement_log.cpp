@@ -3,18 +3,16 @@
 #include <array>
 #include <cstdarg>
 #include <cstddef>
-#include <cstdio>
 
+#include "frame/format.h"
 #include "frame/live_display.h"
 
 std::string acquisition_time_text(const platform::LocalTime& time)
 {
     constexpr std::array<const char*, 7> days = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-    std::array<char, 80> text = {};
-    std::snprintf(text.data(), text.size(), "%s, %02d/%02d/%04d, %02d:%02d:%02d",
-                  days[static_cast<std::size_t>(time.weekday)], time.month, time.day, time.year,
-                  time.hour, time.minute, time.second);
-    return text.data();
+    return formatted("%s, %02d/%02d/%04d, %02d:%02d:%02d",
+                     days[static_cast<std::size_t>(time.weekday)], time.month, time.day, time.year,
+                     time.hour, time.minute, time.second);
 }
 
 bool MeasurementLog::start(const char* what, const std::string& whose,

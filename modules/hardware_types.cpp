@@ -1,14 +1,13 @@
 #include "modules/hardware_types.h"
 
-#include <cstdio>
+#include "frame/format.h"
 
 namespace
 {
 
 std::string power_and_figure(std::uint32_t word, WordField figure)
 {
-    return "KOVCT-" + std::to_string(base_unit_hardware::maximum_power.of(word)) + "W-" +
-           std::to_string(figure.of(word));
+    return formatted("KOVCT-%uW-%u", base_unit_hardware::maximum_power.of(word), figure.of(word));
 }
 
 } // namespace
@@ -55,10 +54,7 @@ double maximum_current(std::uint32_t word)
 
 std::string type_name(std::uint32_t word)
 {
-    char name[32];
-    std::snprintf(name, sizeof name, "HEAT-CTRL-%.0f%.0f", supply_voltage(word),
-                  maximum_current(word));
-    return name;
+    return formatted("HEAT-CTRL-%.0f%.0f", supply_voltage(word), maximum_current(word));
 }
 
 } // namespace heat_controller_hardware
@@ -95,14 +91,12 @@ const char* output_kind(std::uint32_t word)
 
 std::string fpga_version_text(std::uint32_t version)
 {
-    char text[32];
-    std::snprintf(text, sizeof text, "%u-%02u", version >> 16, version >> 8 & 0xFF);
-    return text;
+    return formatted("%u-%02u", version >> 16, version >> 8 & 0xFF);
 }
 
 std::string type_name(std::uint32_t word)
 {
-    return "HVPS-" + std::to_string(voltage_range.of(word)) + output_kind(word)[0];
+    return formatted("HVPS-%u%c", voltage_range.of(word), output_kind(word)[0]);
 }
 
 } // namespace hv_supply_hardware

@@ -29,17 +29,8 @@ Word listed_type(std::uint16_t type)
 /// What stands in a line of the list behind the slot. A failure ends the line, not the list.
 void print_identification(unsigned address, std::uint8_t flag)
 {
-    switch (flag) {
-    case presence_flag::absent:
-        console.print("n/a");
-        return;
-    case presence_flag::present:
-        break;
-    case presence_flag::invalid:
-        console.print("invalid");
-        return;
-    default:
-        console.print("unknown");
+    if (flag != presence_flag::present) {
+        console.print("%s", presence_text(flag));
         return;
     }
     const std::string name = module_name(address);
@@ -68,20 +59,6 @@ struct ScannedModule {
     std::int32_t product_number, saved_product_number;
     std::uint32_t hardware_type, saved_hardware_type;
 };
-
-const char* presence_text(std::uint8_t flag)
-{
-    switch (flag) {
-    case presence_flag::absent:
-        return "    n/a";
-    case presence_flag::present:
-        return "present";
-    case presence_flag::invalid:
-        return "invalid";
-    default:
-        return "unknown";
-    }
-}
 
 void print_scanned_module(const ScannedModule& module)
 {
@@ -120,7 +97,8 @@ bool print_scanned_modules(const ModulePresence& presence)
         else
             console.print("\r\n  slot #%02u:  ", entry);
         console.print(
-            "%s", presence_text(presence.flags[is_base ? ModulePresence::base_unit_index : entry]));
+            "%7s",
+            presence_text(presence.flags[is_base ? ModulePresence::base_unit_index : entry]));
         print_scanned_module(module);
     }
     console.print("\r\n");

@@ -22,6 +22,20 @@ std::string module_name(unsigned address)
     }
 }
 
+const char* presence_text(std::uint8_t flag)
+{
+    switch (flag) {
+    case presence_flag::absent:
+        return "n/a";
+    case presence_flag::present:
+        return "present";
+    case presence_flag::invalid:
+        return "invalid";
+    default:
+        return "unknown";
+    }
+}
+
 unsigned ModulePresence::slots() const
 {
     return std::min(slot_count, static_cast<std::uint32_t>(flags.size()));

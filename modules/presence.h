@@ -30,6 +30,9 @@ inline constexpr std::uint8_t present = 1;
 inline constexpr std::uint8_t invalid = 2;
 } // namespace presence_flag
 
+/// "n/a", "present", "invalid", or "unknown" for any other flag.
+[[nodiscard]] const char* presence_text(std::uint8_t flag);
+
 /// The module-presence record of the device library.
 struct ModulePresence {
     static constexpr std::size_t base_unit_index = 4;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <optional>
 #include <string>
 
@@ -53,10 +52,8 @@ double stepped(double target, double step)
 
 std::string file_name(const std::string& module, const platform::LocalTime& time)
 {
-    char when[64];
-    std::snprintf(when, sizeof when, " %04d-%02d-%02d %02d.%02d.%02d.txt", time.year, time.month,
-                  time.day, time.hour, time.minute, time.second);
-    return module + when;
+    return formatted("%s %04d-%02d-%02d %02d.%02d.%02d.txt", module.c_str(), time.year, time.month,
+                     time.day, time.hour, time.minute, time.second);
 }
 
 struct Values {

@@ -1,7 +1,6 @@
 #include "protocol/controller_steps.h"
 
 #include <array>
-#include <cstdio>
 #include <numeric>
 #include <string>
 
@@ -48,9 +47,7 @@ bool measure_transfers(Report& report, const char* label, const char* sent)
     Statistics times;
     RunningLine line{label};
     for (int number = 1; number <= transfers; ++number) {
-        char counter[32];
-        std::snprintf(counter, sizeof counter, "#%d/%d", number, transfers);
-        line.show(counter);
+        line.show(formatted("#%d/%d", number, transfers));
         const std::int64_t start_ms = platform::tick_ms();
         const char* failed = attempt(LIB(Test), sent);
         times.add(static_cast<double>(platform::tick_ms() - start_ms));
@@ -64,9 +61,8 @@ bool measure_transfers(Report& report, const char* label, const char* sent)
         }
     }
     line.clear();
-    char result[128];
-    std::snprintf(result, sizeof result, "%.2lfms (%.0lf..%.0lfms)", times.mean(), times.smallest(),
-                  times.largest());
+    const std::string result =
+        formatted("%.2lfms (%.0lf..%.0lfms)", times.mean(), times.smallest(), times.largest());
     report.item({.label = label, .value = result});
     return report.is_good();
 }

@@ -1,7 +1,5 @@
 #include "protocol/heater_steps.h"
 
-#include <cstdio>
-
 #include "frame/device_call.h"
 #include "frame/numbers.h"
 #include "protocol/module_steps.h"
@@ -28,12 +26,11 @@ bool set(Report& report, const Setting& setting, double value)
     const double* const sent = &value;
     if (!call(setting.set, sent))
         return false;
-    char number[400];
-    std::snprintf(number, sizeof number, "%.3lf", value);
+    const std::string number = formatted("%.3lf", value);
     report.item({.label = setting.label,
-                 .value = std::string{number} + setting.unit,
+                 .value = number + setting.unit,
                  .divider = " set to ",
-                 .file_value = std::string{number} + setting.file_unit});
+                 .file_value = number + setting.file_unit});
     return report.is_good();
 }
 

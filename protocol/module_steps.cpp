@@ -1,7 +1,5 @@
 #include "protocol/module_steps.h"
 
-#include <cstdio>
-
 #include "frame/device_call.h"
 #include "frame/numbers.h"
 #include "modules/readings.h"
@@ -130,8 +128,7 @@ bool run_slot(Report& report, const ProductData& data, unsigned slot)
 
 void report_slot_heading(Report& report, unsigned slot)
 {
-    char heading[32];
-    std::snprintf(heading, sizeof heading, "Slot #%02u:", slot);
+    const std::string heading = formatted("Slot #%02u:", slot);
     report.heading(heading, heading);
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <deque>
 #include <optional>
 #include <string_view>
@@ -27,14 +26,6 @@ namespace
 using Items = std::vector<ReportItem>;
 
 // ---- Texts ----
-
-template <class... Values>
-std::string formatted(const char* format, Values... values)
-{
-    std::array<char, 400> text = {};
-    std::snprintf(text.data(), text.size(), format, values...);
-    return text.data();
-}
 
 std::string hex_text(std::uint32_t value, int digits)
 {
@@ -451,20 +442,6 @@ bool report_controller(Report& report, ProductData& data)
 
 // ---- The scan of the modules ----
 
-const char* presence_word(std::uint8_t flag)
-{
-    switch (flag) {
-    case presence_flag::absent:
-        return "n/a";
-    case presence_flag::present:
-        return "present";
-    case presence_flag::invalid:
-        return "invalid";
-    default:
-        return "unknown";
-    }
-}
-
 bool report_scanned_module(Report& report, const std::string& place, std::uint8_t flag,
                            unsigned address)
 {
@@ -477,7 +454,7 @@ bool report_scanned_module(Report& report, const std::string& place, std::uint8_
     const auto verdict = [](bool same) { return same ? "OK" : "fail"; };
     const std::string text =
         formatted("%s, P/N scanned: %6d, saved: %6d, %s   HW type scanned: %08Xh, saved: %08Xh, %s",
-                  presence_word(flag), number, saved_number, verdict(number == saved_number), type,
+                  presence_text(flag), number, saved_number, verdict(number == saved_number), type,
                   saved_type, verdict(type == saved_type));
     const bool good = number == saved_number && type == saved_type;
     report.item(

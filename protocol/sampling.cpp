@@ -1,7 +1,6 @@
 #include "protocol/sampling.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "frame/device_call.h"
 #include "frame/keys.h"
@@ -60,9 +59,7 @@ void RunningLine::leave()
 
 std::string counter_text(std::size_t number, std::size_t count)
 {
-    char text[64];
-    std::snprintf(text, sizeof text, "#%02zu/%02zu", number, count);
-    return text;
+    return formatted("#%02zu/%02zu", number, count);
 }
 
 double Source::period_ms() const
@@ -202,9 +199,7 @@ bool take_series(Report& report, const char* title, ReadyAddress address, Source
                                                         : statistics_text(quantity, statistics)});
     }
     if (source.ready_bit) {
-        char period[400];
-        std::snprintf(period, sizeof period, "%.0lfms", source.period_ms());
-        items.push_back({.label = "period", .value = period});
+        items.push_back({.label = "period", .value = formatted("%.0lfms", source.period_ms())});
     }
     report.group(title, items);
     report.flush();

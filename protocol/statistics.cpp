@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <numeric>
 
 double Statistics::mean() const
@@ -39,13 +38,9 @@ namespace
 
 std::string number_text(const Quantity& quantity, double value)
 {
-    char text[400]; // the largest numbers have more than 300 digits
     const double number = value * quantity.per_unit;
-    if (quantity.with_sign)
-        std::snprintf(text, sizeof text, "%+.*lf", quantity.decimals, number);
-    else
-        std::snprintf(text, sizeof text, "%.*lf", quantity.decimals, number);
-    return text;
+    return quantity.with_sign ? formatted("%+.*lf", quantity.decimals, number)
+                              : formatted("%.*lf", quantity.decimals, number);
 }
 
 const char* unit_in_file(const Quantity& quantity)
@@ -68,11 +63,10 @@ std::string statistics_text(const Quantity& quantity, const Statistics& statisti
     const auto deviation = [&](double value) {
         return std::max(0.0, value) * quantity.deviation_per_unit;
     };
-    char deviations[1200];
-    std::snprintf(
-        deviations, sizeof deviations, " " PLUS_MINUS_IN_FILE " %.2lf%s (+%.1lf%s, -%.1lf%s)",
-        deviation(statistics.standard_deviation()), unit, deviation(statistics.largest() - mean),
-        unit, deviation(mean - statistics.smallest()), unit);
+    const std::string deviations = formatted(" " PLUS_MINUS_IN_FILE " %.2lf%s (+%.1lf%s, -%.1lf%s)",
+                                             deviation(statistics.standard_deviation()), unit,
+                                             deviation(statistics.largest() - mean), unit,
+                                             deviation(mean - statistics.smallest()), unit);
     return number_text(quantity, mean) + unit_in_file(quantity) + deviations;
 }
 

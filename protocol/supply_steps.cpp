@@ -1,7 +1,6 @@
 #include "protocol/supply_steps.h"
 
 #include <array>
-#include <cstdio>
 
 #include "frame/device_call.h"
 #include "frame/numbers.h"
@@ -11,14 +10,6 @@
 
 namespace
 {
-
-template <class... Values>
-std::string formatted(const char* format, Values... values)
-{
-    std::array<char, 400> text = {};
-    std::snprintf(text.data(), text.size(), format, values...);
-    return text.data();
-}
 
 bool set_target(unsigned address, double volts)
 {

@@ -1,6 +1,5 @@
 #include "protocol/test_protocol.h"
 
-#include <cstdio>
 #include <string>
 
 #include "controller/status_words.h"
@@ -34,9 +33,7 @@ bool wait_for_uptime(Report& report)
         report.flush();
         RunningLine line{"Device uptime"};
         while (seconds < needed_seconds) {
-            char shown[64];
-            std::snprintf(shown, sizeof shown, "%u.%02u sec.", seconds, milliseconds / 10U);
-            line.show(shown);
+            line.show(formatted("%u.%02u sec.", seconds, milliseconds / 10U));
             constexpr std::int64_t interval_ms = 50;
             if (!wait_until(platform::tick_ms() + interval_ms, true)) {
                 line.clear();
@@ -74,10 +71,8 @@ void purge_communication_port(Report& report)
     const std::int64_t start_ms = platform::tick_ms();
     if (!call(LIB(Purge)))
         return;
-    char text[80];
-    std::snprintf(text, sizeof text, "Communication has been restored within %.1lfs",
-                  static_cast<double>(platform::tick_ms() - start_ms) * 0.001);
-    report.text(text);
+    report.text(formatted("Communication has been restored within %.1lfs",
+                          static_cast<double>(platform::tick_ms() - start_ms) * 0.001));
 }
 
 bool restore_once(const ConfigRecord& saved)
@@ -150,12 +145,11 @@ void create_test_protocol(const Given& given)
         const std::int64_t tenths = (platform::tick_ms() - start_ms + 50) / 100;
         const double seconds = static_cast<double>(tenths) / 10.0;
         const std::int64_t minutes = tenths / 600;
-        char text[160];
-        std::snprintf(text, sizeof text,
-                      "Test protocol successfully completed within %.1lfs (%u:%.1lfs)", seconds,
-                      static_cast<unsigned>(minutes), static_cast<double>(tenths % 600) / 10.0);
         report.end_section();
-        report.text(Color::good, text);
+        report.text(Color::good,
+                    formatted("Test protocol successfully completed within %.1lfs (%u:%.1lfs)",
+                              seconds, static_cast<unsigned>(minutes),
+                              static_cast<double>(tenths % 600) / 10.0));
     } else {
         report.end_section();
         report.text(Color::bad, "*** Test protocol aborted due to an error ***");
