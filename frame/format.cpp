@@ -213,8 +213,17 @@ std::string significant_digits(const char* format, double value, int digits)
 {
     const double magnitude = std::abs(value);
     int precision = digits - 1;
-    if (magnitude > 0.0 && std::isfinite(magnitude))
-        precision -= static_cast<int>(std::floor(std::log10(magnitude)));
+    if (magnitude > 0.0 && std::isfinite(magnitude)) {
+        double power = 1.0;
+        while (magnitude < 1.0 / power) {
+            power *= 10.0;
+            ++precision;
+        }
+        while (magnitude >= power * 10.0) {
+            power *= 10.0;
+            --precision;
+        }
+    }
     return formatted(format, std::max(precision, 0), value);
 }
 
@@ -234,11 +243,22 @@ double positive(double seconds)
     return seconds > 0.0 && std::isfinite(seconds) ? seconds : 0.0;
 }
 
+/// The nearest whole number of a value that is not negative. (The mathematics library would be
+/// loaded at every start of the program for this alone.)
+double nearest_whole(double value)
+{
+    constexpr double whole_from_here = 0x1p52;
+    if (value >= whole_from_here)
+        return value;
+    const auto whole = static_cast<double>(static_cast<std::uint64_t>(value));
+    return value - whole >= 0.5 ? whole + 1.0 : whole;
+}
+
 } // namespace
 
 std::string duration_hms(double seconds)
 {
-    const auto tenths = static_cast<unsigned long>(std::llround(positive(seconds) * 10.0));
+    const auto tenths = static_cast<unsigned long>(nearest_whole(positive(seconds) * 10.0));
     return formatted("%2lu:%02lu:%04.1lf", tenths / 36000, tenths / 600 % 60,
                      static_cast<double>(tenths % 600) * 0.1);
 }
@@ -250,9 +270,11 @@ std::string duration_text(const char* format, double seconds)
     const char* const letter = std::strpbrk(format, "fF");
     const bool has_decimals = point != nullptr && (letter == nullptr || point < letter);
     const int decimals = has_decimals ? std::atoi(point + 1) : 6; // as printf reads it
-    const double scale = std::pow(10.0, decimals);
+    double scale = 1.0;
+    for (int decimal = 0; decimal < decimals; ++decimal)
+        scale *= 10.0;
     seconds = positive(seconds);
-    const double rounded = std::round(seconds * scale) / scale;
+    const double rounded = nearest_whole(seconds * scale) / scale;
     if (rounded < 60.0 || letter == nullptr)
         return formatted(format, seconds);
 

@@ -37,7 +37,7 @@ std::uint16_t COM_KOV_CTRL_GetSWVersion(void)
 std::int32_t COM_KOV_CTRL_Open(std::uint8_t port)
 {
     return call<"Open">(
-        [&](Instrument&) {
+        [&] {
             if (!scenario_problem().empty()) {
                 explain(scenario_problem());
                 return Failure::bad_scenario;
@@ -49,13 +49,13 @@ std::int32_t COM_KOV_CTRL_Open(std::uint8_t port)
 
 std::int32_t COM_KOV_CTRL_Close(void)
 {
-    return call<"Close">([](Instrument&) { return close_port(); });
+    return call<"Close">([] { return close_port(); });
 }
 
 std::int32_t COM_KOV_CTRL_OpenDebugFile(const char* fileName)
 {
     return call<"OpenDebugFile">(
-        [&](Instrument&) {
+        [&] {
             const bool opened = open_trace(fileName);
             call_conditions_changed();
             if (opened)
@@ -68,7 +68,7 @@ std::int32_t COM_KOV_CTRL_OpenDebugFile(const char* fileName)
 
 std::int32_t COM_KOV_CTRL_CloseDebugFile(void)
 {
-    return call<"CloseDebugFile">([](Instrument&) {
+    return call<"CloseDebugFile">([] {
         const bool written = close_trace();
         call_conditions_changed();
         return written ? Failure::none : Failure::trace_file;
@@ -77,7 +77,7 @@ std::int32_t COM_KOV_CTRL_CloseDebugFile(void)
 
 std::int32_t COM_KOV_CTRL_SetBaudRate(std::uint32_t* baud)
 {
-    return call<"SetBaudRate">([&](Instrument&) { *baud = set_data_rate(*baud); }, baud);
+    return call<"SetBaudRate">([&] { *baud = set_data_rate(*baud); }, baud);
 }
 
 std::int32_t COM_KOV_CTRL_GetBufferState(std::uint8_t* empty)
@@ -88,7 +88,7 @@ std::int32_t COM_KOV_CTRL_GetBufferState(std::uint8_t* empty)
 
 std::int32_t COM_KOV_CTRL_Purge(void)
 {
-    return call<"Purge">([](Instrument&) {});
+    return call<"Purge">([] {});
 }
 
 std::int32_t COM_KOV_CTRL_DevicePurge(std::uint8_t* purged)
@@ -117,7 +117,7 @@ const char* COM_KOV_CTRL_GetErrorMessage(void)
 
 std::int32_t COM_KOV_CTRL_GetIOState(std::uint32_t* state)
 {
-    return call<"GetIOState">([&](Instrument&) { *state = last_io_state(); }, state);
+    return call<"GetIOState">([&] { *state = last_io_state(); }, state);
 }
 
 const char* COM_KOV_CTRL_GetIOStateMessage(std::uint32_t state)
@@ -127,7 +127,7 @@ const char* COM_KOV_CTRL_GetIOStateMessage(std::uint32_t state)
 
 std::int32_t COM_KOV_CTRL_GetCommError(std::uint32_t* error)
 {
-    return call<"GetCommError">([&](Instrument&) { *error = last_comm_error(); }, error);
+    return call<"GetCommError">([&] { *error = last_comm_error(); }, error);
 }
 
 const char* COM_KOV_CTRL_GetCommErrorMessage(std::uint32_t error)
@@ -137,7 +137,7 @@ const char* COM_KOV_CTRL_GetCommErrorMessage(std::uint32_t error)
 
 std::int32_t COM_KOV_CTRL_Test(const char* text)
 {
-    return call<"Test">([&](Instrument&) { exchange(text); }, text);
+    return call<"Test">([&] { exchange(text); }, text);
 }
 
 std::int32_t COM_KOV_CTRL_TestModule(const char* text, std::uint32_t address)

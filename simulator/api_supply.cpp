@@ -1,4 +1,5 @@
 /// The HV-supplies' functions.
+#include "simulator/arithmetic.h"
 #include "simulator/call.h"
 #include "simulator/config_record.h"
 #include "simulator/measurements.h"
@@ -34,7 +35,7 @@ std::int32_t raw_target(double voltage)
     constexpr double highest = 2'000'000; // V, well inside the field
     if (!(voltage >= 0))
         return -1000;
-    return static_cast<std::int32_t>(std::lround(std::min(voltage, highest) / millivolt));
+    return static_cast<std::int32_t>(nearest(std::min(voltage, highest) / millivolt));
 }
 
 } // namespace

@@ -63,7 +63,7 @@ std::string shown_outputs(const FunctionInfo& function, std::span<const Argument
             continue;
         if (!line.empty())
             line += ", ";
-        line += parameter.name;
+        line += std::string_view(parameter.name);
         line += '=';
         append_value(line, parameter, arguments[i].target, element_count(parameter, arguments[i]));
     }
@@ -88,7 +88,8 @@ std::uint32_t key_of(const FunctionInfo& function, std::span<const Argument> arg
 
 void record(const FunctionInfo& function, std::string outputs, std::int32_t status)
 {
-    const CallRecord call{function.full_name, std::move(noted_inputs), std::move(outputs), status};
+    const CallRecord call{function.full_name.text, std::move(noted_inputs), std::move(outputs),
+                          status};
     noted_inputs.clear();
     trace_call(call);
     if (observer)

@@ -130,20 +130,20 @@ constexpr bool match(const FunctionInfo& function)
     return all;
 }
 
-template <typename Body>
-Failure run(const Body& body, Instrument& instrument)
+template <typename Body, typename... Taken>
+Failure run(const Body& body, Taken&... taken)
 {
-    if constexpr (std::is_void_v<decltype(body(instrument))>) {
-        body(instrument);
+    if constexpr (std::is_void_v<decltype(body(taken...))>) {
+        body(taken...);
         return Failure::none;
     } else {
-        return body(instrument);
+        return body(taken...);
     }
 }
 } // namespace call_steps
 
-/// Runs a function with a status. `body` gets the instrument as it is now and returns a Failure or
-/// nothing; it writes the results through the parameters it captured.
+/// Runs a function with a status. `body` gets the instrument as it is now, if it takes one, and
+/// returns a Failure or nothing; it writes the results through the parameters it captured.
 template <Name name, typename Body, typename... Parameters>
 std::int32_t call(const Body& body, Parameters... parameters)
 {
@@ -151,18 +151,25 @@ std::int32_t call(const Body& body, Parameters... parameters)
     static_assert(function != no_function, "the table has no such function");
     static_assert(call_steps::match<Parameters...>(functions[function]),
                   "the parameters differ from the function's row in the table");
-    if (functions[function].reach == Reach::device && call_is_plain) {
-        Instrument& instrument = instrument_now();
-        const Failure failure = call_steps::run(body, instrument);
-        if (failure == Failure::none && !instrument.changed) [[likely]]
-            return 0;
-        return call_steps::end_plain(failure);
+    constexpr bool takes_instrument = std::is_invocable_v<Body, Instrument&>;
+    if constexpr (functions[function].reach == Reach::device && takes_instrument) {
+        if (call_is_plain) {
+            Instrument& instrument = instrument_now();
+            const Failure failure = call_steps::run(body, instrument);
+            if (failure == Failure::none && !instrument.changed) [[likely]]
+                return 0;
+            return call_steps::end_plain(failure);
+        }
     }
     const std::array<Argument, sizeof...(Parameters)> arguments{
         call_steps::Passed<Parameters>::argument(parameters)...};
     Failure failure = call_steps::begin(function, arguments);
-    if (failure == Failure::none)
-        failure = call_steps::run(body, instrument_now());
+    if (failure == Failure::none) {
+        if constexpr (takes_instrument)
+            failure = call_steps::run(body, instrument_now());
+        else
+            failure = call_steps::run(body);
+    }
     return call_steps::end(function, arguments, failure);
 }
 

@@ -16,8 +16,25 @@ namespace simulator
 enum class Kind : std::uint8_t { none, u8, u16, u32, i32, real, real32, text, bytes };
 enum class Way : std::uint8_t { in, out, in_out };
 
+/// A name that is held in place: a table of them needs no pointers, which the dynamic linker would
+/// have to set in every process that loads the library.
+template <std::size_t capacity>
+struct FixedName {
+    char text[capacity]{};
+
+    constexpr FixedName() = default;
+    constexpr FixedName(std::string_view name)
+    {
+        for (std::size_t i = 0; i < name.size(); ++i)
+            text[i] = name[i]; // one that is too long does not compile
+        text[name.size()] = '\0';
+    }
+    constexpr FixedName(const char* name) : FixedName(std::string_view(name)) {}
+    constexpr operator std::string_view() const { return text; }
+};
+
 struct Parameter {
-    std::string_view name;
+    FixedName<22> name;
     Kind kind = Kind::none;
     Way way = Way::out;
     bool hexadecimal = false; ///< how the trace shows it
@@ -33,7 +50,7 @@ enum class Reach : std::uint8_t { device, library, report };
 inline constexpr std::size_t most_parameters = 11;
 
 struct FunctionInfo {
-    const char* full_name;
+    FixedName<46> full_name;
     std::array<Parameter, most_parameters> parameters{};
     Returns returns = Returns::status;
     Reach reach = Reach::device;
@@ -208,7 +225,7 @@ inline constexpr std::size_t no_function = function_count;
 constexpr std::size_t find_function(std::string_view name)
 {
     for (std::size_t i = 0; i < function_count; ++i)
-        if (functions[i].name() == name || functions[i].full_name == name)
+        if (functions[i].name() == name || std::string_view(functions[i].full_name) == name)
             return i;
     return no_function;
 }

@@ -78,7 +78,7 @@ bool read_result(std::string_view text, const FunctionInfo& function, Reply& rep
                    : no_result();
     while (reply.parameter < function.parameter_count() &&
            (function.parameters[reply.parameter].way == Way::in ||
-            function.parameters[reply.parameter].name != name))
+            std::string_view(function.parameters[reply.parameter].name) != name))
         ++reply.parameter;
     if (reply.parameter == function.parameter_count())
         return no_result();

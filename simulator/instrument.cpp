@@ -21,8 +21,6 @@ constexpr std::int64_t step_us = 10'000;
 /// After a longer absence only the end of it is worked out: everything has settled by then.
 constexpr std::int64_t longest_absence_us = 3'600'000'000;
 
-Instrument instrument;
-
 void default_settings(Instrument& made)
 {
     record(made.memory, 0).flags = set_active | set_valid;
@@ -93,6 +91,7 @@ void advance(Instrument& moved, std::int64_t now_us)
 
 Instrument& the_instrument()
 {
+    static Instrument& instrument = *new Instrument; // there until the process ends
     return instrument;
 }
 

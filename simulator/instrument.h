@@ -229,7 +229,8 @@ void make_new(Instrument& instrument, std::int64_t now_us);
 /// Moves on to that time; never back.
 void advance(Instrument& instrument, std::int64_t now_us);
 
-/// The one instrument, at the present time / as it last was.
+/// The one instrument, at the present time / as it last was. It is made when somebody asks for it
+/// at the present time.
 Instrument& instrument_now();
 Instrument& the_instrument();
 

@@ -101,7 +101,6 @@ bool load_file(const std::string& path, std::string& problem)
 
 bool apply(std::string_view line, std::string& problem)
 {
-    make_instrument_once();
     Words words;
     const bool right = split_words(line, words, problem) && carry_out(words, true, problem);
     call_conditions_changed();
@@ -113,7 +112,6 @@ void load_scenario_once()
     if (loaded)
         return;
     loaded = true;
-    make_instrument_once();
     const std::optional<std::string> path = host::environment("KOV_SIMULATOR_SCENARIO");
     if (path)
         (void)load_file(*path, file_problem); // Open tells about it

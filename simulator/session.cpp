@@ -137,6 +137,13 @@ Failure save(bool closing)
     return Failure::none;
 }
 
+void make_instrument()
+{
+    session.instrument_made = true;
+    session.clock_offset_us = host::wall_clock_us() - host::monotonic_us();
+    make_new(the_instrument(), host::wall_clock_us());
+}
+
 } // namespace
 
 bool port_is_open()
@@ -144,17 +151,10 @@ bool port_is_open()
     return session.open;
 }
 
-void make_instrument_once()
-{
-    if (session.instrument_made)
-        return;
-    session.instrument_made = true;
-    session.clock_offset_us = host::wall_clock_us() - host::monotonic_us();
-    make_new(the_instrument(), host::wall_clock_us());
-}
-
 Instrument& instrument_now()
 {
+    if (!session.instrument_made) [[unlikely]]
+        make_instrument();
     Instrument& instrument = the_instrument();
     advance(instrument, host::monotonic_us() + session.clock_offset_us);
     return instrument;
@@ -166,6 +166,7 @@ Failure open_port(std::uint8_t port)
         return Failure::already_open;
     if (port == 0)
         return Failure::bad_port;
+    (void)instrument_now();
     session.state_path = state_path(port);
     if (!session.state_path.empty()) {
         Failure failure = lock_port(port);
@@ -203,8 +204,10 @@ Failure close_port()
 
 Failure save_changes()
 {
+    if (!session.open)
+        return Failure::none;
     Instrument& instrument = the_instrument();
-    if (!instrument.changed || !session.open)
+    if (!instrument.changed)
         return Failure::none;
     instrument.changed = false;
     return save(false);
@@ -237,7 +240,7 @@ void reset_session()
     if (session.open && !session.state_path.empty())
         host::unlock();
     session = Session{};
-    make_instrument_once();
+    make_instrument();
     call_conditions_changed();
 }
 

@@ -24,9 +24,6 @@ namespace simulator
 std::uint32_t set_data_rate(std::uint32_t wanted);
 [[nodiscard]] std::int64_t transfer_time_us(std::size_t bytes);
 
-/// Makes the instrument when nobody has made it yet.
-void make_instrument_once();
-
 /// Throws the instrument away, and an open port with it, keeping no state.
 void reset_session();
 

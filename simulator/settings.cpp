@@ -1,10 +1,10 @@
 #include "simulator/settings.h"
 
+#include "simulator/arithmetic.h"
 #include "simulator/call.h"
 #include "simulator/measurements.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -74,7 +74,7 @@ double held(double value)
 void put_period(Instrument& instrument, std::int64_t& period, const Given& given)
 {
     // Measurements are made at whole steps of the models.
-    period = std::max(1LL, std::llround(held(given.real) / 10)) * 10'000;
+    period = std::max(std::int64_t{1}, nearest(held(given.real) / 10)) * 10'000;
     for (unsigned unit = 0; unit <= unit_count; ++unit)
         restart_measurements(instrument, unit);
 }
@@ -113,7 +113,7 @@ using G = const Given&;
 
 /// Settings of the instrument as a whole.
 constexpr Setting general_settings[] = {
-    {"latency", Takes::real, 0, [](I&, U, G v) { set_latency_us(std::llround(held(v.real) * 1000)); }},
+    {"latency", Takes::real, 0, [](I&, U, G v) { set_latency_us(nearest(held(v.real) * 1000)); }},
     {"noise", Takes::flag, 0, [](I& i, U, G v) { put(i.physical.noise, v); }},
     {"library_version", Takes::whole, word, [](I& i, U, G v) { put(i.physical.library_version, v); }},
     {"voltage24", Takes::real, 0, [](I& i, U, G v) { put(i.physical.readings.voltage24, v); }},
@@ -173,7 +173,7 @@ constexpr Setting identity_settings[] = {
     {"firmware_date", Takes::text, 12, [](I& i, U u, G v) { put(identity(i, u).firmware_date, v); }},
     {"device_type", Takes::whole, word, [](I& i, U u, G v) { put(identity(i, u).device_type, v); }},
     {"hardware_type", Takes::whole, double_word, [](I& i, U u, G v) { put(identity(i, u).hardware_type, v); }},
-    {"uptime", Takes::real, 0, [](I& i, U u, G v) { i.clocks[u].started_us = i.now_us - std::llround(held(v.real) * 1e6); }},
+    {"uptime", Takes::real, 0, [](I& i, U u, G v) { i.clocks[u].started_us = i.now_us - nearest(held(v.real) * 1e6); }},
 };
 
 /// Settings of a unit, after "slot0." .. "slot3." or "base.".

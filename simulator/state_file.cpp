@@ -1,8 +1,11 @@
 #include "simulator/state_file.h"
 
+#include "simulator/words.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdio>
 #include <string_view>
 
 namespace simulator
@@ -26,9 +29,14 @@ template <typename T>
 void add(std::string& text, T value)
 {
     std::array<char, 32> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-    text.append(digits.data(), end);
-    text += ' ';
+    if constexpr (std::is_floating_point_v<T>) {
+        std::snprintf(digits.data(), digits.size(), "%.17g ", value);
+        text += digits.data();
+    } else {
+        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+        text.append(digits.data(), end);
+        text += ' ';
+    }
 }
 
 /// A line of a word and numbers.
@@ -80,12 +88,13 @@ public:
     bool number(T& value, int radix = 10)
     {
         const std::string_view taken = word();
-        std::from_chars_result result{};
-        if constexpr (std::is_floating_point_v<T>)
-            result = std::from_chars(taken.data(), taken.data() + taken.size(), value);
-        else
-            result = std::from_chars(taken.data(), taken.data() + taken.size(), value, radix);
-        return result.ec == std::errc{} && result.ptr == taken.data() + taken.size();
+        if constexpr (std::is_floating_point_v<T>) {
+            return read_real(taken, value);
+        } else {
+            const auto [end, error] =
+                std::from_chars(taken.data(), taken.data() + taken.size(), value, radix);
+            return error == std::errc{} && end == taken.data() + taken.size();
+        }
     }
 
     template <typename... Numbers>

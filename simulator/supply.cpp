@@ -1,5 +1,6 @@
 #include "simulator/supply.h"
 
+#include "simulator/arithmetic.h"
 #include "simulator/config_record.h"
 #include "simulator/measurements.h"
 
@@ -60,7 +61,7 @@ void ramp(Instrument& instrument, unsigned supply, double seconds)
 
 void discharge(Supply& supply, double seconds)
 {
-    supply.output *= std::exp(-seconds / discharge_seconds);
+    supply.output *= faded(seconds / discharge_seconds);
     if (std::abs(supply.output) < voltage_resolution)
         supply.output = 0;
     supply.set = supply.output; // where the next ramp starts
@@ -68,7 +69,7 @@ void discharge(Supply& supply, double seconds)
 
 double rounded(double value, double resolution)
 {
-    return std::round(value / resolution) * resolution;
+    return static_cast<double>(nearest(value / resolution)) * resolution;
 }
 
 void measure_current(Instrument& instrument, unsigned supply)
@@ -101,7 +102,7 @@ void measure_voltage(Instrument& instrument, unsigned supply)
 SupplyKind supply_kind(std::uint32_t hardware_type)
 {
     const auto current_range = [&](unsigned place) {
-        return std::pow(10.0, 1.0 - (hardware_type >> place & 0xF));
+        return power_of_ten(1 - static_cast<int>(hardware_type >> place & 0xF));
     };
     return {static_cast<double>(hardware_type & 0x3FFF), (hardware_type >> 26 & 3) != 0,
             (hardware_type >> 30 & 3) != 0, current_range(18), current_range(22)};
@@ -116,7 +117,7 @@ void step_supply(Instrument& instrument, unsigned supply, double seconds, bool v
     else if (moved.output != 0)
         discharge(moved, seconds);
     if (moved.voltage_error != 0 || moved.current_error != 0) {
-        const double settled = std::exp(-seconds / settling_seconds);
+        const double settled = faded(seconds / settling_seconds);
         moved.voltage_error *= settled;
         moved.current_error *= settled;
         if (std::abs(moved.voltage_error) < voltage_resolution / 10)

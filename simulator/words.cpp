@@ -1,7 +1,10 @@
 #include "simulator/words.h"
 
+#include "simulator/arithmetic.h"
+
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 
 namespace simulator
 {
@@ -128,8 +131,18 @@ bool read_integer(std::string_view text, std::int64_t& value)
 
 bool read_real(std::string_view text, double& value)
 {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc{} && end == text.data() + text.size();
+    // Not from_chars: its tables are three times as large as the rest of the simulated instrument.
+    const std::string word{text};
+    const bool named = word == "nan" || word == "inf" || word == "-inf";
+    if (word.empty() || word.front() == '+' ||
+        (!named && word.find_first_not_of("0123456789.-+eE") != std::string::npos))
+        return false;
+    char* end = nullptr;
+    const double read = std::strtod(word.c_str(), &end);
+    if (*end != '\0' || (std::isinf(read) && !named))
+        return false;
+    value = read;
+    return true;
 }
 
 bool wrong(std::string& problem, std::string text)
@@ -152,7 +165,7 @@ bool read_time(const Words& words, std::size_t place, std::int64_t& time_us, std
         !(milliseconds >= 0 && milliseconds <= 1e9))
         return wrong(problem,
                      "a time in milliseconds is expected, not '" + words[place].text + "'");
-    time_us = std::llround(milliseconds * 1000);
+    time_us = nearest(milliseconds * 1000);
     return true;
 }
 

@@ -1,4 +1,5 @@
 /// The HV-supplies: ramps in both polarities, measurement ranges, currents.
+#include "simulator/arithmetic.h"
 #include "tests/simulator/instrument_test.h"
 
 #include <cmath>
@@ -160,6 +161,17 @@ TEST_F(SupplyTest, RangeAndPolarityComeFromTheHardwareType)
     COM_KOV_CTRL_SetScannedModuleState();
     wait_seconds(10);
     EXPECT_NEAR(voltage(2), -100, 1e-9);
+}
+
+TEST(Arithmetic, AgreesWithTheMathematicsLibrary)
+{
+    for (const double value : {0.0, 0.001, 0.02, 0.031, 1.0, 3.3, 40.0, 200.0})
+        EXPECT_NEAR(simulator::faded(value) / std::exp(-value), 1.0, 1e-12) << value;
+    EXPECT_EQ(simulator::faded(1e9), 0.0);
+    for (const double value : {0.0, 0.49999999999999994, 0.5, 1.4, 2.5, -0.5, -1.4, -2.5, 4e15 + 1})
+        EXPECT_EQ(simulator::nearest(value), std::llround(value)) << value;
+    for (int exponent = -14; exponent <= 1; ++exponent)
+        EXPECT_EQ(simulator::power_of_ten(exponent), std::pow(10.0, exponent)) << exponent;
 }
 
 } // namespace
