@@ -23,39 +23,34 @@ constexpr bool is_plain(char c)
     return c >= ' ' && c < 0x7F;
 }
 
-std::string formatted(const char* format, va_list arguments)
-{
-    va_list again;
-    va_copy(again, arguments);
-    std::array<char, 8192> buffer; // enough for all but the longest texts
-    const int length = std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
-    const auto size = static_cast<std::size_t>(std::max(length, 0));
-    std::string text;
-    if (size < buffer.size()) {
-        text.assign(buffer.data(), size);
-    } else {
-        text.resize(size);
-        std::vsnprintf(text.data(), size + 1, format, again);
-    }
-    va_end(again);
-    return text;
-}
-
 } // namespace
 
 // ---- Printing ----
 
-void Console::print_formatted(const char* format, va_list arguments)
+void Console::vprint(Color color, const char* format, va_list arguments)
 {
-    write(formatted(format, arguments));
+    va_list again;
+    va_copy(again, arguments);
+    color_ = color;
+    std::array<char, 8192> buffer; // enough for all but the longest texts
+    const int length = std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
+    const auto size = static_cast<std::size_t>(std::max(length, 0));
+    if (size < buffer.size()) {
+        write({buffer.data(), size});
+    } else {
+        std::string text(size, ' ');
+        std::vsnprintf(text.data(), size + 1, format, again);
+        write(text);
+    }
+    color_ = Color::label;
+    va_end(again);
 }
 
 void Console::print(const char* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    color_ = Color::label;
-    print_formatted(format, arguments);
+    vprint(Color::label, format, arguments);
     va_end(arguments);
 }
 
@@ -63,9 +58,7 @@ void Console::print(Color color, const char* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    color_ = color;
-    print_formatted(format, arguments);
-    color_ = Color::label;
+    vprint(color, format, arguments);
     va_end(arguments);
 }
 
@@ -79,9 +72,7 @@ void Console::print_at(Place place, Color color, const char* format, ...)
     va_list arguments;
     va_start(arguments, format);
     move_to(place);
-    color_ = color;
-    print_formatted(format, arguments);
-    color_ = Color::label;
+    vprint(color, format, arguments);
     va_end(arguments);
 }
 
@@ -369,7 +360,7 @@ void progress(const char* format, ...)
         return;
     va_list arguments;
     va_start(arguments, format);
-    console.print("%s", formatted(format, arguments).c_str());
+    console.vprint(Color::label, format, arguments);
     va_end(arguments);
 }
 
@@ -378,7 +369,7 @@ void print_value_line(const char* label, const char* format, ...)
     va_list arguments;
     va_start(arguments, format);
     console.print("%s", label);
-    console.print(Color::value, "%s", formatted(format, arguments).c_str());
+    console.vprint(Color::value, format, arguments);
     console.print("\r\n");
     va_end(arguments);
 }

@@ -16,6 +16,7 @@
 /// each line once, in its final form.
 #pragma once
 
+#include <bit>
 #include <cstdarg>
 #include <cstdint>
 #include <deque>
@@ -47,11 +48,20 @@ struct Word {
     Color color;
 };
 
+/// In four bytes, because there are two for every column of every row.
 struct Cell {
-    char32_t character = U' '; ///< 0 = the right half of the wide character before it
-    Color color = Color::label;
+    char32_t character : 24 = U' '; ///< 0 = the right half of the wide character before it
+    Color color : 8 = Color::label;
 
-    bool operator==(const Cell&) const = default;
+    Cell() = default;
+    Cell(char32_t new_character, Color new_color)
+        : character(new_character & 0xFF'FFFF), color(new_color)
+    {
+    }
+    bool operator==(const Cell& other) const
+    {
+        return std::bit_cast<std::uint32_t>(*this) == std::bit_cast<std::uint32_t>(other);
+    }
     /// A blank looks the same in every colour.
     [[nodiscard]] bool is_blank() const { return character == U' '; }
 };
@@ -66,6 +76,7 @@ public:
 
     void print(const char* format, ...) PRINTF_FORMAT(2, 3);
     void print(Color color, const char* format, ...) PRINTF_FORMAT(3, 4);
+    void vprint(Color color, const char* format, va_list arguments) PRINTF_FORMAT(3, 0);
     void print(const Word& word);
     /// Prints a coloured text at a place; the cursor stays behind it.
     void print_at(Place place, Color color, const char* format, ...) PRINTF_FORMAT(4, 5);
@@ -121,6 +132,9 @@ public:
 
     /// Makes the terminal show what the model holds, in one write. Does nothing when it does.
     void flush();
+    /// As flush(), but leaves out what a slow terminal does not take at once: a later flush sends
+    /// the rest of it first. For displays whose cycles must not wait for the terminal.
+    void flush_without_waiting();
     /// As flush(), but no more than every 10 ms: for a progress text that is rewritten in place.
     void flush_when_due();
     /// As flush(), also for a line without its end: somebody is about to wait for an answer.
@@ -154,7 +168,6 @@ private:
     {
         return terminal_ && (display_depth_ == 0 || window_first_ > 0);
     }
-    void print_formatted(const char* format, va_list arguments);
     void put(char32_t character);
     /// Several characters that stand for themselves.
     void put_plain(std::string_view text);
@@ -167,10 +180,13 @@ private:
     void release_final_rows();
     void release(Row& row);
     [[nodiscard]] std::string plain_text(const Row& row) const;
+    void compose();
     void take_window_change();
     void repaint_from(int row, bool erase);
     void send_row(int row);
     void send_cells(const Row& sent, int row, int from, int to);
+    /// Sends ASCII in one colour from where the terminal's cursor is; returns the column behind.
+    int send_run(const Row& sent, int to);
     void send_cell(const Cell& cell);
     void move_terminal_to(int row, int column);
     void set_terminal_color(Color color);

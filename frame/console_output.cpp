@@ -1,6 +1,7 @@
 // How the console's model reaches the terminal, or a file.
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
@@ -16,6 +17,9 @@ namespace
 /// Rows that a live display may still rewrite when standard output is no terminal, and rows that
 /// are kept at least.
 constexpr int kept_rows = 200;
+
+/// Columns that look right already: no more of them are written over on the way to the next ones.
+constexpr int worth_moving = 4;
 
 /// The terminal's own colours, in the console's order. Grey is the default foreground and bright
 /// white its bold form, so that dark and light themes stay readable.
@@ -62,6 +66,12 @@ bool look_alike(const Cell& a, const Cell& b)
     return a == b || (a.is_blank() && b.is_blank());
 }
 
+/// An ASCII character: one byte, one column.
+bool is_narrow(const Cell& cell)
+{
+    return cell.character != 0 && cell.character < 0x80;
+}
+
 /// Column of the last cell up to `limit` that is not blank, 0 when there is none.
 int end_of_text(const std::vector<Cell>& cells, int limit)
 {
@@ -95,6 +105,33 @@ void Console::flush()
         flush_plain(false);
         return;
     }
+    compose();
+    if (!out_.empty())
+        platform::write_output(out_);
+    out_.clear();
+}
+
+void Console::flush_without_waiting()
+{
+    if (!terminal_) {
+        flush_plain(false);
+        return;
+    }
+    const auto send = [this] {
+        if (!out_.empty())
+            out_.erase(0, platform::write_some_output(out_));
+        return out_.empty();
+    };
+    take_window_change();
+    if (send()) { // else what is shown by now is composed when the last picture is through
+        compose();
+        (void)send();
+    }
+}
+
+/// Adds to the output what makes the terminal show the model.
+void Console::compose()
+{
     take_window_change();
     if (sent_cursor_visible_ && !cursor_visible_) {
         out_ += "\033[?25l";
@@ -131,9 +168,6 @@ void Console::flush()
     bell_ = false;
     const int last = std::min(last_row(), bottom_row());
     platform::note_rows_to_leave(display_depth_ > 0 ? last - sent_row_ + 1 : 0);
-    if (!out_.empty())
-        platform::write_output(out_);
-    out_.clear();
     forget_old_rows();
 }
 
@@ -176,7 +210,8 @@ void Console::take_window_change()
     if (change == platform::WindowChange::none)
         return;
     const bool resumed = change == platform::WindowChange::resumed;
-    if (resumed) { // the shell found the terminal in its neutral state, and left it so
+    if (resumed) {    // the shell found the terminal in its neutral state, and left it so
+        out_.clear(); // the end of a picture that is not there any more
         sent_color_ = Color::label;
         sent_cursor_visible_ = true;
     }
@@ -256,32 +291,64 @@ void Console::send_row(int row)
     const int clip = std::min(sent.dirty_to, size_.columns);
     if (static_cast<int>(sent.shown.size()) < clip)
         sent.shown.resize(static_cast<std::size_t>(clip));
-    for (int column = sent.dirty_from; column <= clip; ++column)
-        sent.shown[static_cast<std::size_t>(column) - 1] = cell_at(sent.wanted, column);
+    const auto end = static_cast<std::size_t>(clip);
+    auto index = static_cast<std::size_t>(sent.dirty_from) - 1;
+    for (const std::size_t wanted_end = std::min(end, sent.wanted.size()); index < wanted_end;
+         ++index)
+        sent.shown[index] = sent.wanted[index];
+    for (; index < end; ++index)
+        sent.shown[index] = {};
     sent.dirty_from = sent.dirty_to = 0;
 }
 
 void Console::send_cells(const Row& sent, int row, int from, int to)
 {
-    constexpr int worth_moving = 4; // columns: a shorter gap is written over
     int column = from;
     while (column <= to) {
-        if (look_alike(cell_at(sent.wanted, column), cell_at(sent.shown, column))) {
+        const Cell cell = cell_at(sent.wanted, column);
+        if (look_alike(cell, cell_at(sent.shown, column))) {
             ++column;
             continue;
         }
-        if (cell_at(sent.wanted, column).character == 0 && column > 1)
+        if (row == sent_row_ && column == sent_column_ && column < size_.columns &&
+            is_narrow(cell)) {
+            column = send_run(sent, std::min(to, size_.columns - 1));
+            continue;
+        }
+        if (cell.character == 0 && column > 1)
             --column; // a wide character is written whole
         const bool near = row == sent_row_ && column > sent_column_ &&
                           column - sent_column_ <= worth_moving && sent_column_ >= from;
         for (int gap = near ? sent_column_ : column; gap < column; ++gap)
             send_cell(cell_at(sent.wanted, gap));
         move_terminal_to(row, column);
-        const Cell cell = cell_at(sent.wanted, column);
-        const bool cut = column == size_.columns && character_width(cell.character) == 2;
-        send_cell(cut ? Cell{} : cell);
+        const Cell first = cell_at(sent.wanted, column);
+        const bool cut = column == size_.columns && character_width(first.character) == 2;
+        send_cell(cut ? Cell{} : first);
         column = std::max(column + 1, std::min(sent_column_, size_.columns + 1));
     }
+}
+
+int Console::send_run(const Row& sent, int to)
+{
+    const int from = sent_column_;
+    if (const Cell first = cell_at(sent.wanted, from); !first.is_blank())
+        set_terminal_color(first.color);
+    std::array<char, 256> text;
+    std::size_t looked_at = 0;
+    std::size_t length = 0; // up to the last one that is not shown yet
+    for (; looked_at < text.size() && looked_at - length <= worth_moving; ++looked_at) {
+        const int column = from + static_cast<int>(looked_at);
+        const Cell cell = cell_at(sent.wanted, column);
+        if (column > to || !is_narrow(cell) || (!cell.is_blank() && cell.color != sent_color_))
+            break;
+        text[looked_at] = static_cast<char>(cell.character);
+        if (!look_alike(cell, cell_at(sent.shown, column)))
+            length = looked_at + 1;
+    }
+    out_.append(text.data(), length);
+    sent_column_ += static_cast<int>(length);
+    return sent_column_;
 }
 
 void Console::send_cell(const Cell& cell)
@@ -290,6 +357,11 @@ void Console::send_cell(const Cell& cell)
         return;
     if (!cell.is_blank())
         set_terminal_color(cell.color);
+    if (is_narrow(cell)) {
+        out_ += static_cast<char>(cell.character);
+        ++sent_column_;
+        return;
+    }
     append_utf8(out_, cell.character);
     sent_column_ += character_width(cell.character);
 }

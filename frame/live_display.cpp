@@ -115,10 +115,16 @@ public:
             const std::int64_t now = platform::tick_ms();
             looker_.looked(now);
             // A paced display waits now: what it has must be seen before.
-            if (going_on && (display_.period_ms > 0 || pacer_.is_due(now)))
+            if (going_on && display_.period_ms > 0) {
                 draw(now);
+                console.flush();
+            } else if (going_on && pacer_.is_due(now)) {
+                draw(now);
+                console.flush_without_waiting();
+            }
         }
         draw(platform::tick_ms());
+        console.flush();
         return failed_;
     }
 
@@ -135,7 +141,6 @@ private:
         if (fields_.key_echo.row > 0 && display_.continuous)
             console.print_at(fields_.key_echo, Color::label, "%s", key_text(key_).c_str());
         key_ = 0;
-        console.flush();
     }
 
     /// Takes a waiting key; false when it ends the display.

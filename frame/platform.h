@@ -61,6 +61,10 @@ WindowChange take_window_change();
 /// end the program has then been made.
 bool write_output(std::string_view bytes);
 
+/// Writes what standard output takes without a wait, and returns how many bytes that were: all of
+/// them, too, when nobody can receive them any more, or when only waiting is possible.
+std::size_t write_some_output(std::string_view bytes);
+
 /// Tells how many rows the cursor must go down to stand below everything that is on the screen:
 /// where the terminal is left when the program is stopped or ended on the spot.
 void note_rows_to_leave(int rows);

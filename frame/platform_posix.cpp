@@ -140,6 +140,33 @@ void request_stop(int signal_number)
         requested_stop = signal_number;
 }
 
+void note_screen_use()
+{
+    if (output_is_terminal()) {
+        screen_wanted = 1;
+        screen_in_use = 1;
+    }
+}
+
+/// Nobody receives our output any more.
+void output_has_gone(int error)
+{
+    request_stop(error == EIO ? SIGHUP : SIGPIPE);
+}
+
+/// Standard output opened once more, for writing without a wait: the mode belongs to the opening,
+/// and the one that we were given is the shell's, too.
+int reopened_output = -1;
+bool output_reopening_tried = false;
+
+void close_reopened_output()
+{
+    if (reopened_output >= 0)
+        close(reopened_output);
+    reopened_output = -1;
+    output_reopening_tried = false;
+}
+
 bool signal_is_due()
 {
     return requested_stop != 0 || window_resized != 0 || program_resumed != 0;
@@ -219,6 +246,7 @@ void restore_terminal()
     raw_input_wanted = 0;
     screen_wanted = 0;
     hand_terminal_back();
+    close_reopened_output();
 }
 
 std::int64_t tick_ms()
@@ -285,10 +313,7 @@ WindowChange take_window_change()
 
 bool write_output(std::string_view bytes)
 {
-    if (output_is_terminal()) {
-        screen_wanted = 1;
-        screen_in_use = 1;
-    }
+    note_screen_use();
     while (!bytes.empty()) {
         const ssize_t written = write(STDOUT_FILENO, bytes.data(), bytes.size());
         if (written >= 0) {
@@ -302,10 +327,30 @@ bool write_output(std::string_view bytes)
             poll(&entry, 1, 1000);
             continue;
         }
-        request_stop(errno == EIO ? SIGHUP : SIGPIPE);
+        output_has_gone(errno);
         return false;
     }
     return true;
+}
+
+std::size_t write_some_output(std::string_view bytes)
+{
+    if (!output_reopening_tried) {
+        output_reopening_tried = true;
+        reopened_output = open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    }
+    if (reopened_output < 0) { // not ours to open
+        (void)write_output(bytes);
+        return bytes.size();
+    }
+    note_screen_use();
+    const ssize_t written = write(reopened_output, bytes.data(), bytes.size());
+    if (written >= 0)
+        return static_cast<std::size_t>(written);
+    if (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)
+        return 0;
+    output_has_gone(errno);
+    return bytes.size();
 }
 
 void note_rows_to_leave(int rows)

@@ -190,7 +190,7 @@ void run_cycles(const ScreenLayout& layout, const ModulePresence& presence, Inte
         key_echo.blank_when_old(now);
         if (pacer.is_due(now)) {
             draw_values(layout, readings, presence, masks);
-            console.flush();
+            console.flush_without_waiting();
         }
     }
     draw_values(layout, readings, presence, masks);

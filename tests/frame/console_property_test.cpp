@@ -198,6 +198,8 @@ private:
                 change_window();
             } else if (number(0, 2) == 0) {
                 stop_and_resume();
+            } else {
+                flush_to_slow_terminal();
             }
             break;
         }
@@ -247,15 +249,28 @@ private:
         flush();
     }
 
+    /// What the terminal does not take has to come with a later flush.
+    void flush_to_slow_terminal()
+    {
+        virtual_platform.output_room = static_cast<std::size_t>(number(0, 40));
+        note("flush to a terminal that takes " + std::to_string(virtual_platform.output_room));
+        console.flush_without_waiting();
+        virtual_platform.output_room = std::string::npos;
+        is_behind_ = true;
+    }
+
     void flush()
     {
         note("flush");
         console.flush();
+        is_behind_ = false;
         take_output();
     }
 
     void take_output()
     {
+        if (is_behind_)
+            return; // the terminal emulator mistakes a character that comes in two parts
         terminal_->feed(std::string_view{virtual_platform.output}.substr(taken_));
         taken_ = virtual_platform.output.size();
     }
@@ -387,8 +402,9 @@ private:
     int origin_ = 0; ///< lines above row 1 of the model, until the screen is cleared
     int depth_ = 0;
     int display_first_ = 0;
-    int trusted_from_ = 1; ///< rows above may look otherwise
-    int floor_ = 1;        ///< what stands above it is not touched
+    int trusted_from_ = 1;   ///< rows above may look otherwise
+    int floor_ = 1;          ///< what stands above it is not touched
+    bool is_behind_ = false; ///< a part of the output may not have been sent
     bool cleared_ = false;
     bool undisturbed_ = true; ///< the terminal shows and keeps all that it got
     std::string log_;

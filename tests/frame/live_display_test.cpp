@@ -67,6 +67,18 @@ TEST(LiveDisplay, DrawsAtMostEvery10MillisecondsButShowsTheLatest)
                               "Mean response time:   {W}0.10{.} ms  Value: {W}10000{.}\n");
 }
 
+TEST(LiveDisplay, NeverWaitsForTheTerminal)
+{
+    Trial trial;
+    trial.type(450, "\033");
+    virtual_platform.output_room = 50; // from then on the terminal takes nothing
+    Display display{.options = {.title = "Test", .continuous = true}, .answer_us = 1000};
+    display.run();
+    EXPECT_EQ(display.readings, 500);
+    EXPECT_LT(virtual_platform.writes, 30U);
+    EXPECT_THAT(trial.screen(), testing::HasSubstr("Value: {W}500{.}")) << "the end is shown";
+}
+
 TEST(LiveDisplay, CountsOnlyWhatIsNew)
 {
     Trial trial;

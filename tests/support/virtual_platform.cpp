@@ -158,6 +158,14 @@ bool write_output(std::string_view bytes)
     return true;
 }
 
+std::size_t write_some_output(std::string_view bytes)
+{
+    const std::string_view taken = bytes.substr(0, virtual_platform.output_room);
+    virtual_platform.output_room -=
+        virtual_platform.output_room == std::string::npos ? 0 : taken.size();
+    return taken.empty() || write_output(taken) ? taken.size() : bytes.size();
+}
+
 void note_rows_to_leave(int) {}
 
 bool input_is_terminal()

@@ -36,6 +36,7 @@ struct VirtualPlatform {
     std::vector<WindowEvent> window_events;
     std::map<std::string, std::string> environment;
     bool output_is_closed = false;
+    std::size_t output_room = std::string::npos; ///< bytes that it takes without a wait
 
     // What the program did.
     std::string output;
