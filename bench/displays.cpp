@@ -11,6 +11,8 @@
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/switches.h"
+#include "interactive/readings.h"
+#include "interactive/status_screen.h"
 
 namespace bench
 {
@@ -24,6 +26,55 @@ void start_program()
     program = {};
     console.start();
     start_keys();
+}
+
+/// All values of the full screen.
+struct FullScreen {
+    CompleteState state;
+    ControllerHousekeeping controller;
+    std::array<ModuleHousekeeping, 5> housekeeping;
+    HeaterMonitoring monitoring;
+    struct Output {
+        std::uint8_t valid;
+        double value;
+    };
+    std::array<Output, screen_slots> voltage, current;
+};
+
+bool read_values(FullScreen& screen)
+{
+    CompleteState& state = screen.state;
+    ControllerHousekeeping& controller = screen.controller;
+    bool good = COM_KOV_CTRL_GetCompleteState(&state.data_ready, &state.device, &state.voltage,
+                                              &state.temperature, &state.fan, &state.interlock,
+                                              &state.overall, state.module_data_ready.data(),
+                                              state.module.data()) == 0;
+    good &=
+        COM_KOV_CTRL_GetHousekeeping(&controller.plus_24, &controller.plus_5, &controller.plus_3_3,
+                                     &controller.cpu, &controller.psu) == 0;
+    ModuleHousekeeping& heater = screen.housekeeping[0];
+    good &= COM_KOV_CTRL_GetHeatCtrlHousekeeping(&heater.valid, &heater.plus_3_3, &heater.cpu,
+                                                 &heater.plus_5, &heater.plus_24, &heater.psu) == 0;
+    ModuleHousekeeping& base = screen.housekeeping[base_index];
+    good &= COM_KOV_CTRL_GetBaseHousekeeping(&base.valid, &base.plus_3_3, &base.cpu) == 0;
+    for (unsigned slot = 1; slot < screen_slots; ++slot) {
+        ModuleHousekeeping& supply = screen.housekeeping[slot];
+        good &= COM_KOV_CTRL_GetHVsupplyHousekeeping(
+                    slot, &supply.valid, &supply.plus_3_3, &supply.cpu, &supply.plus_5,
+                    &supply.plus_24, &supply.minus_22, &supply.plus_18, &supply.minus_18,
+                    &supply.vc, &supply.analog_ground) == 0;
+    }
+    HeaterMonitoring& heating = screen.monitoring;
+    good &= COM_KOV_CTRL_GetHeatCtrlMonitoring(&heating.ready, &heating.output_voltage,
+                                               &heating.heater_voltage, &heating.current,
+                                               &heating.temperature) == 0;
+    for (unsigned slot = 1; slot < screen_slots; ++slot) {
+        FullScreen::Output& voltage = screen.voltage[slot];
+        FullScreen::Output& current = screen.current[slot];
+        good &= COM_KOV_CTRL_GetHVsupplyOutputVoltage(slot, &voltage.valid, &voltage.value) == 0;
+        good &= COM_KOV_CTRL_GetHVsupplyOutputCurrent(slot, &current.valid, &current.value) == 0;
+    }
+    return good;
 }
 
 /// Nothing of a reading is optimised away.
@@ -91,6 +142,13 @@ void show_wide()
     console.finish();
 }
 
+void show_full_screen()
+{
+    start_program();
+    run_status_screen();
+    console.finish();
+}
+
 void read_housekeeping(std::uint32_t calls)
 {
     read_in_loop<Housekeeping>(calls);
@@ -99,6 +157,11 @@ void read_housekeeping(std::uint32_t calls)
 void read_wide(std::uint32_t calls)
 {
     read_in_loop<Wide>(calls);
+}
+
+void read_full_screen(std::uint32_t cycles)
+{
+    read_in_loop<FullScreen>(cycles);
 }
 
 } // namespace bench

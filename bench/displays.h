@@ -1,5 +1,6 @@
 /// The displays whose cost is measured: the program's own, the same written with ncurses, and the
-/// loop without any display. All of them read once a cycle; the displays run until Esc.
+/// loop without any display. All of them but the full screen call the library once a cycle; the
+/// displays run until Esc.
 #pragma once
 
 #include <array>
@@ -38,6 +39,7 @@ using Display = void (*)();
 
 void show_housekeeping();
 void show_wide();
+void show_full_screen();
 void show_housekeeping_with_ncurses();
 void show_wide_with_ncurses();
 
@@ -46,5 +48,7 @@ using BareLoop = void (*)(std::uint32_t calls);
 
 void read_housekeeping(std::uint32_t calls);
 void read_wide(std::uint32_t calls);
+/// The library calls of so many cycles in which every group of values is ready.
+void read_full_screen(std::uint32_t cycles);
 
 } // namespace bench

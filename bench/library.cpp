@@ -109,8 +109,17 @@ void start_window(const Window& window, std::function<void()> at_end)
     progress = {};
     progress.window = window;
     progress.at_end = std::move(at_end);
-    progress.next_mark = warm_up_cycles + 1;
+    progress.next_mark = window.warm_up + 1;
     progress.left_seconds = thread_seconds();
+}
+
+void take_answer_time()
+{
+    if (progress.window.answer != Answer::after_300_us)
+        return;
+    const double end = now_seconds() + busy_seconds;
+    while (now_seconds() < end) {
+    }
 }
 
 Usage window_usage()
@@ -138,11 +147,7 @@ std::int32_t COM_KOV_CTRL_GetHousekeeping(double* voltage24, double* voltage5, d
         status = bench::instrument_housekeeping(voltage24, voltage5, voltage33, temperatureCPU,
                                                 temperaturePSU);
     } else {
-        if (progress.window.answer == Answer::after_300_us) {
-            const double end = bench::now_seconds() + bench::busy_seconds;
-            while (bench::now_seconds() < end) {
-            }
-        }
+        bench::take_answer_time();
         const double change = (progress.calls & 1023U) * 0.001;
         *voltage24 = 23.5 + change;
         *voltage5 = 4.5 + change;

@@ -1,6 +1,7 @@
 /// The device library as the benchmarks need it. GetHousekeeping of this executable stands in front
 /// of the simulated instrument's: it answers the way that was asked for, and measures what happens
-/// between two of its calls. All other functions are the simulated instrument's.
+/// between two of its calls. So do the other functions that the full screen calls in its cycles,
+/// but without measuring. All the rest are the simulated instrument's.
 #pragma once
 
 #include <cstdint>
@@ -18,8 +19,9 @@ enum class Answer {
 /// What a run is measured by.
 struct Window {
     Answer answer = Answer::at_once;
-    std::uint32_t cycles = 0; ///< calls from the window's start to its end
-    bool metered = false;     ///< measure the processor time outside the library, too
+    std::uint32_t cycles = 0;   ///< calls from the window's start to its end
+    std::uint32_t warm_up = 64; ///< calls before it: a display draws in each of its first 32 cycles
+    bool metered = false;       ///< measure the processor time outside the library, too
 };
 
 /// What the calling thread used from the window's start to its end.
@@ -43,9 +45,6 @@ struct Usage {
     }
 };
 
-/// Calls before a window starts: a display draws in each of its first 32 cycles.
-inline constexpr std::uint32_t warm_up_cycles = 64;
-
 /// Opens the simulated instrument, without an answer time and without a state file. False, with a
 /// message, when that fails.
 [[nodiscard]] bool open_instrument();
@@ -57,8 +56,11 @@ void start_window(const Window& window, std::function<void()> at_end);
 /// Calls of a run that ends with its window.
 [[nodiscard]] inline std::uint32_t calls_of(const Window& window)
 {
-    return warm_up_cycles + window.cycles + 1;
+    return window.warm_up + window.cycles + 1;
 }
+
+/// Takes the answer time of the window's library.
+void take_answer_time();
 
 /// What the last run used.
 [[nodiscard]] Usage window_usage();

@@ -24,11 +24,27 @@ struct Subject {
     Display display;
     Display ncurses_display;
     BareLoop bare_loop;
+    TerminalKind terminal = {};
+    double seconds = 0.25;      ///< of a measurement
+    std::uint32_t warm_up = 64; ///< cycles before it
 };
 
 constexpr Subject housekeeping = {"5 fields", show_housekeeping, show_housekeeping_with_ncurses,
                                   read_housekeeping};
 constexpr Subject wide = {"130 fields", show_wide, show_wide_with_ncurses, read_wide};
+
+/// The full screen does not fit a smaller window.
+constexpr TerminalKind high_terminal = {.rows = 62};
+constexpr Subject full_screen = {"full screen",    show_full_screen, nullptr,
+                                 read_full_screen, high_terminal,    1.0};
+/// What the system holds for the terminal is full when the measurement begins.
+constexpr Subject slow_full_screen = {"full screen on 100 KB/s",
+                                      show_full_screen,
+                                      nullptr,
+                                      read_full_screen,
+                                      {.rows = high_terminal.rows, .bytes_per_second = 100'000},
+                                      2.0,
+                                      500};
 
 const char* name_of(Answer answer)
 {
@@ -48,9 +64,9 @@ std::string name_of(const char* what, const Subject& subject, Answer answer)
     return std::string{what} + ", " + subject.name + ", " + name_of(answer);
 }
 
-Usage run_display(Display display, const Window& window)
+Usage run_display(Display display, const Window& window, TerminalKind kind = {})
 {
-    const Terminal terminal;
+    const Terminal terminal{kind};
     start_window(window, [&terminal] { terminal.type(escape_key); });
     display();
     return window_usage();
@@ -69,11 +85,12 @@ std::uint32_t cycles_in(double seconds, const Usage& trial)
     return static_cast<std::uint32_t>(std::max(trial.cycles_per_second() * seconds, 100.0));
 }
 
-std::uint32_t display_cycles(Display display, Answer answer, double seconds)
+std::uint32_t display_cycles(Display display, Answer answer, double seconds, TerminalKind kind = {})
 {
     constexpr double trial_seconds = 0.03;
-    Usage trial = run_display(display, {.answer = answer, .cycles = 50});
-    trial = run_display(display, {.answer = answer, .cycles = cycles_in(trial_seconds, trial)});
+    Usage trial = run_display(display, {.answer = answer, .cycles = 50}, kind);
+    trial =
+        run_display(display, {.answer = answer, .cycles = cycles_in(trial_seconds, trial)}, kind);
     return cycles_in(seconds, trial);
 }
 
@@ -81,15 +98,17 @@ std::uint32_t display_cycles(Display display, Answer answer, double seconds)
 /// whatever else the computer does hits both.
 void compare_rates(benchmark::State& state, const Subject& subject, Answer answer, Goal goal)
 {
-    constexpr double seconds = 0.25;
-    const Window shown = {.answer = answer,
-                          .cycles = display_cycles(subject.display, answer, seconds)};
+    const Window shown = {
+        .answer = answer,
+        .cycles = display_cycles(subject.display, answer, subject.seconds, subject.terminal),
+        .warm_up = subject.warm_up};
     Window bare = shown;
-    bare.cycles = cycles_in(seconds, run_bare_loop(subject.bare_loop, shown));
+    bare.warm_up = 1;
+    bare.cycles = cycles_in(subject.seconds, run_bare_loop(subject.bare_loop, bare));
     std::vector<double> ratios, rates;
     for (auto _ : state) {
         const double loop = run_bare_loop(subject.bare_loop, bare).cycles_per_second();
-        const Usage display = run_display(subject.display, shown);
+        const Usage display = run_display(subject.display, shown, subject.terminal);
         ratios.push_back(display.cycles_per_second() / loop);
         state.SetIterationTime(display.seconds / display.cycles);
     }
@@ -102,10 +121,12 @@ void count_traffic(benchmark::State& state, const Subject& subject, Answer answe
 {
     constexpr double seconds = 1.5;
     const Window window = {.answer = answer,
-                           .cycles = display_cycles(subject.display, answer, seconds)};
+                           .cycles =
+                               display_cycles(subject.display, answer, seconds, subject.terminal),
+                           .warm_up = subject.warm_up};
     Usage usage;
     for (auto _ : state) {
-        usage = run_display(subject.display, window);
+        usage = run_display(subject.display, window, subject.terminal);
         state.SetIterationTime(usage.seconds / usage.cycles);
     }
     const auto note = [&](const char* what, double measured, Goal its_goal = no_goal) {
@@ -177,6 +198,12 @@ void register_live_displays()
     add_rate(wide, Answer::by_instrument, no_goal);
     add_rate(housekeeping, Answer::at_once, no_goal);
     add_rate(wide, Answer::at_once, no_goal);
+
+    constexpr int long_pairs = 5;
+    add("rate", compare_rates, full_screen, Answer::after_300_us, at_least(0.985), long_pairs);
+    add("rate", compare_rates, slow_full_screen, Answer::after_300_us, at_least(0.95), long_pairs);
+    add("traffic", count_traffic, full_screen, Answer::after_300_us, at_most(110.0), 1);
+    add("traffic", count_traffic, slow_full_screen, Answer::after_300_us, no_goal, 1);
 
     for (const Subject& subject : {housekeeping, wide})
         for (const Answer answer : {Answer::after_300_us, Answer::by_instrument})

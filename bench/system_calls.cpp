@@ -1,5 +1,6 @@
 #include "bench/system_calls.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstddef>
 #include <ctime>
@@ -30,9 +31,10 @@ extern "C" {
 ssize_t write(int descriptor, const void* bytes, std::size_t size)
 {
     static auto* const passed_on = real<ssize_t(int, const void*, std::size_t)>("write");
+    const ssize_t written = passed_on(descriptor, bytes, size);
     ++system_calls.writes;
-    system_calls.written_bytes += size;
-    return passed_on(descriptor, bytes, size);
+    system_calls.written_bytes += static_cast<std::size_t>(std::max<ssize_t>(written, 0));
+    return written;
 }
 
 ssize_t read(int descriptor, void* buffer, std::size_t size)

@@ -1,19 +1,24 @@
 /// A pseudo-terminal in the place of standard input and output, drained by a reader thread.
 #pragma once
 
+#include <atomic>
 #include <thread>
 
 namespace bench
 {
 
 inline constexpr int terminal_columns = 200;
-inline constexpr int terminal_rows = 50;
+
+struct TerminalKind {
+    int rows = 50;
+    int bytes_per_second = 0; ///< that it takes; 0 = as many as there are
+};
 
 /// Standard input and output are the terminal for as long as this exists.
 class Terminal
 {
 public:
-    Terminal();
+    explicit Terminal(TerminalKind kind = {});
     ~Terminal();
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
@@ -25,6 +30,7 @@ private:
     int master_ = -1;
     int saved_input_ = -1;
     int saved_output_ = -1;
+    std::atomic<int> bytes_per_second_;
     std::thread reader_;
 };
 
