@@ -112,7 +112,7 @@ void draw(const Test& test, const Fields& fields, const Shown& shown)
     }
     console.clear_to_end_of_line();
     console.print_at(fields.key, Color::label, "%s", key_text(shown.key).c_str());
-    console.flush();
+    console.flush_without_waiting();
 }
 
 using Random = std::minstd_rand;

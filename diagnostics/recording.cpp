@@ -298,7 +298,7 @@ private:
             display_.show(*monitoring_);
         if (shown_errors_)
             display_.show_errors(*shown_errors_);
-        console.flush();
+        console.flush_without_waiting();
     }
 
     struct SummaryLine {

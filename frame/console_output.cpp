@@ -178,7 +178,7 @@ void Console::flush_when_due()
     if (now_ms < due_flush_ms_)
         return;
     due_flush_ms_ = now_ms + interval_ms;
-    flush();
+    flush_without_waiting();
 }
 
 void Console::flush_for_wait()
