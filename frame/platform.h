@@ -65,6 +65,21 @@ bool write_output(std::string_view bytes);
 /// them, too, when nobody can receive them any more, or when only waiting is possible.
 std::size_t write_some_output(std::string_view bytes);
 
+/// From on to off nothing holds the program up or ends it on the spot: writing never waits for who
+/// receives it (what is not taken is sent later), and a further request to end the program is not
+/// acted on. For what must come to its end, with outputs of the instrument on.
+void protect_run(bool on);
+
+/// A protected run for as long as it exists.
+class ProtectedRun
+{
+public:
+    ProtectedRun() { protect_run(true); }
+    ~ProtectedRun() { protect_run(false); }
+    ProtectedRun(const ProtectedRun&) = delete;
+    ProtectedRun& operator=(const ProtectedRun&) = delete;
+};
+
 /// Tells how many rows the cursor must go down to stand below everything that is on the screen:
 /// where the terminal is left when the program is stopped or ended on the spot.
 void note_rows_to_leave(int rows);

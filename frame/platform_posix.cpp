@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -33,6 +35,13 @@ volatile std::sig_atomic_t screen_wanted = 0;
 volatile std::sig_atomic_t screen_in_use = 0;
 volatile std::sig_atomic_t rows_to_leave = 0;
 
+volatile std::sig_atomic_t run_is_protected = 0;
+
+/// Standard output opened once more, for writing without a wait: the mode belongs to the opening,
+/// and the one that we were given is the shell's, too.
+int reopened_output = -1;
+bool output_reopening_tried = false;
+
 constexpr char neutral_screen[] = "\033[0m\033[?25h"; // no colour, cursor visible
 
 /// Only calls what a signal handler may call.
@@ -40,9 +49,11 @@ void hand_terminal_back()
 {
     if (screen_in_use != 0) {
         screen_in_use = 0;
-        (void)!write(STDOUT_FILENO, neutral_screen, sizeof neutral_screen - 1);
+        // Without a wait, where that is possible: it may be the terminal that holds everything up.
+        const int descriptor = reopened_output >= 0 ? reopened_output : STDOUT_FILENO;
+        (void)!write(descriptor, neutral_screen, sizeof neutral_screen - 1);
         for (int row = 0; row < rows_to_leave; ++row)
-            (void)!write(STDOUT_FILENO, "\r\n", 2);
+            (void)!write(descriptor, "\r\n", 2);
     }
     if (raw_input_active != 0) {
         raw_input_active = 0;
@@ -55,7 +66,7 @@ void on_stop_request(int signal_number)
     const int saved_errno = errno;
     if (requested_stop != 0) {
         // A closing terminal hangs up twice: once by the system, once by the shell.
-        if (requested_stop == SIGHUP && signal_number == SIGHUP)
+        if (run_is_protected != 0 || (requested_stop == SIGHUP && signal_number == SIGHUP))
             return;
         hand_terminal_back();
         _exit(128 + signal_number);
@@ -154,11 +165,6 @@ void output_has_gone(int error)
     request_stop(error == EIO ? SIGHUP : SIGPIPE);
 }
 
-/// Standard output opened once more, for writing without a wait: the mode belongs to the opening,
-/// and the one that we were given is the shell's, too.
-int reopened_output = -1;
-bool output_reopening_tried = false;
-
 void close_reopened_output()
 {
     if (reopened_output >= 0)
@@ -209,6 +215,71 @@ bool wait_for_input(int descriptor, std::int64_t timeout_ms, bool (*is_due)())
     return look_at_results(result);
 }
 
+bool reopen_output()
+{
+    if (!output_reopening_tried) {
+        output_reopening_tried = true;
+        reopened_output = open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    }
+    return reopened_output >= 0;
+}
+
+bool wait_for_room(int timeout_ms)
+{
+    pollfd entry = {.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+    return poll(&entry, 1, timeout_ms) > 0;
+}
+
+/// Writes what goes at once. What nobody receives any more counts as written.
+std::size_t write_at_once(std::string_view bytes)
+{
+    constexpr std::size_t cautious_size = 256; // fits mostly, where there is room at all
+    if (!reopen_output()) {                    // not ours to open
+        if (!wait_for_room(0))
+            return 0;
+        bytes = bytes.substr(0, cautious_size);
+    }
+    const int descriptor = reopened_output >= 0 ? reopened_output : STDOUT_FILENO;
+    const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+    if (written >= 0)
+        return static_cast<std::size_t>(written);
+    if (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)
+        return 0;
+    output_has_gone(errno);
+    return bytes.size();
+}
+
+/// Writes everything, waiting as long as it takes; when the program is asked to end, no longer than
+/// a moment for each text. False when nobody receives it any more.
+bool write_patiently(std::string_view bytes)
+{
+    constexpr int last_patience_ms = 100;
+    while (!bytes.empty()) {
+        if (output_is_terminal() || requested_stop != 0) {
+            bytes.remove_prefix(write_at_once(bytes));
+            if (!bytes.empty() && !wait_for_room(requested_stop != 0 ? last_patience_ms : -1) &&
+                requested_stop != 0)
+                return true; // it does not keep the program from its end
+            continue;
+        }
+        const ssize_t written = write(STDOUT_FILENO, bytes.data(), bytes.size());
+        if (written >= 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+            continue;
+        }
+        if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            (void)wait_for_room(1000);
+        } else if (errno != EINTR) {
+            output_has_gone(errno);
+            return false;
+        }
+    }
+    return requested_stop != SIGHUP && requested_stop != SIGPIPE;
+}
+
+/// What was not taken during a protected run.
+std::string unsent;
+
 } // namespace
 
 void start()
@@ -237,7 +308,8 @@ void start()
     watch(SIGCONT, on_continue);
     for (const int signal_number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
         watch(signal_number, on_crash, true);
-    std::signal(SIGPIPE, SIG_IGN); // a closed pipe is told by the write
+    std::signal(SIGPIPE, SIG_IGN); // a closed pipe is told by the write,
+    std::signal(SIGXFSZ, SIG_IGN); // a file that may not become longer, too
     std::atexit(restore_terminal); // also when the device library ends the process
 }
 
@@ -314,43 +386,27 @@ WindowChange take_window_change()
 bool write_output(std::string_view bytes)
 {
     note_screen_use();
-    while (!bytes.empty()) {
-        const ssize_t written = write(STDOUT_FILENO, bytes.data(), bytes.size());
-        if (written >= 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(written));
-            continue;
-        }
-        if (errno == EINTR)
-            continue;
-        if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            pollfd entry = {.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
-            poll(&entry, 1, 1000);
-            continue;
-        }
-        output_has_gone(errno);
-        return false;
-    }
+    if (run_is_protected == 0 && unsent.empty())
+        return write_patiently(bytes);
+    unsent += bytes;
+    if (run_is_protected != 0)
+        unsent.erase(0, write_at_once(unsent));
+    else
+        return write_patiently(std::exchange(unsent, {}));
     return true;
 }
 
 std::size_t write_some_output(std::string_view bytes)
 {
-    if (!output_reopening_tried) {
-        output_reopening_tried = true;
-        reopened_output = open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    }
-    if (reopened_output < 0) { // not ours to open
-        (void)write_output(bytes);
-        return bytes.size();
-    }
     note_screen_use();
-    const ssize_t written = write(reopened_output, bytes.data(), bytes.size());
-    if (written >= 0)
-        return static_cast<std::size_t>(written);
-    if (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)
-        return 0;
-    output_has_gone(errno);
-    return bytes.size();
+    if (!unsent.empty())
+        unsent.erase(0, write_at_once(unsent));
+    return unsent.empty() ? write_at_once(bytes) : 0;
+}
+
+void protect_run(bool on)
+{
+    run_is_protected = on ? 1 : 0;
 }
 
 void note_rows_to_leave(int rows)
@@ -368,6 +424,8 @@ void start_raw_input()
     if (have_original_modes == 0)
         return;
     raw_input_wanted = 1;
+    if (tcgetpgrp(STDIN_FILENO) != getpgrp())
+        return; // in the background: when it is continued in the foreground
     if (raw_input_active == 0 && tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
         raw_input_active = 1;
 }

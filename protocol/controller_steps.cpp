@@ -1,6 +1,5 @@
 #include "protocol/controller_steps.h"
 
-#include <array>
 #include <numeric>
 #include <string>
 
@@ -18,7 +17,7 @@ bool report_enabled(Report& report)
     if (!call(LIB(GetEnable), &enabled))
         return false;
     report.text(std::string{"Device is "} + (enabled != 0 ? "enabled" : "disabled"));
-    return report.is_good();
+    return may_go_on(report);
 }
 
 bool set_enable_and_check(Report& report, bool enable)
@@ -37,7 +36,7 @@ bool set_enable_and_check(Report& report, bool enable)
         return false;
     }
     report.result("Device has been " + state, Color::label);
-    return report.is_good();
+    return may_go_on(report);
 }
 
 /// Times how long transfers of a text take.
@@ -56,15 +55,15 @@ bool measure_transfers(Report& report, const char* label, const char* sent)
             return false;
         }
         if (platform::stop_signal() != 0) {
-            line.clear();
-            return !is_interrupted(report);
+            line.leave();
+            return may_go_on(report);
         }
     }
     line.clear();
     const std::string result =
         formatted("%.2lfms (%.0lf..%.0lfms)", times.mean(), times.smallest(), times.largest());
     report.item({.label = label, .value = result});
-    return report.is_good();
+    return may_go_on(report);
 }
 
 bool measure_communication(Report& report)
@@ -82,7 +81,8 @@ bool measure_cpu(Report& report)
     report.end_section();
     return take_series(
         report, "CPU data", {},
-        {.channels = {{"load", &quantity::percent_of_one}, {"frequency", &quantity::megahertz}},
+        {.what = "CPU data",
+         .channels = {{"load", &quantity::percent_of_one}, {"frequency", &quantity::megahertz}},
          .count = 10,
          .fetch = [](std::span<double> values) {
              return Sample{attempt(LIB(GetCPUdata), &values[0], &values[1])};
@@ -93,7 +93,8 @@ bool measure_housekeeping(Report& report)
 {
     report.end_section();
     return take_series(report, "Housekeeping data", {},
-                       {.channels = {{"3V3", &quantity::volts},
+                       {.what = "housekeeping data",
+                        .channels = {{"3V3", &quantity::volts},
                                      {"5V0", &quantity::volts},
                                      {"24V", &quantity::volts},
                                      {"CPU", &quantity::degrees},
@@ -108,35 +109,36 @@ bool measure_housekeeping(Report& report)
 
 bool measure_fan(Report& report)
 {
+    constexpr const char* title = "Fan data";
     bool has_failed = false;
+    Source source{.what = "fan data",
+                  .channels = {{"speed set", &quantity::rpm},
+                               {"measured", &quantity::rpm},
+                               {"PWM control", &quantity::percent_of_one}},
+                  .count = 10,
+                  .ready_bit = ready_bit::fan,
+                  .fetch = [&](std::span<double> values) {
+                      std::uint8_t failed = 0;
+                      std::uint16_t reserved = 0;
+                      std::uint16_t set_speed = 0;
+                      std::uint16_t measured_speed = 0;
+                      float pwm = 0;
+                      const char* error = attempt(LIB(GetFanData), &failed, &reserved, &set_speed,
+                                                  &measured_speed, &pwm);
+                      has_failed = has_failed || failed != 0;
+                      values[0] = set_speed;
+                      values[1] = measured_speed;
+                      values[2] = static_cast<double>(pwm);
+                      return Sample{error};
+                  }};
     report.end_section();
-    const bool measured = take_series(report, "Fan data", {},
-                                      {.channels = {{"speed set", &quantity::rpm},
-                                                    {"measured", &quantity::rpm},
-                                                    {"PWM control", &quantity::percent_of_one}},
-                                       .count = 10,
-                                       .ready_bit = ready_bit::fan,
-                                       .fetch = [&](std::span<double> values) {
-                                           std::uint8_t failed = 0;
-                                           std::uint16_t reserved = 0;
-                                           std::uint16_t set_speed = 0;
-                                           std::uint16_t measured_speed = 0;
-                                           float pwm = 0;
-                                           const char* error =
-                                               attempt(LIB(GetFanData), &failed, &reserved,
-                                                       &set_speed, &measured_speed, &pwm);
-                                           has_failed = has_failed || failed != 0;
-                                           values[0] = set_speed;
-                                           values[1] = measured_speed;
-                                           values[2] = static_cast<double>(pwm);
-                                           return Sample{error};
-                                       }});
-    if (!measured)
+    if (!collect(report, title, {}, {&source, 1}))
         return false;
-    report.item({.label = "Fan state",
-                 .value = has_failed ? "Fail" : "OK",
-                 .color = has_failed ? Color::bad : Color::good});
-    return report.is_good();
+    report_series(report, title, source,
+                  {{.label = "state",
+                    .value = has_failed ? "Fail" : "OK",
+                    .color = has_failed ? Color::bad : Color::good}});
+    return may_go_on(report);
 }
 
 } // namespace

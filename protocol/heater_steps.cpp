@@ -11,27 +11,22 @@ namespace
 struct Setting {
     const char* label;
     const char* unit;
-    const char* file_unit;
     LibraryFunction<std::int32_t(const double*)> set;
 };
 
-constexpr Setting target_temperature = {"Target heater temperature", DEGREES_C, DEGREES_C_IN_FILE,
+constexpr Setting target_temperature = {"Target heater temperature", "",
                                         LIB(SetHeatCtrlHeaterTemperature)};
-constexpr Setting power_limit = {"Power limit", "W", "W", LIB(SetHeatCtrlPowerLimit)};
-constexpr Setting current_limit = {"Current limit", "A", "A", LIB(SetHeatCtrlCurrentLimit)};
-constexpr Setting voltage_limit = {"Voltage limit", "V", "V", LIB(SetHeatCtrlVoltageLimit)};
+constexpr Setting power_limit = {"Power limit", "W", LIB(SetHeatCtrlPowerLimit)};
+constexpr Setting current_limit = {"Current limit", "A", LIB(SetHeatCtrlCurrentLimit)};
+constexpr Setting voltage_limit = {"Voltage limit", "V", LIB(SetHeatCtrlVoltageLimit)};
 
 bool set(Report& report, const Setting& setting, double value)
 {
     const double* const sent = &value;
     if (!call(setting.set, sent))
         return false;
-    const std::string number = formatted("%.3lf", value);
-    report.item({.label = setting.label,
-                 .value = number + setting.unit,
-                 .divider = " set to ",
-                 .file_value = number + setting.file_unit});
-    return report.is_good();
+    report.text(formatted("%s set to %.3lf%s", setting.label, value, setting.unit));
+    return may_go_on(report);
 }
 
 /// Lets the heater settle under its limits, then measures it.

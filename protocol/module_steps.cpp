@@ -10,7 +10,8 @@ namespace
 bool measure_cpu_load(Report& report, unsigned address)
 {
     return take_series(report, "CPU data", {},
-                       {.channels = {{"load", &quantity::percent}},
+                       {.what = "CPU data",
+                        .channels = {{"load", &quantity::percent}},
                         .count = 10,
                         .fetch = [address](std::span<double> values) {
                             return Sample{attempt(LIB(GetModuleCPUdata), address, &values[0])};
@@ -58,7 +59,11 @@ std::span<const HousekeepingChannel> housekeeping_channels(unsigned address)
 bool measure_housekeeping(Report& report, unsigned address)
 {
     const std::span<const HousekeepingChannel> shown = housekeeping_channels(address);
-    Source source{.channels = {}, .count = 20, .ready_bit = ready_bit::housekeeping, .fetch = {}};
+    Source source{.what = "housekeeping data",
+                  .channels = {},
+                  .count = 20,
+                  .ready_bit = ready_bit::housekeeping,
+                  .fetch = {}};
     for (const HousekeepingChannel& channel : shown)
         source.channels.push_back({channel.label, channel.quantity});
     source.fetch = [address, shown](std::span<double> values) {
@@ -114,10 +119,10 @@ bool run_slot(Report& report, const ProductData& data, unsigned slot)
     report_slot_heading(report, slot);
     report.indent(true);
     bool passed = true;
-    if (!data.presence.has_slot(slot))
-        report.text(Color::warning, "No module found, skipped");
+    if (slot >= data.presence.slots() || !data.presence.has_slot(slot))
+        report.text("No module found, skipped", Color::warning);
     else if (!data.fits(slot))
-        report.text(Color::warning, "The device type does not fit the slot, skipped");
+        report.text("The device type does not fit the slot, skipped", Color::warning);
     else
         passed = measure_slot(report, slot);
     report.indent(false);
@@ -146,7 +151,7 @@ bool activate_and_check(Report& report, unsigned address, bool on)
         return false;
     }
     report.result("Module has been " + wanted, Color::label);
-    return report.is_good();
+    return may_go_on(report);
 }
 
 bool set_ranges_and_check(Report& report, unsigned address, MeasurementRanges ranges, Space space)
@@ -162,12 +167,13 @@ bool set_ranges_and_check(Report& report, unsigned address, MeasurementRanges ra
                                              (read_back.high != 0) == (ranges.high != 0));
     const bool voltage_is_set = report_range(report, "Voltage", ranges.polarity(),
                                              (read_back.negative != 0) == (ranges.negative != 0));
-    return current_is_set && voltage_is_set && report.is_good();
+    return current_is_set && voltage_is_set && may_go_on(report);
 }
 
 bool measure_heater(Report& report, const char* title, bool with_power)
 {
-    Source source{.channels = {{"output voltage", &quantity::volts},
+    Source source{.what = "monitoring data",
+                  .channels = {{"output voltage", &quantity::volts},
                                {"heater voltage", &quantity::volts},
                                {"current", &quantity::amperes}},
                   .count = 100,
@@ -194,7 +200,8 @@ bool measure_heater(Report& report, const char* title, bool with_power)
 
 Source voltage_source(unsigned address)
 {
-    return {.channels = {{"", &quantity::volts}},
+    return {.what = "output voltage",
+            .channels = {{"", &quantity::volts}},
             .count = 20,
             .ready_bit = ready_bit::output_voltage,
             .fetch = [address](std::span<double> values) {
@@ -207,7 +214,8 @@ Source voltage_source(unsigned address)
 
 Source current_source(unsigned address)
 {
-    return {.channels = {{"", &quantity::picoamperes}},
+    return {.what = "output current",
+            .channels = {{"", &quantity::picoamperes}},
             .count = 100,
             .ready_bit = ready_bit::output_current,
             .fetch = [address](std::span<double> values) {
@@ -224,13 +232,13 @@ bool run_module_steps(Report& report, const ProductData& data)
     report.indent(true);
     bool passed = true;
     if (!data.presence.has_base_unit())
-        report.text(Color::warning, "Not found, skipped");
+        report.text("Not found, skipped", Color::warning);
     else if (data.base_device_type != module_type::base_unit)
-        report.text(Color::warning, "The device type is not that of a base unit, skipped");
+        report.text("The device type is not that of a base unit, skipped", Color::warning);
     else
         passed = measure_cpu_load(report, base_unit) && measure_housekeeping(report, base_unit);
     report.indent(false);
     for (unsigned slot = 0; slot <= highest_slot && passed; ++slot)
         passed = run_slot(report, data, slot);
-    return passed && report.is_good();
+    return passed && may_go_on(report);
 }

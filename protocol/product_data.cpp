@@ -276,7 +276,7 @@ bool report_led_data(Report& report, const Unit& unit)
 
 bool report_run(Report& report)
 {
-    report.item({.label = "Test protocol created on", .value = timestamp(), .divider = " "});
+    report.text("Test protocol created on " + timestamp());
     report.end_section();
     progress("Getting DLL version:\r\n");
     report.item({.label = "DLL version", .value = version_text(COM_KOV_CTRL_GetSWVersion())});
@@ -423,7 +423,6 @@ bool report_controller_state(Report& report, std::uint16_t& overall)
                               "Function of the slide switch 'Fan'", LIB(GetFanSwitchOverride),
                               {fan_switch_fields}) &&
            report_inputs(report) &&
-           // The blanks make the two lines stand alike.
            report_times(report, "uptime", "Device uptime", ":  ", LIB(GetUptimeInt)) &&
            report_times(report, "operation time", "Operation time", ": ", LIB(GetOptimeInt));
 }
@@ -474,7 +473,7 @@ bool report_module_scan(Report& report, ModulePresence& presence)
     if (!succeeded(attempt_presence(presence)))
         return false;
     if (presence.valid == 0) {
-        report.text(Color::bad, "Module presence flags invalid, continuation not possible!");
+        report.text("Module presence flags invalid, continuation not possible!", Color::bad);
         return false;
     }
     for (unsigned slot = 0; slot < presence.slots(); ++slot) {
@@ -547,6 +546,7 @@ bool report_heat_controller(Report& report, const Unit& unit, ProductData& data)
     const bool off = temperature < 0.0;
     report.item({.label = "Target heater temperature",
                  .value = off ? "off" : formatted("%.3lf" DEGREES_C, temperature),
+                 .color = off ? Color::bad : Color::value,
                  .file_value = off ? "" : formatted("%.3lf" DEGREES_C_IN_FILE, temperature)});
     return true;
 }
@@ -558,7 +558,8 @@ bool report_hv_supply(Report& report, const Unit& unit)
     if (!succeeded(attempt_target_voltage(*unit.address, volts)))
         return false;
     report.item({.label = "Target output voltage",
-                 .value = volts < 0.0 ? "off" : formatted("%.1lfV", volts)});
+                 .value = volts < 0.0 ? "off" : formatted("%.1lfV", volts),
+                 .color = volts < 0.0 ? Color::bad : Color::value});
     unit.announce("measurement channels");
     MeasurementRanges ranges;
     if (!succeeded(attempt_ranges(*unit.address, ranges)))
@@ -594,7 +595,7 @@ bool report_modules(Report& report, ProductData& data)
         report.indent(true);
         const bool reported = report_unit(report, address, kind, data);
         report.indent(false);
-        return reported && !is_interrupted(report);
+        return reported && may_go_on(report);
     };
     Kind kind;
     if (data.presence.has_base_unit() && !report_under("Base unit:", "Base unit:", base_unit, kind))
@@ -652,14 +653,14 @@ bool ProductData::fits(unsigned slot) const
 {
     const std::uint16_t expected =
         slot == heat_controller ? module_type::heat_controller : module_type::hv_supply;
-    return presence.has_slot(slot) && device_types[slot] == expected;
+    return slot < presence.slots() && presence.has_slot(slot) && device_types[slot] == expected;
 }
 
 bool report_product_data(Report& report, ProductData& data)
 {
     return report_run(report) && report_controller(report, data) &&
            report_module_scan(report, data.presence) && report_modules(report, data) &&
-           report_configurations(report) && report.is_good();
+           report_configurations(report) && may_go_on(report);
 }
 
 bool read_uptime(std::uint32_t& seconds, std::uint16_t& milliseconds, std::string& text)

@@ -2,7 +2,9 @@
 /// stand. Nothing is changed by it.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <string>
 
 #include "modules/presence.h"
 #include "protocol/report.h"

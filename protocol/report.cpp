@@ -81,12 +81,32 @@ void Report::group(const char* title, std::span<const ReportItem> items)
     write(in_file);
 }
 
-void Report::text(const std::string& line)
+void Report::row(std::span<const ReportItem> items)
 {
-    text(Color::label, line);
+    std::string in_file = indentation_;
+    const char* separator = margin();
+    for (const ReportItem& item : items) {
+        console.print("%s", separator);
+        print_item(item);
+        in_file += &item == items.data() ? "" : "\t";
+        in_file += item.file_value.empty() ? item.value : item.file_value;
+        separator = ", ";
+    }
+    console.print("\n");
+    write(in_file + '\n');
 }
 
-void Report::text(Color color, const std::string& line)
+void Report::columns(std::span<const char* const> labels)
+{
+    std::string line;
+    for (const char* label : labels) {
+        line += line.empty() ? "" : "\t";
+        line += label;
+    }
+    file_only(line);
+}
+
+void Report::text(const std::string& line, Color color)
 {
     console.print("%s", margin());
     console.print(color, "%s", line.c_str());

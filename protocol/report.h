@@ -53,14 +53,18 @@ public:
     void group(const char* title, std::span<const ReportItem> items);
 
     /// A line of text, the same in both.
-    void text(const std::string& line);
-    void text(Color color, const std::string& line);
+    void text(const std::string& line, Color color = Color::label);
     /// A line that begins a paragraph in the file: an empty line stands before it.
     void paragraph(const std::string& line);
     /// What comes out of a step that text() or paragraph() began: one tab deeper in the file.
     void result(const std::string& line, Color color);
     /// The heading of a unit.
     void heading(const std::string& on_console, const std::string& in_file);
+    /// A row of a table: on the console labelled values side by side; in the file the values alone,
+    /// with tabs between them.
+    void row(std::span<const ReportItem> items);
+    /// The labels of such rows, for the file.
+    void columns(std::span<const char* const> labels);
     /// A line for the file alone, indented as the rest.
     void file_only(const std::string& line);
 

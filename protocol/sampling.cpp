@@ -1,24 +1,28 @@
 #include "protocol/sampling.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "frame/device_call.h"
 #include "frame/keys.h"
 #include "frame/platform.h"
+#include "modules/readings.h"
 
 void report_stop(Report& report)
 {
     report.indent(false);
     report.end_section();
-    report.text(Color::warning, "Stopped by user!");
+    report.text("Stopped by user!", Color::warning);
 }
 
-bool is_interrupted(Report& report)
+bool may_go_on(Report& report)
 {
-    if (platform::stop_signal() == 0)
+    if (!report.is_good())
         return false;
+    if (platform::stop_signal() == 0)
+        return true;
     report_stop(report);
-    return true;
+    return false;
 }
 
 bool wait(Report& report, std::int64_t milliseconds, Space space)
@@ -125,7 +129,7 @@ const char* fetch_ready(ReadyAddress address, std::span<Source> sources)
     }
     const std::int64_t now_ms = platform::tick_ms();
     for (Source& source : sources) {
-        const bool ready = !source.ready_bit || (flags >> *source.ready_bit & 1) != 0;
+        const bool ready = !source.ready_bit || is_ready(flags, *source.ready_bit);
         if (!ready || source.is_complete())
             continue;
         if (const char* failed = add_sample(source, now_ms))
@@ -148,48 +152,49 @@ bool collect(Report& report, const char* title, ReadyAddress address, std::span<
 {
     constexpr std::int64_t patience_ms = 10'000;
     constexpr std::int64_t sample_interval_ms = 1'000;
-    RunningLine line{title};
     const bool paced = !sources.front().ready_bit;
     std::int64_t news_ms = platform::tick_ms();
+    RunningLine line{title};
     for (;;) {
         const std::size_t samples_before = total_samples(sources);
-        if (const char* failed = fetch_ready(address, sources)) {
+        const char* failed = fetch_ready(address, sources);
+        const std::int64_t now_ms = platform::tick_ms();
+        line.show(progress_text(sources));
+        if (failed != nullptr) {
             line.leave(); // it tells how far it came
             report_error(failed);
             return false;
         }
-        const std::int64_t now_ms = platform::tick_ms();
-        const bool is_new = total_samples(sources) > samples_before;
-        line.show(progress_text(sources));
-        if (std::all_of(sources.begin(), sources.end(),
-                        [](const Source& source) { return source.is_complete(); }))
+        const auto missing = std::find_if(sources.begin(), sources.end(),
+                                          [](const Source& s) { return !s.is_complete(); });
+        if (missing == sources.end())
             break;
+        const bool is_new = total_samples(sources) > samples_before;
         if (is_new)
             news_ms = now_ms;
         if (now_ms - news_ms >= patience_ms) {
-            line.leave(); // it tells how far it came
-            report.text(Color::bad, std::string{title} + ": no new data within 10s!");
+            line.leave();
+            report.text(formatted("No new %s within 10s!", missing->what), Color::bad);
             return false;
         }
-        // A failed or interrupted wait is seen right below.
+        // A request to end the program cuts these short.
         if (paced)
             (void)wait_until(now_ms + sample_interval_ms, false);
         else if (!is_new)
             platform::sleep_ms(1);
         if (platform::stop_signal() != 0) {
-            line.leave(); // it tells how far it came
-            return !is_interrupted(report);
+            line.leave();
+            return may_go_on(report);
         }
     }
     line.clear();
-    return true;
+    return may_go_on(report);
 }
 
-bool take_series(Report& report, const char* title, ReadyAddress address, Source source)
+void report_series(Report& report, const char* title, const Source& source,
+                   std::vector<ReportItem> leading)
 {
-    if (!collect(report, title, address, {&source, 1}))
-        return false;
-    std::vector<ReportItem> items;
+    std::vector<ReportItem> items = std::move(leading);
     for (const Channel& channel : source.channels) {
         const Quantity& quantity = *channel.quantity;
         const Statistics& statistics = channel.statistics;
@@ -198,10 +203,16 @@ bool take_series(Report& report, const char* title, ReadyAddress address, Source
                          .file_value = channel.as_range ? range_text(quantity, statistics)
                                                         : statistics_text(quantity, statistics)});
     }
-    if (source.ready_bit) {
+    if (source.ready_bit)
         items.push_back({.label = "period", .value = formatted("%.0lfms", source.period_ms())});
-    }
     report.group(title, items);
     report.flush();
-    return report.is_good();
+}
+
+bool take_series(Report& report, const char* title, ReadyAddress address, Source source)
+{
+    if (!collect(report, title, address, {&source, 1}))
+        return false;
+    report_series(report, title, source);
+    return may_go_on(report);
 }

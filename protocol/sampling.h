@@ -17,8 +17,9 @@
 /// "Stopped by user!": the answer to SPACE.
 void report_stop(Report& report);
 
-/// True, and tells so, when the program is asked to end.
-[[nodiscard]] bool is_interrupted(Report& report);
+/// False when the report cannot be written any more, or the program is asked to end. To be asked
+/// between two steps.
+[[nodiscard]] bool may_go_on(Report& report);
 
 enum class Space : std::uint8_t { ignored, stops };
 
@@ -65,6 +66,7 @@ struct Sample {
 
 /// Where samples come from, and what came so far.
 struct Source {
+    const char* what; ///< "output voltage"; named when it does not come
     std::vector<Channel> channels;
     std::size_t count;
     std::optional<int> ready_bit; ///< announces a new sample; none = one sample a second
@@ -86,7 +88,11 @@ using ReadyAddress = std::optional<unsigned>;
 [[nodiscard]] bool collect(Report& report, const char* title, ReadyAddress address,
                            std::span<Source> sources);
 
-/// Collects from one source and reports it: the means in a line on the console; in the file a line
-/// for each channel.
+/// Reports what was collected from a source: the means in a line on the console; in the file a line
+/// for each channel. `leading` stands before them.
+void report_series(Report& report, const char* title, const Source& source,
+                   std::vector<ReportItem> leading = {});
+
+/// Both, for a source alone.
 [[nodiscard]] bool take_series(Report& report, const char* title, ReadyAddress address,
                                Source source);

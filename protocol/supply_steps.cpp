@@ -16,6 +16,9 @@ bool set_target(unsigned address, double volts)
     return call(LIB(SetHVsupplyTargetOutputVoltage), address, volts);
 }
 
+constexpr const char* columns[] = {"Target voltage set", "Target voltage get", "Measured voltage",
+                                   "Period", "Measured current"};
+
 /// One target: set, read back, settled, measured; a row of the table in the file.
 bool measure_target(Report& report, unsigned address, unsigned volts)
 {
@@ -25,6 +28,7 @@ bool measure_target(Report& report, unsigned address, unsigned volts)
     double read_back = 0.0;
     if (!succeeded(attempt_target_voltage(address, read_back)))
         return false;
+    // Told before the wait; the file has it in the row below.
     console.print("  Target output voltage: ");
     console.print(Color::value, "%uV", volts);
     console.print(" set, ");
@@ -32,38 +36,36 @@ bool measure_target(Report& report, unsigned address, unsigned volts)
     console.print(" get\n");
     std::array<Source, 2> sources = {voltage_source(address), current_source(address)};
     if (!wait(report, settling_ms, Space::stops) ||
-        !collect(report, "  Output data", address, sources))
+        !collect(report, "Output data", address, sources))
         return false;
-    const Source& voltage = sources[0];
-    const Statistics& volts_measured = voltage.channels.front().statistics;
-    const Statistics& amperes_measured = sources[1].channels.front().statistics;
-    console.print("  Measured voltage: ");
-    console.print(Color::value, "%s", value_text(quantity::volts, volts_measured.mean()).c_str());
-    console.print(", period: ");
-    console.print(Color::value, "%.0lfms", voltage.period_ms());
-    console.print(", measured current: ");
-    console.print(Color::value, "%s",
-                  value_text(quantity::picoamperes, amperes_measured.mean()).c_str());
-    console.print("\n");
-    report.file_only(formatted("%uV\t%.3lfV\t%s\t%.0lfms\t%s", volts, read_back,
-                               statistics_text(quantity::volts, volts_measured).c_str(),
-                               voltage.period_ms(),
-                               statistics_text(quantity::picoamperes, amperes_measured).c_str()));
+    const auto measured = [](const char* label, const Quantity& quantity, const Source& source) {
+        const Statistics& statistics = source.channels.front().statistics;
+        return ReportItem{.label = label,
+                          .value = value_text(quantity, statistics.mean()),
+                          .file_value = statistics_text(quantity, statistics)};
+    };
+    const ReportItem items[] = {
+        {.label = columns[0], .value = formatted("%uV", volts)},
+        {.label = columns[1], .value = formatted("%.3lfV", read_back)},
+        measured(columns[2], quantity::volts, sources[0]),
+        {.label = columns[3], .value = formatted("%.0lfms", sources[0].period_ms())},
+        measured(columns[4], quantity::picoamperes, sources[1])};
+    report.row(items);
     report.flush();
-    return report.is_good();
+    return may_go_on(report);
 }
 
 bool measure_polarity(Report& report, unsigned address, std::uint32_t range, bool negative)
 {
     constexpr unsigned targets = 10;
     const MeasurementRanges ranges = {.negative = negative, .high = false};
-    if (!set_ranges_and_check(report, address, ranges, Space::stops) ||
+    // The target that was set before the test must not reach the output.
+    if (!set_target(address, 0.0) || !set_ranges_and_check(report, address, ranges, Space::stops) ||
         !activate_and_check(report, address, true))
         return false;
-    console.print("  Testing module %u output voltage, range %uV:\n", address, range);
+    report.text(formatted("Testing module %u output voltage, range %uV:", address, range));
     report.file_only(formatted("Output Data (%s):", ranges.polarity()));
-    report.file_only("Target voltage set\tTarget voltage get\tMeasured voltage\tPeriod\t"
-                     "Measured current");
+    report.columns(columns);
     // Whole volts: a range that is no multiple of ten has more targets, or ends below its top; one
     // below ten has none.
     const unsigned step = range / targets;
@@ -74,7 +76,7 @@ bool measure_polarity(Report& report, unsigned address, std::uint32_t range, boo
     if (!set_target(address, 0.0))
         return false;
     report.item({.label = "Target output voltage", .value = "0V"});
-    return report.is_good();
+    return may_go_on(report);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "protocol/test_protocol.h"
 
+#include <exception>
 #include <string>
 
 #include "controller/status_words.h"
@@ -16,7 +17,7 @@
 namespace
 {
 
-/// A device that has just been started is not warm enough. In-place, hours are not split off.
+/// Waits until the device has been up long enough. The time shown meanwhile has no minutes.
 bool wait_for_uptime(Report& report)
 {
     constexpr std::uint32_t needed_seconds = 100;
@@ -29,7 +30,7 @@ bool wait_for_uptime(Report& report)
         console.print("Waiting for uptime of %us, press ", needed_seconds);
         console.print(Color::value, "SPACE");
         console.print(" to abort...\n");
-        report.file_only("\nWaiting for uptime of 100s...");
+        report.file_only(formatted("\nWaiting for uptime of %us...", needed_seconds));
         report.flush();
         RunningLine line{"Device uptime"};
         while (seconds < needed_seconds) {
@@ -57,46 +58,79 @@ bool report_uptime(Report& report, bool on_console)
     std::string text;
     if (!read_uptime(seconds, milliseconds, text))
         return false;
-    if (on_console)
+    if (on_console) {
         report.item({.label = "Device uptime", .value = text});
-    else
+    } else {
         report.file_only("Device uptime:\t" + text);
-    report.end_section();
+        report.end_section();
+    }
     return true;
 }
 
-void purge_communication_port(Report& report)
+bool purge_communication_port(Report& report)
 {
     report.paragraph("Trying to restore the communication...");
     const std::int64_t start_ms = platform::tick_ms();
     if (!call(LIB(Purge)))
-        return;
+        return false;
     report.text(formatted("Communication has been restored within %.1lfs",
                           static_cast<double>(platform::tick_ms() - start_ms) * 0.001));
+    return true;
+}
+
+/// For what must not keep the restoring from its turn, not even when memory runs out.
+template <class Step>
+bool guarded(Step step)
+{
+    try {
+        return step();
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 bool restore_once(const ConfigRecord& saved)
 {
-    progress("Saving current configuration data:\n");
-    return call(LIB(SetCurrentConfig), &saved);
+    (void)guarded([] {
+        progress("Saving current configuration data:\n");
+        return true;
+    });
+    return guarded([&] { return call(LIB(SetCurrentConfig), &saved); });
 }
 
 /// Gives the device its settings back. The last resort is to switch it off.
 bool restore_configuration(Report& report, const ConfigRecord& saved)
 {
     const bool at_once = restore_once(saved);
-    bool restored = at_once;
-    if (!restored) {
-        purge_communication_port(report);
-        restored = restore_once(saved);
+    if (!at_once) {
+        (void)guarded([&] { return purge_communication_port(report); });
+        if (!restore_once(saved)) {
+            (void)guarded([] { return call(LIB(SetEnable), std::uint8_t{0}); });
+            report.text("The configuration could not be restored, outputs may still be on!",
+                        Color::bad);
+            return false;
+        }
     }
-    if (restored) {
-        report.text("Current configuration data has been restored");
-        return at_once; // a failure stays a failure
-    }
-    (void)call(LIB(SetEnable), std::uint8_t{0});
-    report.text(Color::bad, "The configuration could not be restored, outputs may still be on!");
-    return false;
+    report.text("Current configuration data has been restored");
+    return at_once; // a failure stays a failure
+}
+
+/// Runs the steps on settings that are restored behind them, whatever comes of the steps.
+bool run_on_saved_settings(Report& report, const ProductData& data)
+{
+    progress("Loading current configuration data:\n");
+    ConfigRecord saved{};
+    if (!call(LIB(GetCurrentConfig), &saved))
+        return false;
+    report.text("Current configuration data has been retrieved");
+    const platform::ProtectedRun until_restored;
+    const bool passed = guarded([&] {
+        return report_uptime(report, false) && may_go_on(report) && run_steps(report, data);
+    });
+    report.indent(false);
+    if (!passed)
+        (void)guarded([&] { return purge_communication_port(report); });
+    return restore_configuration(report, saved) && passed;
 }
 
 bool run_protocol(Report& report)
@@ -106,23 +140,11 @@ bool run_protocol(Report& report)
         return false;
     if (data.overall_state != overall_state::on && data.overall_state != overall_state::stand_by) {
         report.end_section();
-        report.text(Color::bad, "Error detected, continuation not possible!");
+        report.text("Error detected, continuation not possible!", Color::bad);
         return false;
     }
-    if (!wait_for_uptime(report))
-        return false;
-    progress("Loading current configuration data:\n");
-    ConfigRecord saved{};
-    if (!call(LIB(GetCurrentConfig), &saved))
-        return false;
-    report.text("Current configuration data has been retrieved");
-    // From here on every way out leads through the restoring.
-    const bool passed = report_uptime(report, false) && run_steps(report, data);
-    report.indent(false);
-    if (!passed)
-        purge_communication_port(report);
-    const bool restored = restore_configuration(report, saved);
-    return passed && restored && report_uptime(report, true) && report.is_good();
+    return wait_for_uptime(report) && may_go_on(report) && run_on_saved_settings(report, data) &&
+           report_uptime(report, true) && report.is_good();
 }
 
 } // namespace
@@ -137,6 +159,7 @@ void create_test_protocol(const Given& given)
         return;
     }
     const std::int64_t start_ms = platform::tick_ms();
+    hide_typed_keys(); // they would be echoed into the lines that are rewritten
     console.show_cursor(false);
     const bool passed = run_protocol(report);
     console.show_cursor(true);
@@ -146,13 +169,13 @@ void create_test_protocol(const Given& given)
         const double seconds = static_cast<double>(tenths) / 10.0;
         const std::int64_t minutes = tenths / 600;
         report.end_section();
-        report.text(Color::good,
-                    formatted("Test protocol successfully completed within %.1lfs (%u:%.1lfs)",
+        report.text(formatted("Test protocol successfully completed within %.1lfs (%u:%.1lfs)",
                               seconds, static_cast<unsigned>(minutes),
-                              static_cast<double>(tenths % 600) / 10.0));
+                              static_cast<double>(tenths % 600) / 10.0),
+                    Color::good);
     } else {
         report.end_section();
-        report.text(Color::bad, "*** Test protocol aborted due to an error ***");
+        report.text("*** Test protocol aborted due to an error ***", Color::bad);
     }
     const bool told = !report.is_good();
     if (!report.close() && !told) {

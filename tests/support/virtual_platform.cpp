@@ -158,6 +158,11 @@ bool write_output(std::string_view bytes)
     return true;
 }
 
+void protect_run(bool on)
+{
+    virtual_platform.run_is_protected = on;
+}
+
 std::size_t write_some_output(std::string_view bytes)
 {
     const std::string_view taken = bytes.substr(0, virtual_platform.output_room);

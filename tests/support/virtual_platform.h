@@ -39,6 +39,7 @@ struct VirtualPlatform {
     std::size_t output_room = std::string::npos; ///< bytes that it takes without a wait
 
     // What the program did.
+    bool run_is_protected = false;
     std::string output;
     std::size_t writes = 0;
     int raw_input_starts = 0;
