@@ -12,10 +12,10 @@ namespace
 struct Keyboard {
     KeyDecoder decoder;
     bool started = false;
-    bool ended = false;         ///< standard input has no more bytes
-    bool drop_line_end = false; ///< a line end would still belong to the last answer
-    bool look_again = true;     ///< the last look found a key
-    std::int64_t last_look_ms = 0;
+    bool ended = false;          ///< standard input has no more bytes
+    bool drop_line_end = false;  ///< a line end would still belong to the last answer
+    bool look_again = true;      ///< the last look found a key
+    std::int64_t emptied_ms = 0; ///< nothing waited then any more
     std::int64_t last_byte_ms = 0;
 };
 
@@ -50,15 +50,20 @@ void start_reading()
     platform::start_raw_input();
 }
 
-/// Reads what is waiting, or waits up to `timeout_ms` (negative = as long as it takes) for it.
+/// Reads what is waiting, or waits up to `timeout_ms` (negative = as long as it takes) for it. When
+/// nobody has looked for a while it does not wait: what was typed meanwhile comes first, and is
+/// told from what will be typed.
 void look(std::int64_t timeout_ms)
 {
     start_reading();
     const bool terminal = platform::input_is_terminal();
     KeyDecoder& decoder = keyboard.decoder;
+    const std::int64_t start_ms = platform::tick_ms();
+    const bool late = terminal && start_ms - keyboard.emptied_ms > KeyDecoder::escape_patience_ms;
+    if (late)
+        timeout_ms = 0;
     if (decoder.is_open()) {
-        const std::int64_t patience =
-            keyboard.last_byte_ms + decoder.patience_ms() - platform::tick_ms();
+        const std::int64_t patience = keyboard.last_byte_ms + decoder.patience_ms() - start_ms;
         if (timeout_ms < 0 || timeout_ms > patience)
             timeout_ms = std::max<std::int64_t>(patience, 0);
     }
@@ -66,19 +71,24 @@ void look(std::int64_t timeout_ms)
     std::size_t count = 0;
     // A pipe is read byte by byte: the rest of it may be meant for another program.
     const std::size_t size = terminal ? bytes.size() : 1;
-    switch (platform::read_input(bytes.data(), size, count, timeout_ms)) {
+    const platform::InputResult result =
+        platform::read_input(bytes.data(), size, count, timeout_ms);
+    const std::int64_t now = platform::tick_ms();
+    if (count < size)
+        keyboard.emptied_ms = now;
+    switch (result) {
     case platform::InputResult::bytes:
-        keyboard.last_byte_ms = platform::tick_ms();
         for (std::size_t i = 0; i < count; ++i) {
             if (terminal)
-                decoder.feed(bytes[i]);
+                decoder.feed(bytes[i], late);
             else
                 decoder.keys.push_back(bytes[i]);
         }
+        if (!decoder.is_torn())
+            keyboard.last_byte_ms = now;
         break;
     case platform::InputResult::nothing:
-        if (decoder.is_open() &&
-            platform::tick_ms() - keyboard.last_byte_ms >= decoder.patience_ms())
+        if (decoder.is_open() && now - keyboard.last_byte_ms >= decoder.patience_ms())
             decoder.expire();
         break;
     case platform::InputResult::ended:
@@ -110,10 +120,8 @@ bool key_waiting()
     drop_answered_line_end();
     if (key_or_end_is_there())
         return true;
-    const std::int64_t now = platform::tick_ms();
-    if (!keyboard.look_again && now == keyboard.last_look_ms)
+    if (!keyboard.look_again && platform::tick_ms() == keyboard.emptied_ms)
         return false;
-    keyboard.last_look_ms = now;
     look(0);
     keyboard.look_again = key_or_end_is_there();
     return keyboard.look_again;

@@ -10,11 +10,11 @@
 namespace
 {
 
-std::vector<int> decode(std::string_view bytes)
+std::vector<int> decode(std::string_view bytes, bool late = false)
 {
     KeyDecoder decoder;
     for (const char byte : bytes)
-        decoder.feed(static_cast<unsigned char>(byte));
+        decoder.feed(static_cast<unsigned char>(byte), late);
     decoder.expire();
     return {decoder.keys.begin(), decoder.keys.end()};
 }
@@ -23,6 +23,7 @@ using Codes = std::vector<int>;
 
 TEST(KeyDecoder, KeysOfTheTerminals)
 {
+    // clang-format off
     const struct {
         const char* bytes;
         int scan_code; ///< 0 = swallowed
@@ -55,6 +56,12 @@ TEST(KeyDecoder, KeysOfTheTerminals)
         {"\033[3~", 0x53},
         {"\033a", 0x1E},
         {"\033Z", 0x2C},
+        {"\x9B" "A", 0x48},
+        {"\x8F" "A", 0x48},
+        {"\xC2\x9B" "1;5A", 0x8D},
+        {"\033\x9B" "A", 0x98},
+        {"\033\xC2\x9B" "A", 0x98},
+        {"\033[1\x9B" "A", 0x48},
         // Not one of the program's keys: never the letter at the end, never the key without Shift.
         {"\033[1;2A", 0},
         {"\033[1;4A", 0},
@@ -79,7 +86,20 @@ TEST(KeyDecoder, KeysOfTheTerminals)
         {"\033[1;", 0},
         {"\033O", 0},
         {"\033]0;A", 0},
+        {"\033]0;\xC3\x9C" "A\a", 0},
+        {"\x90" "A\x9C", 0},
+        {"\x9D" "A\a", 0},
+        {"\xC2\x90" "A\xC2\x9C", 0},
+        {"\x8E" "A", 0},
+        {"\033NA", 0},
+        {"\033(A", 0},
+        {"\033)A", 0},
+        {"\033#A", 0},
+        {"\033 A", 0},
+        {"\033[\r1A", 0},
+        {"\033\xC3\x9B", 0},
     };
+    // clang-format on
     for (const auto& c : cases) {
         const Codes expected = c.scan_code == 0 ? Codes{} : Codes{256 + c.scan_code};
         EXPECT_EQ(decode(c.bytes), expected) << testing::PrintToString(std::string{c.bytes});
@@ -98,8 +118,61 @@ TEST(KeyDecoder, PlainKeys)
                      "a"),
               (Codes{0xE4, 'a'}))
         << "no UTF-8 at all";
+    EXPECT_EQ(decode("\xE4\x9B"
+                     "A"),
+              (Codes{0xE4, 256 + 0x48}))
+        << "nor an A";
+    EXPECT_EQ(decode("\xC3\x84\xC3\x9B"), Codes{0x8E}) << "not what begins a sequence";
     EXPECT_EQ(decode("\033[1;2Ax\033[Ay"), (Codes{'x', 256 + 0x48, 'y'}));
     EXPECT_EQ(decode("\033[1\033[B"), Codes{256 + 0x50}) << "torn by the next sequence";
+}
+
+TEST(KeyDecoder, LateKeysAreNoAltCombinations)
+{
+    const struct {
+        const char* bytes;
+        Codes keys;
+    } cases[] = {
+        {"\033[A", {256 + 0x48}},
+        {"\033OA", {256 + 0x48}},
+        {"\033[1;3A", {256 + 0x98}},
+        {"\033\033[5~", {27, 256 + 0x49}},
+        {"\033\x9B" // an 8-bit PgUp
+         "5~",
+         {27, 256 + 0x49}},
+        {"\033\033\033", {27, 27, 27}},
+        {"\033a", {27, 'a'}},
+        {"\033 ", {27, ' '}},
+        {"\033\xC3\x84", {27, 0x8E}},
+        {"\033PA\033\\", {27}}, // still no A
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(decode(c.bytes, true), c.keys) << testing::PrintToString(std::string{c.bytes});
+}
+
+TEST(KeyDecoder, TheRemainderOfATornSequenceIsSwallowed)
+{
+    const struct {
+        const char* begin;
+        const char* remainder;
+        Codes keys;
+    } cases[] = {
+        {"\033[", "Ax", {'x'}},      {"\033O", "Ax", {'x'}},
+        {"\033[1;", "5Ax", {'x'}},   {"\033[[", "Ax", {'x'}},
+        {"\033[M", "AAAx", {'x'}},   {"\033[", "MAAAx", {'x'}},
+        {"\033]0;", "AS\ax", {'x'}}, {"\033[", "\033[A", {0x148}},
+        {"\033[", "\033", {27}},     {"\033[", "1234567890123456x", {'x'}},
+    };
+    for (const auto& c : cases) {
+        KeyDecoder decoder;
+        for (const char byte : std::string_view{c.begin})
+            decoder.feed(static_cast<unsigned char>(byte));
+        decoder.expire();
+        for (const char byte : std::string_view{c.remainder})
+            decoder.feed(static_cast<unsigned char>(byte));
+        decoder.expire();
+        EXPECT_EQ((Codes{decoder.keys.begin(), decoder.keys.end()}), c.keys) << c.begin;
+    }
 }
 
 /// The keys that read_key() gives until the clock shows `until_ms`.
@@ -121,8 +194,34 @@ TEST(Keyboard, ALoneEscIsEscAndATornSequenceIsNone)
     trial.type(400, "1;2");
     trial.type(500, "A");
     trial.type(1000, "\033[");
-    trial.type(2000, "x");
-    EXPECT_EQ(keys_until(3000), (Codes{27, 'x'}));
+    trial.type(1600, "A");
+    trial.type(1700, "x");
+    trial.type(2000, "\033[");
+    trial.type(3600, "y"); // by now nobody waits for the remainder
+    EXPECT_EQ(keys_until(4000), (Codes{27, 'x', 'y'}));
+}
+
+TEST(Keyboard, KeysTypedWhileNobodyLooksAreKeysOfTheirOwn)
+{
+    const std::string filler(70, 'x'); // more than is read at once
+    Trial trial;
+    trial.type(100, filler + "\033");
+    trial.type(700, "\033[5~");
+    trial.type(1005, "\033\033[5~"); // while somebody waits
+    trial.type(1100, "\033");
+    trial.type(1600, "a");
+    console.start();
+    start_keys();
+    EXPECT_FALSE(key_waiting());
+    EXPECT_TRUE(wait_until(1000, false));
+    Codes codes;
+    while (wait_for_key_until(1110))
+        codes.push_back(read_key());
+    codes.erase(codes.begin(), codes.begin() + 70);
+    EXPECT_TRUE(wait_until(2000, false));
+    while (wait_for_key_until(3000))
+        codes.push_back(read_key());
+    EXPECT_EQ(codes, (Codes{27, 256 + 0x49, 256 + 0x99, 27, 'a'}));
 }
 
 TEST(Keyboard, OutsideOfATerminalKeysAreBytesAndTheEndIsEsc)

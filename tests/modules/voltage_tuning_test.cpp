@@ -139,6 +139,21 @@ TEST_F(VoltageTuning, LettersAndNothingElse)
     EXPECT_THAT(failing.display(), HasSubstr("Error at COM_KOV_CTRL_SetModuleActivationState"));
 }
 
+TEST_F(VoltageTuning, EscEndsItAlsoWhenTheLibraryIsBusy)
+{
+    for (const char* key : {"\033[5~", "a"}) {
+        Trial trial;
+        trial.instrument("latency 10");
+        trial.instrument("block GetHVsupplyParamsPWM at 10 for 2000");
+        trial.type(500, "\033");
+        trial.type(1100, key);
+        trial.type(5000, "\033");
+        trial.run("3 -VT1 -T");
+        EXPECT_THAT(trial.calls, testing::Each(Not(StartsWith("Set"))));
+        EXPECT_LT(trial.calls.size(), 50U) << "not the first Esc";
+    }
+}
+
 TEST_F(VoltageTuning, SavesWhatIsMeasured)
 {
     trial_.instrument("after 300 reply GetHVsupplyParamsPWM.dataReady 10h");

@@ -194,16 +194,19 @@ InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& cou
             return InputResult::nothing;
         if (next_typed == typed.size() && !virtual_platform.input_is_terminal)
             return InputResult::ended;
-        if (next_typed < typed.size() && typed[next_typed].at_ms <= now_ms()) {
+        while (count < size && next_typed < typed.size() && typed[next_typed].at_ms <= now_ms()) {
             const std::string& bytes = typed[next_typed].bytes;
-            count = bytes.copy(reinterpret_cast<char*>(buffer), size, taken_of_typed);
-            taken_of_typed += count;
+            const std::size_t taken =
+                bytes.copy(reinterpret_cast<char*>(buffer) + count, size - count, taken_of_typed);
+            count += taken;
+            taken_of_typed += taken;
             if (taken_of_typed == bytes.size()) {
                 ++next_typed;
                 taken_of_typed = 0;
             }
-            return InputResult::bytes;
         }
+        if (count > 0)
+            return InputResult::bytes;
         const std::int64_t next = next_event_ms();
         if (next == never && deadline == never) {
             end_hanging_program("it waits for a key that nobody will press");
