@@ -1,10 +1,12 @@
 #include "frame/data_file.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 #include "frame/format.h"
 #include "frame/platform.h"
+#include "frame/questions.h"
 
 OutputFile::~OutputFile()
 {
@@ -16,6 +18,8 @@ bool OutputFile::create(const char* name)
 {
     file_ = std::fopen(name, "wb");
     due_ms_ = 0;
+    if (is_open())
+        platform::begin_writing_file();
     return is_open();
 }
 
@@ -62,7 +66,9 @@ bool OutputFile::store_when_due(std::int64_t now_ms)
 bool OutputFile::close()
 {
     const bool flushed = flush();
-    return std::fclose(std::exchange(file_, nullptr)) == 0 && flushed;
+    const bool closed = std::fclose(std::exchange(file_, nullptr)) == 0;
+    platform::end_writing_file();
+    return closed && flushed;
 }
 
 InputFile::~InputFile()
@@ -75,16 +81,23 @@ bool InputFile::open(const char* name)
 {
     file_ = std::fopen(name, "rb");
     at_ = end_ = 0;
+    given_up_ = false;
     return file_ != nullptr;
 }
 
 void InputFile::fill()
 {
+    if (given_up_)
+        return;
     std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(at_),
               buffer_.begin() + static_cast<std::ptrdiff_t>(end_), buffer_.begin());
     end_ -= at_;
     at_ = 0;
     end_ += std::fread(buffer_.data() + end_, 1, buffer_.size() - end_, file_);
+    if (std::ferror(file_) != 0 && errno == EINTR) { // only a request to end the program does that
+        std::clearerr(file_);
+        given_up_ = true;
+    }
 }
 
 bool InputFile::close()
@@ -125,11 +138,20 @@ void print_file_error(const char* what, const char* file_name)
     console.print("Error %s the data file '%s'\r\n", what, printable(file_name).c_str());
 }
 
+/// A request to end the program breaks off what waits for the other end of a pipe.
+void print_wait_error(const char* what, const char* file_name)
+{
+    if (platform::stop_signal() != 0)
+        print_interrupted();
+    else
+        print_file_error(what, file_name);
+}
+
 } // namespace
 
 void print_open_error(const char* file_name)
 {
-    print_file_error("opening", file_name);
+    print_wait_error("opening", file_name);
 }
 
 void print_write_error(const char* file_name)
@@ -139,7 +161,7 @@ void print_write_error(const char* file_name)
 
 void print_read_error(const char* file_name)
 {
-    print_file_error("reading", file_name);
+    print_wait_error("reading", file_name);
 }
 
 void print_close_error(const char* file_name)

@@ -61,7 +61,8 @@ public:
     [[nodiscard]] bool open(const char* name);
 
     /// The next bytes, which stay: at least `count` of them (no more than longest_look), unless the
-    /// file ends before or cannot be read any further. Valid until the next call.
+    /// file ends before or cannot be read any further, or a request to end the program comes while
+    /// a pipe is waited for. Valid until the next call.
     [[nodiscard]] std::string_view ahead(std::size_t count)
     {
         if (end_ - at_ < count)
@@ -80,6 +81,7 @@ private:
     void fill();
 
     std::FILE* file_ = nullptr;
+    bool given_up_ = false;        ///< the program was asked to end while it waited for a pipe
     std::size_t at_ = 0, end_ = 0; ///< the part of the buffer that is still to be taken
     std::array<char, 16384> buffer_;
 };
@@ -92,7 +94,8 @@ private:
 /// false. False when it cannot be opened or read; a folder cannot.
 [[nodiscard]] bool read_file(const char* name, const std::function<bool(std::string_view)>& take);
 
-// What the user is told; control characters in the name are escaped. Each ends its line.
+// What the user is told; control characters in the name are escaped. Each ends its line. When the
+// program is asked to end, opening and reading were not in error but "interrupted".
 void print_open_error(const char* file_name);
 void print_write_error(const char* file_name);
 void print_read_error(const char* file_name);

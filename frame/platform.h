@@ -107,6 +107,11 @@ void drop_input();
 
 // ---- The outside ----
 
+/// Between the two a request to end the program breaks no write off that has begun: a pipe may wait
+/// for its reader. For each file that is written; calls may overlap.
+void begin_writing_file();
+void end_writing_file();
+
 /// Waits until what the operating system holds of a file is on the disk. True, too, for what is no
 /// file on a disk.
 bool store_file(std::FILE* file);

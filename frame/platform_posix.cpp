@@ -42,6 +42,9 @@ volatile std::sig_atomic_t run_is_protected = 0;
 int reopened_output = -1;
 bool output_reopening_tried = false;
 
+constexpr int stop_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+int files_being_written = 0;
+
 constexpr char neutral_screen[] = "\033[0m\033[?25h"; // no colour, cursor visible
 
 /// Only calls what a signal handler may call.
@@ -131,7 +134,9 @@ void on_crash(int signal_number)
     raise(signal_number);
 }
 
-void watch(int signal_number, void (*handler)(int), bool only_default = false)
+/// A system call that the signal interrupts goes on behind it with SA_RESTART among the `flags`;
+/// waits always wake up.
+void watch(int signal_number, void (*handler)(int), int flags, bool only_default = false)
 {
     struct sigaction action = {};
     if (sigaction(signal_number, nullptr, &action) != 0)
@@ -141,8 +146,20 @@ void watch(int signal_number, void (*handler)(int), bool only_default = false)
         return;
     action = {};
     action.sa_handler = handler;
+    action.sa_flags = flags;
     sigemptyset(&action.sa_mask);
-    sigaction(signal_number, &action, nullptr); // no SA_RESTART: waits must wake up
+    sigaction(signal_number, &action, nullptr);
+}
+
+/// Tells whether a stop request lets an interrupted system call go on.
+void restart_after_stop_request(bool restart)
+{
+    for (const int signal_number : stop_signals) {
+        struct sigaction action = {};
+        sigaction(signal_number, nullptr, &action);
+        action.sa_flags = restart ? SA_RESTART : 0;
+        sigaction(signal_number, &action, nullptr);
+    }
 }
 
 void request_stop(int signal_number)
@@ -300,14 +317,14 @@ void start()
         raw_modes.c_cc[VTIME] = 0;
         have_original_modes = 1;
     }
-    for (const int signal_number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
-        watch(signal_number, on_stop_request);
+    for (const int signal_number : stop_signals)
+        watch(signal_number, on_stop_request, 0); // breaks off what waits for a pipe
     if (output_is_terminal())
-        watch(SIGWINCH, on_window_change);
-    watch(SIGTSTP, on_terminal_stop);
-    watch(SIGCONT, on_continue);
+        watch(SIGWINCH, on_window_change, SA_RESTART);
+    watch(SIGTSTP, on_terminal_stop, SA_RESTART);
+    watch(SIGCONT, on_continue, SA_RESTART);
     for (const int signal_number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
-        watch(signal_number, on_crash, true);
+        watch(signal_number, on_crash, 0, true);
     std::signal(SIGPIPE, SIG_IGN); // a closed pipe is told by the write,
     std::signal(SIGXFSZ, SIG_IGN); // a file that may not become longer, too
     std::atexit(restore_terminal); // also when the device library ends the process
@@ -453,6 +470,18 @@ void drop_input()
 {
     if (have_original_modes != 0)
         tcflush(STDIN_FILENO, TCIFLUSH);
+}
+
+void begin_writing_file()
+{
+    if (files_being_written++ == 0)
+        restart_after_stop_request(true);
+}
+
+void end_writing_file()
+{
+    if (--files_being_written == 0)
+        restart_after_stop_request(false);
 }
 
 bool store_file(std::FILE* file)

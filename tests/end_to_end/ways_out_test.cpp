@@ -1,6 +1,12 @@
 // However the program ends, it closes the port and leaves the terminal as it found it.
+#include <array>
 #include <csignal>
 #include <string>
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -121,6 +127,88 @@ TEST(Suspended, HandsTheTerminalBackAndTakesItAgain)
     EXPECT_EQ(transcript(terminal.screen),
               before + "[1]+  Stopped\n$ fg\n" + display + "Program completed\n");
     expect_terminal_restored(terminal);
+}
+
+TEST(SlowPipe, IsWrittenToItsEndWhateverHappens)
+{
+    const struct {
+        const char* what;
+        void (*happen)(PseudoTerminal& terminal);
+        int exit_status;
+        const char* ending;
+    } cases[] = {
+        {"resize",
+         [](PseudoTerminal& terminal) {
+             terminal.resize({100, 30});
+         },
+         0, "saved to"},
+        {"continue", [](PseudoTerminal& terminal) { terminal.send_signal(SIGCONT); }, 0,
+         "saved to"},
+        {"stop", [](PseudoTerminal& terminal) { terminal.send_signal(SIGINT); }, 128 + SIGINT,
+         "stopped at address"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const ControllerRun run{"3 -y pipe -T", "latency 0\n"};
+        const std::string pipe_name = run.folder + "/pipe";
+        ASSERT_EQ(mkfifo(pipe_name.c_str(), 0600), 0);
+        const int pipe = open(pipe_name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        PseudoTerminal terminal{run};
+        const int full = fcntl(pipe, F_GETPIPE_SZ);
+        int waiting = 0;
+        int looks = 0; // the program is waiting for the reader when the pipe stays full
+        ASSERT_TRUE(terminal.wait_until([&] {
+            looks = ioctl(pipe, FIONREAD, &waiting) == 0 && waiting == full ? looks + 1 : 0;
+            return looks == 5;
+        }));
+        c.happen(terminal);
+        std::array<char, 4096> bytes;
+        EXPECT_TRUE(terminal.wait_until([&] {
+            while (--looks < 0 && read(pipe, bytes.data(), bytes.size()) > 0) {
+            }
+            return terminal.has_ended();
+        }));
+        close(pipe);
+        EXPECT_EQ(terminal.exit_status(), c.exit_status);
+        EXPECT_THAT(terminal.screen.screen(), HasSubstr(c.ending));
+        EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("Error")));
+    }
+}
+
+TEST(SlowPipe, IsReadToItsEndUnlessTheProgramIsAskedToEnd)
+{
+    std::signal(SIGPIPE, SIG_IGN); // a reader that ends early fails the write
+    for (const bool stopped : {false, true}) {
+        SCOPED_TRACE(stopped);
+        const ControllerRun run{"3 -G -Y pipe -T", "latency 0\n"};
+        const std::string pipe_name = run.folder + "/pipe";
+        ASSERT_EQ(mkfifo(pipe_name.c_str(), 0600), 0);
+        PseudoTerminal terminal{run};
+        ASSERT_TRUE(terminal.shows("Restore memory data?"));
+        terminal.type("y");
+        ASSERT_TRUE(terminal.shows("proceed?"));
+        terminal.type("y");
+        const int pipe = open(pipe_name.c_str(), O_WRONLY | O_CLOEXEC); // waits for the reader
+        std::string image; // up to the end of the last block
+        for (int i = 0; i < 0x400A0; ++i)
+            image += "12\n";
+        const std::size_t first = 1000;
+        EXPECT_EQ(write(pipe, image.data(), first), 1000);
+        ASSERT_TRUE(terminal.shows("address: 00000h"));
+        int looks = 0; // the program waits for more by then
+        EXPECT_TRUE(terminal.wait_until([&] { return ++looks == 5; }));
+        terminal.resize({100, 30});
+        EXPECT_TRUE(terminal.wait_until([&] { return ++looks == 10; }));
+        if (stopped)
+            terminal.send_signal(SIGTERM);
+        else
+            EXPECT_GT(write(pipe, image.data() + first, image.size() - first), 0);
+        close(pipe);
+        EXPECT_EQ(terminal.exit_status(), stopped ? 128 + SIGTERM : 0);
+        EXPECT_THAT(terminal.screen.screen(), HasSubstr(stopped ? "interrupted" : "loaded from"));
+        EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("Error")));
+        EXPECT_TRUE(was_called(run, "Close"));
+    }
 }
 
 } // namespace

@@ -231,6 +231,10 @@ void drop_input()
     }
 }
 
+void begin_writing_file() {}
+
+void end_writing_file() {}
+
 bool store_file(std::FILE*)
 {
     ++virtual_platform.stores;
