@@ -18,6 +18,7 @@ bool OutputFile::create(const char* name)
 {
     file_ = std::fopen(name, "wb");
     due_ms_ = 0;
+    failed_ = false;
     if (is_open())
         platform::begin_writing_file();
     return is_open();
@@ -35,23 +36,23 @@ bool OutputFile::print(const char* format, ...)
 bool OutputFile::print_list(const char* format, va_list arguments)
 {
     (void)std::vfprintf(file_, format, arguments);
-    return std::ferror(file_) == 0;
+    return noted(std::ferror(file_) == 0);
 }
 
 bool OutputFile::write(std::string_view bytes)
 {
     (void)std::fwrite(bytes.data(), 1, bytes.size(), file_);
-    return std::ferror(file_) == 0;
+    return noted(std::ferror(file_) == 0);
 }
 
 bool OutputFile::flush()
 {
-    return std::fflush(file_) == 0 && std::ferror(file_) == 0;
+    return noted(std::fflush(file_) == 0 && std::ferror(file_) == 0);
 }
 
 bool OutputFile::store()
 {
-    return flush() && platform::store_file(file_);
+    return flush() && noted(platform::store_file(file_));
 }
 
 bool OutputFile::store_when_due(std::int64_t now_ms)
@@ -65,10 +66,11 @@ bool OutputFile::store_when_due(std::int64_t now_ms)
 
 bool OutputFile::close()
 {
+    const bool has_failed = failed_;
     const bool flushed = flush();
     const bool closed = std::fclose(std::exchange(file_, nullptr)) == 0;
     platform::end_writing_file();
-    return closed && flushed;
+    return has_failed || (closed && flushed);
 }
 
 InputFile::~InputFile()
@@ -106,28 +108,17 @@ bool InputFile::close()
     return std::fclose(std::exchange(file_, nullptr)) == 0 && read;
 }
 
-bool read_file(const char* name, std::string& bytes)
-{
-    bytes.clear();
-    return read_file(name, [&bytes](std::string_view piece) {
-        bytes += piece;
-        return true;
-    });
-}
-
 bool read_file(const char* name, const std::function<bool(std::string_view)>& take)
 {
-    std::FILE* file = std::fopen(name, "rb");
-    if (file == nullptr)
+    InputFile file;
+    if (!file.open(name))
         return false;
-    std::array<char, 16384> block;
-    std::size_t count = 0;
-    while ((count = std::fread(block.data(), 1, block.size(), file)) > 0) {
-        if (!take({block.data(), count}))
-            break;
+    for (bool going_on = true; going_on;) {
+        const std::string_view piece = file.ahead(1);
+        file.skip(piece.size());
+        going_on = !piece.empty() && take(piece);
     }
-    const bool read = std::ferror(file) == 0;
-    return std::fclose(file) == 0 && read;
+    return file.close();
 }
 
 namespace

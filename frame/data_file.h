@@ -40,11 +40,19 @@ public:
     /// measured.
     bool store_when_due(std::int64_t now_ms);
 
-    /// False when a print failed or the rest could not be written. The file is closed anyway.
+    /// False when the rest could not be written or the file not be closed; not because of a failure
+    /// that was told before. The file is closed anyway.
     [[nodiscard]] bool close();
 
 private:
+    bool noted(bool good)
+    {
+        failed_ = failed_ || !good;
+        return good;
+    }
+
     std::FILE* file_ = nullptr;
+    bool failed_ = false;
     std::int64_t due_ms_ = 0; ///< of store_when_due()
 };
 
@@ -60,7 +68,7 @@ public:
     /// False when the file cannot be opened. A folder can, but not be read.
     [[nodiscard]] bool open(const char* name);
 
-    /// The next bytes, which stay: at least `count` of them (no more than longest_look), unless the
+    /// The next bytes, which stay: at least `count` of them (no more than 64), unless the
     /// file ends before or cannot be read any further, or a request to end the program comes while
     /// a pipe is waited for. Valid until the next call.
     [[nodiscard]] std::string_view ahead(std::size_t count)
@@ -69,8 +77,6 @@ public:
             fill();
         return {buffer_.data() + at_, end_ - at_};
     }
-    static constexpr std::size_t longest_look = 64;
-
     /// Takes bytes that were seen ahead.
     void skip(std::size_t count) { at_ += count; }
 
@@ -85,10 +91,6 @@ private:
     std::size_t at_ = 0, end_ = 0; ///< the part of the buffer that is still to be taken
     std::array<char, 16384> buffer_;
 };
-
-/// Reads a whole file, whatever its size and contents. False when it cannot be opened or read; a
-/// folder cannot.
-[[nodiscard]] bool read_file(const char* name, std::string& bytes);
 
 /// Reads a file piece by piece, so that it may be larger than the memory, until `take` returns
 /// false. False when it cannot be opened or read; a folder cannot.

@@ -9,11 +9,14 @@
 namespace
 {
 
+/// What would still belong to the last answer.
+enum class ToDrop { nothing, line_end, line_feed };
+
 struct Keyboard {
     KeyDecoder decoder;
     bool started = false;
-    bool ended = false;          ///< standard input has no more bytes
-    bool drop_line_end = false;  ///< a line end would still belong to the last answer
+    bool ended = false; ///< standard input has no more bytes
+    ToDrop to_drop = ToDrop::nothing;
     bool look_again = true;      ///< the last look found a key
     std::int64_t emptied_ms = 0; ///< nothing waited then any more
     std::int64_t last_byte_ms = 0;
@@ -25,21 +28,15 @@ Keyboard keyboard;
 void drop_answered_line_end()
 {
     std::deque<int>& keys = keyboard.decoder.keys;
-    if (!keyboard.drop_line_end || keys.empty())
-        return;
-    if (keys.front() == key::enter) {
-        keys.pop_front();
-        // On a terminal Enter is one key; elsewhere it may be the first half of CR LF.
-        keyboard.drop_line_end = !platform::input_is_terminal();
-        if (keyboard.drop_line_end && !keys.empty() && keys.front() == key::line_feed) {
+    while (keyboard.to_drop != ToDrop::nothing && !keys.empty()) {
+        const int key = keys.front();
+        const bool is_enter = key == key::enter && keyboard.to_drop == ToDrop::line_end;
+        if (is_enter || key == key::line_feed)
             keys.pop_front();
-            keyboard.drop_line_end = false;
-        }
-        return;
+        // On a terminal Enter is one key; elsewhere it may be the first half of CR LF.
+        keyboard.to_drop =
+            is_enter && !platform::input_is_terminal() ? ToDrop::line_feed : ToDrop::nothing;
     }
-    if (keys.front() == key::line_feed)
-        keys.pop_front();
-    keyboard.drop_line_end = false;
 }
 
 void start_reading()
@@ -134,7 +131,7 @@ bool input_has_ended()
 
 void expect_line_end()
 {
-    keyboard.drop_line_end = true;
+    keyboard.to_drop = ToDrop::line_end;
 }
 
 void wait_for_key()
@@ -190,10 +187,10 @@ std::optional<char> read_answer()
     if (platform::stop_signal() != 0 || keyboard.decoder.keys.empty())
         return std::nullopt;
     const int key = read_key();
-    const bool is_line_end = key == key::enter || key == key::line_feed;
-    keyboard.drop_line_end = !is_line_end;
-    if (key == key::enter && !platform::input_is_terminal())
-        keyboard.drop_line_end = true; // the second half of CR LF
+    if (key == key::enter) // itself the answer
+        keyboard.to_drop = platform::input_is_terminal() ? ToDrop::nothing : ToDrop::line_feed;
+    else
+        keyboard.to_drop = key == key::line_feed ? ToDrop::nothing : ToDrop::line_end;
     if (key > 0xFF)
         return '\0'; // an extended key is no character, and no answer that anybody asks for
     if (key >= ' ' && key != 0x7F)
