@@ -6,6 +6,7 @@ source_folder=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build_tools=("g++ g++" "cmake cmake" "ninja ninja-build")
 test_tools=("/usr/include/gtest/gtest.h libgtest-dev" "/usr/include/gmock/gmock.h libgmock-dev"
             "/usr/include/vterm.h libvterm-dev" "pkg-config pkg-config")
+package_tools=("dpkg-shlibdeps dpkg-dev" "fakeroot fakeroot" "file file")
 
 is_there() {
     case $1 in

@@ -1,0 +1,71 @@
+#!/usr/bin/env bash
+# Builds the Debian package, installs it in a clean root, runs it there and removes it.
+#   tools/check-package.sh [PACKAGE]
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
+
+need_tools "${build_tools[@]}" "${package_tools[@]}"
+package=${1:-$("$source_folder/tools/package.sh")}
+root=$(mktemp -d)
+trap 'rm -rf "$root"' EXIT
+unset LD_LIBRARY_PATH KOV_SIMULATOR_SCENARIO
+export KOV_SIMULATOR_STATE=none
+
+fail() {
+    echo "check-package: $*" >&2
+    exit 1
+}
+
+# Nothing is in the root but what dpkg keeps there, so what the package depends on is missing.
+mkdir -p "$root/var/lib/dpkg/"{info,updates}
+touch "$root/var/lib/dpkg/"{status,available}
+as_root=()
+[ "$(id -u)" -eq 0 ] || as_root=(fakeroot)
+dpkg_there() {
+    "${as_root[@]}" dpkg --root="$root" --force-depends --force-script-chrootless \
+        --log=/dev/null "$@" >"$root/dpkg.log" 2>&1 || {
+        cat "$root/dpkg.log" >&2
+        fail "dpkg $* failed"
+    }
+}
+
+dpkg_there --install "$package"
+program=$root/usr/bin/KOV-Controller
+
+# The system's libraries, and nothing else of the system, for a run inside the root. The dynamic
+# linker needs /proc for a path that is relative to the program.
+libraries=$(ldd "$program" | grep -o ' /[^ ]*\|^[[:space:]]*/[^ ]*' | grep -v "$root")
+run_inside='mount --rbind /proc "$0/proc" && exec chroot "$0" /usr/bin/KOV-Controller "$@"'
+mkdir "$root/proc"
+run_there() {
+    if unshare --map-root-user --mount true 2>/dev/null; then
+        unshare --map-root-user --mount sh -c "$run_inside" "$root" "$@"
+    else # this machine does not let us go there
+        "$program" "$@"
+    fi
+}
+for library in $libraries; do
+    install -D "$library" "$root$library"
+done
+
+output=$(run_there 3 -p -T) || fail "the installed program ended with status $?"
+grep -q '^Product identification: KOV-CTRL, Controller' <<<"$output" ||
+    fail "the installed program printed: $output"
+zcat "$root/usr/share/man/man1/KOV-Controller.1.gz" | grep -q '^\.Sh EXIT STATUS' ||
+    fail "no manual page"
+
+# The maker's library takes the place of the simulated instrument.
+maker=$root/usr/lib/kov-controller/maker
+echo 'no library' >"$maker/libCOM-KOV-CTRL.so"
+if run_there 3 -p -T >/dev/null 2>&1; then
+    fail "the library in lib/kov-controller/maker is not the first"
+fi
+rm "$maker/libCOM-KOV-CTRL.so"
+
+for library in $libraries; do
+    rm "$root$library"
+done
+dpkg_there --purge kov-controller
+left=$(find "$root/usr" -type f -o -name '*[Kk][Oo][Vv]*' 2>/dev/null || true)
+[ -z "$left" ] || fail "left behind: $left"
+echo "The package installs, runs and goes."

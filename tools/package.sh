@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Builds the Debian package in build/package and tells its name. The same sources give the same
+# bytes: the time of the last commit stands for all times, unless SOURCE_DATE_EPOCH names another.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
+
+need_tools "${build_tools[@]}" "${package_tools[@]}"
+if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
+    SOURCE_DATE_EPOCH=$(git -C "$source_folder" log -1 --format=%ct)
+fi
+export SOURCE_DATE_EPOCH
+folder=$source_folder/build/package
+log=$folder/package.log
+mkdir -p "$folder"
+umask 022
+{
+    cmake -S "$source_folder" -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKOV_TESTS=OFF \
+        -DCMAKE_INSTALL_PREFIX=/usr &&
+        cmake --build "$folder" &&
+        (cd "$folder" && rm -f ./*.deb && cpack -G DEB)
+} >"$log" 2>&1 || {
+    cat "$log" >&2
+    exit 1
+}
+ls "$folder"/*.deb
