@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# What bash offers for command lines of KOV-Controller.
+#   bash_completion_test.sh SOURCE_FOLDER
+set -uo pipefail
+source "$1/completions/KOV-Controller.bash"
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cd "$folder" || exit
+touch 'bake out.ini' other.txt
+failed=0
+
+# expect WHAT_IS_OFFERED ARGUMENT...: the last argument is the one being typed.
+expect() {
+    local expected=$1 offered
+    shift
+    COMP_WORDS=(KOV-Controller "$@") COMP_CWORD=$# COMPREPLY=()
+    _kov_controller KOV-Controller "${!#}" "${COMP_WORDS[COMP_CWORD - 1]}"
+    offered=$(IFS='|' && echo "${COMPREPLY[*]}")
+    [ "$offered" = "$expected" ] && return
+    echo "KOV-Controller $*: expected $expected, got $offered" >&2
+    failed=1
+}
+
+expect '-VK|-VO|-VV|-VG|-VD|-VT' 3 -V
+expect '-MS0|-MS1|-MS2|-MS3|-MS_|-MS\*' 3 -p -MS
+expect '/vt1|/vt2|/vt3' 3 /vt
+expect '-XS' 3 -XS
+expect '-hp' 3 -hp
+expect '-\$' 3 '-\$'
+expect "-&0|-&1|-&2|-&3|-&_|-&*" 3 "'-&"
+expect 'bake out.ini' 3 -XL7 b
+expect 'other.txt' 3 -hs o
+expect 'y|n' 3 -MA0 ''
+expect '' 3 -VV1 -
+expect '' 3 nothing
+[ "$failed" -eq 0 ]
