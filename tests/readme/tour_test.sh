@@ -1,0 +1,82 @@
+#!/usr/bin/env bash
+# Runs the command lines of README.md ("$ ...") on new instruments and compares what they print with
+# what stands below them there. A line "..." stands for any lines; what differs from run to run
+# (dates, times, measured values, counts) is masked. A command line without an output only has to
+# be a good one.
+#   tour_test.sh README SOURCE_FOLDER PROGRAM
+set -uo pipefail
+readme=$(realpath "$1") program=$3
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+ln -s "$(realpath "$2")/simulator" "$folder/simulator"
+cd "$folder" || exit
+printf '#!/bin/sh\nexec "%s" "$@"\n' "$program" >run.sh
+chmod +x run.sh
+unset LD_LIBRARY_PATH NO_COLOR CLICOLOR_FORCE KOV_SIMULATOR_SCENARIO
+export KOV_SIMULATOR_STATE=none LC_ALL=C.UTF-8
+
+masked() {
+    sed -E -e 's/ *[-+]?[0-9]+\.[0-9]{2,}(e[-+][0-9]+)?/ #/gi' \
+        -e 's/ *[-+]?[0-9]+\.[0-9]( ?ms|°C?)/ #\1/g' \
+        -e 's/[0-9]{4}\/[0-9]{2}\/[0-9]{2}, [0-9:.]+( #)?/#/g' \
+        -e 's/(compilation date:).*/\1 #/' \
+        -e 's/(received:) +[0-9]+/\1 #/' \
+        -e 's/[0-9]+ (cycles|\(.*bytes$)/# \1/g' \
+        -e 's/[[:space:]]+$//'
+}
+
+# agrees EXPECTED PRINTED: two files of masked lines.
+agrees() {
+    local line=0 gap=0 text
+    local -a printed
+    mapfile -t printed <"$2"
+    while IFS= read -r text; do
+        if [ "$text" = ... ]; then
+            gap=1
+            continue
+        fi
+        while [ "$gap" -eq 1 ] && [ "$line" -lt ${#printed[@]} ] && [ "${printed[line]}" != "$text" ]; do
+            line=$((line + 1))
+        done
+        [ "$line" -lt ${#printed[@]} ] && [ "${printed[line]}" = "$text" ] || return
+        line=$((line + 1)) gap=0
+    done <"$1"
+    [ "$gap" -eq 1 ] || [ "$line" -eq ${#printed[@]} ]
+}
+
+failed=0 count=0
+# check COMMAND, whose output is expected in the file "expected".
+check() {
+    local status
+    count=$((count + 1))
+    timeout 60 bash -c "$1" </dev/null >output 2>&1
+    status=$?
+    if [ ! -s expected ]; then
+        [ "$status" -eq 0 ] && return
+    else
+        masked <expected >expected.masked
+        masked <output >output.masked
+        agrees expected.masked output.masked && return
+    fi
+    echo "README.md: $1"$'\n'"ended with status $status and printed"
+    cat output
+    failed=1
+}
+
+command=
+while IFS= read -r line || [ -n "$line" ]; do
+    case $line in
+    '    $ '*)
+        [ -z "$command" ] || check "$command"
+        command=${line#    \$ }
+        : >expected
+        ;;
+    '    '*) [ -z "$command" ] || printf '%s\n' "${line#    }" >>expected ;;
+    *)
+        [ -z "$command" ] || check "$command"
+        command=
+        ;;
+    esac
+done <"$readme"
+echo "$count command lines"
+[ "$failed" -eq 0 ] && [ "$count" -gt 0 ]
