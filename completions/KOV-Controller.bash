@@ -81,8 +81,8 @@ _kov_controller() {
         ;;
     S[EeGgSs] | V[Vv]? | X[Nn]?* | '&'* | '\&'*) return ;;
     esac
-    case $current in
-    [\'\"]*) quote=${current:0:1} current=${current:1} ;;
+    case ${COMP_WORDS[COMP_CWORD]} in
+    [\'\"]*) quote=yes ;; # which is not in the word that is passed
     esac
     typed=${current//\\/}
     [[ $typed == [-/]* ]] || { [[ -z $typed ]] && typed=-; } || return

@@ -36,8 +36,8 @@ install(DIRECTORY DESTINATION ${library_folder}/maker)
 install(DIRECTORY simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATADIR}/kov-controller)
 install_compressed(docs/KOV-Controller.1 ${CMAKE_INSTALL_MANDIR}/man1 KOV-Controller.1)
 install_compressed(packaging/debian/changelog ${document_folder} changelog)
-install(FILES README.md docs/simulated-instrument.md packaging/debian/copyright
-  DESTINATION ${document_folder})
+install(FILES README.md packaging/debian/copyright DESTINATION ${document_folder})
+install(FILES docs/simulated-instrument.md DESTINATION ${document_folder}/docs) # as README.md says
 install(FILES completions/KOV-Controller.bash RENAME KOV-Controller
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES completions/_KOV-Controller DESTINATION ${zsh_folder})

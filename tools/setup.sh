@@ -1,4 +1,5 @@
-# What run.sh and test.sh share: the tools that a build needs, and the build itself.
+# What run.sh, test.sh and the scripts in tools/ share: the tools that a build needs, and the build
+# itself.
 
 source_folder=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 

@@ -14,7 +14,7 @@ expect() {
     local expected=$1 offered
     shift
     COMP_WORDS=(KOV-Controller "$@") COMP_CWORD=$# COMPREPLY=()
-    _kov_controller KOV-Controller "${!#}" "${COMP_WORDS[COMP_CWORD - 1]}"
+    _kov_controller KOV-Controller "${!##\'}" "${COMP_WORDS[COMP_CWORD - 1]}"
     offered=$(IFS='|' && echo "${COMPREPLY[*]}")
     [ "$offered" = "$expected" ] && return
     echo "KOV-Controller $*: expected $expected, got $offered" >&2
