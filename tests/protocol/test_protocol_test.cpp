@@ -101,6 +101,18 @@ TEST(TestProtocol, ChangesNothingBeforeTheSettingsAreSaved)
         EXPECT_THAT(trial.calls, Not(testing::Contains("Purge()")));
         EXPECT_EQ(trial.exit_status, 0);
     }
+    const TemporaryFile report; // a signal in the last call before
+    Trial interrupted;
+    interrupted.instrument("latency 10");
+    interrupted.instrument("uptime 100");
+    simulator::observe_calls([&](const simulator::CallRecord& call) {
+        interrupted.calls.emplace_back(call.function);
+        if (interrupted.calls.back() == "COM_KOV_CTRL_GetConfigList")
+            virtual_platform.signals.push_back({virtual_time::now_us() / 1000, 15});
+    });
+    interrupted.run("3 -q -R " + report.name() + " -T");
+    EXPECT_THAT(interrupted.calls, testing::Each(Not(HasSubstr("_Set"))));
+    EXPECT_THAT(report.text(), EndsWith("\n\nStopped by user!\n\n" + aborted_line));
     Trial nowhere;
     nowhere.run("3 -q -g -R /nowhere/report.txt -T");
     EXPECT_THAT(nowhere.screen(), HasSubstr("Creating test protocol:\n{M}Cannot open the data file "
@@ -223,6 +235,9 @@ TEST(TestProtocol, SpaceAndSignalsEndItInOrder)
         bool stopped = false;
         simulator::observe_calls([&](const simulator::CallRecord& call) {
             trial.calls.push_back(std::string{call.function}.substr(13) + '(' + call.inputs + ')');
+            if (trial.calls.back() == "Purge()") {
+                EXPECT_TRUE(virtual_platform.run_is_protected) << "nothing may cut this short";
+            }
             if (stopped || !trial.calls.back().starts_with(c.before_stop) ||
                 std::count(trial.calls.begin(), trial.calls.end(), "GetConfigList()") == 0)
                 return;
