@@ -14,7 +14,7 @@ OutputFile::~OutputFile()
 
 bool OutputFile::create(const char* name)
 {
-    file_ = std::fopen(name, "wb");
+    file_ = platform::open_file(name, "w");
     due_ms_ = 0;
     return is_open();
 }
@@ -73,7 +73,7 @@ InputFile::~InputFile()
 
 bool InputFile::open(const char* name)
 {
-    file_ = std::fopen(name, "rb");
+    file_ = platform::open_file(name, "rb");
     at_ = end_ = 0;
     return file_ != nullptr;
 }
@@ -104,7 +104,7 @@ bool read_file(const char* name, std::string& bytes)
 
 bool read_file(const char* name, const std::function<bool(std::string_view)>& take)
 {
-    std::FILE* file = std::fopen(name, "rb");
+    std::FILE* file = platform::open_file(name, "rb");
     if (file == nullptr)
         return false;
     std::array<char, 16384> block;

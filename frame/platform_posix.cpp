@@ -214,6 +214,11 @@ void start()
     std::atexit(restore_terminal); // also when the device library ends the process
 }
 
+std::span<char*> arguments(int count, char** values)
+{
+    return {values, static_cast<std::size_t>(count)};
+}
+
 void restore_terminal()
 {
     raw_input_wanted = 0;
@@ -350,6 +355,11 @@ void drop_input()
 {
     if (have_original_modes != 0)
         tcflush(STDIN_FILENO, TCIFLUSH);
+}
+
+std::FILE* open_file(const char* name, const char* mode)
+{
+    return std::fopen(name, mode);
 }
 
 bool store_file(std::FILE* file)

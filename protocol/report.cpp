@@ -54,7 +54,9 @@ void Report::items(std::span<const ReportItem> items)
     for (const ReportItem& item : items) {
         console.print("%s", separator);
         print_item(item);
-        in_file += indentation_ + (tab + file_line(item));
+        in_file += indentation_;
+        in_file += tab;
+        in_file += file_line(item);
         separator = ", ";
         tab = "\t";
     }

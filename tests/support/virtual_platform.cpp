@@ -80,6 +80,11 @@ namespace platform
 
 void start() {}
 
+std::span<char*> arguments(int count, char** values)
+{
+    return {values, static_cast<std::size_t>(count)};
+}
+
 void restore_terminal()
 {
     ++virtual_platform.restores;
@@ -213,6 +218,11 @@ void drop_input()
         ++next_typed;
         taken_of_typed = 0;
     }
+}
+
+std::FILE* open_file(const char* name, const char* mode)
+{
+    return std::fopen(name, mode);
 }
 
 bool store_file(std::FILE*)

@@ -1,0 +1,540 @@
+#include "frame/platform.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <io.h>
+#include <windows.h>
+
+#include <shellapi.h>
+
+namespace platform
+{
+
+namespace
+{
+
+// What ends the program has the numbers of the signals that do so elsewhere: scripts get the same
+// exit status.
+constexpr int hang_up = 1;     ///< the window is closed
+constexpr int interrupt = 2;   ///< Ctrl-C
+constexpr int quit = 3;        ///< Ctrl-Break
+constexpr int broken_pipe = 13;
+constexpr int termination = 15; ///< the user logs off, the computer shuts down
+
+std::atomic<int> requested_stop = 0;
+HANDLE stop_event = nullptr; ///< set with the first request
+
+/// A console handle, and how we found it and want it.
+struct ConsoleEnd {
+    HANDLE handle = nullptr;
+    bool is_console = false;
+    DWORD original_mode = 0;
+    DWORD our_mode = 0;
+    std::atomic<bool> changed = false;
+
+    void open(DWORD standard_handle)
+    {
+        handle = GetStdHandle(standard_handle);
+        if (handle == INVALID_HANDLE_VALUE)
+            handle = nullptr;
+        is_console = handle != nullptr && GetConsoleMode(handle, &original_mode) != 0;
+    }
+    bool take()
+    {
+        if (!changed && SetConsoleMode(handle, our_mode) != 0)
+            changed = true;
+        return changed;
+    }
+    void give_back()
+    {
+        if (changed.exchange(false))
+            SetConsoleMode(handle, original_mode);
+    }
+};
+
+ConsoleEnd input;
+ConsoleEnd output;
+CONSOLE_SCREEN_BUFFER_INFO original_screen = {};
+CONSOLE_CURSOR_INFO original_cursor = {};
+std::atomic<bool> screen_in_use = false;
+std::atomic<int> rows_to_leave = 0;
+WindowSize known_size = {};
+
+std::wstring wide(std::string_view text)
+{
+    const int size = static_cast<int>(text.size());
+    std::wstring result(
+        static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0)),
+        L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, text.data(), size, result.data(),
+                        static_cast<int>(result.size()));
+    return result;
+}
+
+std::string utf8(std::wstring_view text)
+{
+    const int size = static_cast<int>(text.size());
+    std::string result(static_cast<std::size_t>(WideCharToMultiByte(
+                           CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr)),
+                       '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), size, result.data(),
+                        static_cast<int>(result.size()), nullptr, nullptr);
+    return result;
+}
+
+void request_stop(int number)
+{
+    int none = 0;
+    requested_stop.compare_exchange_strong(none, number);
+    SetEvent(stop_event);
+}
+
+/// Whatever the code page of the console is.
+bool write_console(std::wstring_view text)
+{
+    constexpr std::size_t largest_piece = 8192; // older consoles take no more than 64 KB
+    while (!text.empty()) {
+        std::size_t size = std::min(text.size(), largest_piece);
+        if (size < text.size() && IS_HIGH_SURROGATE(text[size - 1]))
+            --size;
+        DWORD written = 0;
+        if (WriteConsoleW(output.handle, text.data(), static_cast<DWORD>(size), &written,
+                          nullptr) == 0 ||
+            written == 0)
+            return false;
+        text.remove_prefix(written);
+    }
+    return true;
+}
+
+void hand_terminal_back()
+{
+    if (screen_in_use.exchange(false)) {
+        std::wstring neutral_screen = L"\033[0m\033[?25h"; // no colour, cursor visible
+        for (int row = 0; row < rows_to_leave; ++row)
+            neutral_screen += L"\r\n";
+        write_console(neutral_screen);
+        SetConsoleTextAttribute(output.handle, original_screen.wAttributes);
+        SetConsoleCursorInfo(output.handle, &original_cursor);
+    }
+    output.give_back();
+    input.give_back();
+}
+
+[[noreturn]] void end_at_once(int number)
+{
+    hand_terminal_back();
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(128 + number));
+    std::abort();
+}
+
+/// Runs in a thread of its own.
+BOOL WINAPI on_stop_request(DWORD event)
+{
+    const bool from_keyboard = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
+    const int number = event == CTRL_C_EVENT       ? interrupt
+                       : event == CTRL_BREAK_EVENT ? quit
+                       : event == CTRL_CLOSE_EVENT ? hang_up
+                                                   : termination;
+    if (from_keyboard && requested_stop != 0)
+        end_at_once(number);
+    request_stop(number);
+    // The system ends the program as soon as this returns, or after some seconds: the program has
+    // them to end in order, which ends this thread, too.
+    if (!from_keyboard)
+        Sleep(INFINITE);
+    return TRUE;
+}
+
+/// The last things that a crash does: the console must not stay behind unusable.
+LONG WINAPI on_crash(EXCEPTION_POINTERS*)
+{
+    hand_terminal_back();
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
+void on_abort(int)
+{
+    hand_terminal_back();
+}
+
+/// Waits until the handle (null = nothing) is signalled, the program is asked to end, or the time
+/// is up (negative = as long as it takes). True when the handle is signalled.
+bool wait_for(HANDLE handle, std::int64_t timeout_ms)
+{
+    // Time-outs of waits are as coarse as the system's tick, 16 ms; this kind of timer is not.
+    static const HANDLE timer = [] {
+        constexpr DWORD high_resolution = 2; // CREATE_WAITABLE_TIMER_HIGH_RESOLUTION
+        const HANDLE fine =
+            CreateWaitableTimerExW(nullptr, nullptr, high_resolution, TIMER_ALL_ACCESS);
+        return fine != nullptr ? fine : CreateWaitableTimerW(nullptr, FALSE, nullptr);
+    }();
+    std::array<HANDLE, 3> handles = {};
+    DWORD count = 0;
+    if (handle != nullptr)
+        handles[count++] = handle;
+    handles[count++] = stop_event;
+    if (timeout_ms >= 0) {
+        LARGE_INTEGER due = {};
+        due.QuadPart = -timeout_ms * 10'000; // in units of 100 ns, from now
+        SetWaitableTimer(timer, &due, 0, nullptr, nullptr, FALSE);
+        handles[count++] = timer;
+    }
+    return WaitForMultipleObjects(count, handles.data(), FALSE, INFINITE) == WAIT_OBJECT_0 &&
+           handle != nullptr;
+}
+
+// ---- Keys: records of the console, as the bytes that a terminal sends ----
+
+std::string typed; ///< bytes of the keys that were taken from the console
+wchar_t high_surrogate = 0;
+
+/// Keys that are no characters: the number and the letter of their sequence.
+struct KeySequence {
+    WORD key;
+    int number;
+    char final;
+};
+
+// clang-format off
+constexpr KeySequence key_sequences[] = {
+    {VK_UP,     1, 'A'}, {VK_DOWN,   1, 'B'}, {VK_RIGHT,  1, 'C'}, {VK_LEFT,  1, 'D'},
+    {VK_END,    1, 'F'}, {VK_HOME,   1, 'H'},
+    {VK_INSERT, 2, '~'}, {VK_DELETE, 3, '~'}, {VK_PRIOR,  5, '~'}, {VK_NEXT,  6, '~'},
+    {VK_F1,     1, 'P'}, {VK_F2,     1, 'Q'}, {VK_F3,     1, 'R'}, {VK_F4,    1, 'S'},
+    {VK_F5,    15, '~'}, {VK_F6,    17, '~'}, {VK_F7,    18, '~'}, {VK_F8,   19, '~'},
+    {VK_F9,    20, '~'}, {VK_F10,   21, '~'}, {VK_F11,   23, '~'}, {VK_F12,  24, '~'},
+};
+// clang-format on
+
+std::string character_bytes(wchar_t character)
+{
+    if (IS_HIGH_SURROGATE(character)) {
+        high_surrogate = character;
+        return "";
+    }
+    const wchar_t pair[] = {std::exchange(high_surrogate, L'\0'), character};
+    return IS_LOW_SURROGATE(character) ? utf8({pair, 2}) : utf8({&character, 1});
+}
+
+std::string key_bytes(const KEY_EVENT_RECORD& record)
+{
+    const WORD key = record.wVirtualKeyCode;
+    const wchar_t character = record.uChar.UnicodeChar;
+    if (record.bKeyDown == 0) // a character that was composed of digits comes with the end of Alt
+        return key == VK_MENU && character != 0 ? character_bytes(character) : "";
+    const DWORD state = record.dwControlKeyState;
+    const bool shift = (state & SHIFT_PRESSED) != 0;
+    const bool alt = (state & (LEFT_ALT_PRESSED | RIGHT_ALT_PRESSED)) != 0;
+    const bool control = (state & (LEFT_CTRL_PRESSED | RIGHT_CTRL_PRESSED)) != 0;
+    for (const KeySequence& known : key_sequences) {
+        if (known.key == key)
+            return "\033[" + std::to_string(known.number) + ';' +
+                   std::to_string(1 + (shift ? 1 : 0) + (alt ? 2 : 0) + (control ? 4 : 0)) +
+                   known.final;
+    }
+    if (key == VK_ESCAPE)
+        return "\033[27u"; // never the beginning of a sequence
+    if (key == VK_TAB && (shift || alt || control))
+        return shift && !alt && !control ? "\033[Z" : "";
+    if (alt && control && character < L' ')
+        return "";
+    if (alt && !control) // with Ctrl it is AltGr, which makes characters
+        return key >= 'A' && key <= 'Z' ? std::string{'\033', static_cast<char>(key - 'A' + 'a')}
+                                        : "";
+    if (character == 0)
+        return key == '2' && control ? std::string(1, '\0') : ""; // Ctrl-@
+    return character_bytes(character);
+}
+
+/// Takes what the console has, without waiting. False when there is no console any more.
+bool take_keys()
+{
+    DWORD waiting = 0;
+    while (GetNumberOfConsoleInputEvents(input.handle, &waiting) != 0) {
+        if (waiting == 0)
+            return true;
+        std::array<INPUT_RECORD, 32> records;
+        DWORD count = 0;
+        if (ReadConsoleInputW(input.handle, records.data(), records.size(), &count) == 0)
+            return false;
+        for (DWORD i = 0; i < count; ++i) {
+            if (records[i].EventType != KEY_EVENT)
+                continue;
+            const KEY_EVENT_RECORD& record = records[i].Event.KeyEvent;
+            const std::string bytes = key_bytes(record);
+            for (int repeat = 0; repeat < std::max<int>(record.wRepeatCount, 1); ++repeat)
+                typed += bytes;
+        }
+    }
+    return false;
+}
+
+bool window_has_changed()
+{
+    const WindowSize size = window_size();
+    return output_is_terminal() &&
+           (size.columns != known_size.columns || size.rows != known_size.rows);
+}
+
+std::int64_t left_until(std::int64_t deadline_ms)
+{
+    return std::max<std::int64_t>(deadline_ms - tick_ms(), 0);
+}
+
+InputResult read_console(unsigned char* buffer, std::size_t size, std::size_t& count,
+                         std::int64_t timeout_ms)
+{
+    // The console tells of its buffer's size, but not of its window's.
+    constexpr std::int64_t look_at_window_ms = 250;
+    const std::int64_t deadline = tick_ms() + timeout_ms;
+    for (;;) {
+        if (!take_keys()) {
+            request_stop(hang_up);
+            return InputResult::ended;
+        }
+        if (!typed.empty()) {
+            count = typed.copy(reinterpret_cast<char*>(buffer), size);
+            typed.erase(0, count);
+            return InputResult::bytes;
+        }
+        if (timeout_ms == 0)
+            return InputResult::nothing;
+        const std::int64_t left = timeout_ms < 0 ? look_at_window_ms : left_until(deadline);
+        if (left == 0 || requested_stop != 0 || window_has_changed())
+            return InputResult::nothing;
+        wait_for(input.handle, std::min(left, look_at_window_ms));
+    }
+}
+
+/// Input that is a pipe: true when it has bytes or has ended.
+bool pipe_has_news(std::int64_t timeout_ms)
+{
+    // There is nothing that one could wait on.
+    constexpr std::int64_t look_again_ms = 5;
+    const std::int64_t deadline = tick_ms() + timeout_ms;
+    for (;;) {
+        DWORD waiting = 0;
+        if (PeekNamedPipe(input.handle, nullptr, 0, nullptr, &waiting, nullptr) == 0 ||
+            waiting > 0)
+            return true;
+        const std::int64_t left = timeout_ms < 0 ? look_again_ms : left_until(deadline);
+        if (left == 0 || requested_stop != 0)
+            return false;
+        wait_for(nullptr, std::min(left, look_again_ms));
+    }
+}
+
+} // namespace
+
+void start()
+{
+    stop_event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    input.open(STD_INPUT_HANDLE);
+    output.open(STD_OUTPUT_HANDLE);
+    // Ctrl-C stays with the system. Selecting with the mouse stays as the user has it.
+    input.our_mode = (input.original_mode & ~DWORD{ENABLE_LINE_INPUT | ENABLE_ECHO_INPUT |
+                                                   ENABLE_MOUSE_INPUT |
+                                                   ENABLE_VIRTUAL_TERMINAL_INPUT}) |
+                     ENABLE_PROCESSED_INPUT | ENABLE_WINDOW_INPUT;
+    output.our_mode = output.original_mode | ENABLE_PROCESSED_OUTPUT | ENABLE_WRAP_AT_EOL_OUTPUT |
+                      ENABLE_VIRTUAL_TERMINAL_PROCESSING | DISABLE_NEWLINE_AUTO_RETURN;
+    if (output.is_console) {
+        GetConsoleScreenBufferInfo(output.handle, &original_screen);
+        GetConsoleCursorInfo(output.handle, &original_cursor);
+        known_size = window_size();
+    }
+    SetConsoleCtrlHandler(on_stop_request, TRUE);
+    SetUnhandledExceptionFilter(on_crash);
+    std::signal(SIGABRT, on_abort);
+    std::atexit(restore_terminal); // also when the device library ends the process
+}
+
+std::span<char*> arguments(int, char**)
+{
+    // Those of main() went through the code page. Neither list is ever freed.
+    static std::vector<std::string> texts;
+    static std::vector<char*> pointers;
+    int count = 0;
+    wchar_t** const list = CommandLineToArgvW(GetCommandLineW(), &count);
+    for (int i = 0; list != nullptr && i < count; ++i)
+        texts.push_back(utf8(list[i]));
+    LocalFree(list);
+    for (std::string& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return std::span{pointers}.first(texts.size());
+}
+
+void restore_terminal()
+{
+    hand_terminal_back();
+}
+
+std::int64_t tick_ms()
+{
+    static const std::int64_t frequency = [] {
+        LARGE_INTEGER ticks = {};
+        QueryPerformanceFrequency(&ticks);
+        return ticks.QuadPart;
+    }();
+    LARGE_INTEGER now = {};
+    QueryPerformanceCounter(&now);
+    return now.QuadPart / frequency * 1000 + now.QuadPart % frequency * 1000 / frequency;
+}
+
+LocalTime local_time()
+{
+    SYSTEMTIME now = {};
+    GetLocalTime(&now);
+    return {.year = now.wYear,
+            .month = now.wMonth,
+            .day = now.wDay,
+            .weekday = now.wDayOfWeek,
+            .hour = now.wHour,
+            .minute = now.wMinute,
+            .second = now.wSecond,
+            .millisecond = now.wMilliseconds};
+}
+
+void sleep_ms(std::int64_t milliseconds)
+{
+    const std::int64_t end = tick_ms() + milliseconds;
+    for (std::int64_t left = milliseconds; left > 0 && requested_stop == 0;
+         left = end - tick_ms())
+        wait_for(nullptr, left);
+}
+
+bool output_is_terminal()
+{
+    static const bool answer = [] {
+        const char* type = environment("TERM");
+        // A console that cannot process the sequences gets plain text.
+        return output.is_console && (type == nullptr || std::strcmp(type, "dumb") != 0) &&
+               output.take();
+    }();
+    return answer;
+}
+
+WindowSize window_size()
+{
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    if (!output.is_console || GetConsoleScreenBufferInfo(output.handle, &info) == 0)
+        return {.columns = 80, .rows = 25};
+    return {.columns = info.srWindow.Right - info.srWindow.Left + 1,
+            .rows = info.srWindow.Bottom - info.srWindow.Top + 1};
+}
+
+WindowChange take_window_change()
+{
+    if (!window_has_changed())
+        return WindowChange::none;
+    known_size = window_size();
+    return WindowChange::resized;
+}
+
+bool write_output(std::string_view bytes)
+{
+    if (output.is_console) {
+        if (output_is_terminal() && output.take())
+            screen_in_use = true;
+        if (write_console(wide(bytes)))
+            return true;
+        request_stop(hang_up);
+        return false;
+    }
+    while (!bytes.empty() && output.handle != nullptr) {
+        constexpr std::size_t largest_piece = 1 << 20;
+        DWORD written = 0;
+        if (WriteFile(output.handle, bytes.data(),
+                      static_cast<DWORD>(std::min(bytes.size(), largest_piece)), &written,
+                      nullptr) == 0) {
+            request_stop(broken_pipe);
+            return false;
+        }
+        bytes.remove_prefix(written);
+    }
+    return true;
+}
+
+void note_rows_to_leave(int rows)
+{
+    rows_to_leave = rows;
+}
+
+bool input_is_terminal()
+{
+    return input.is_console;
+}
+
+void start_raw_input()
+{
+    if (input.is_console)
+        input.take();
+}
+
+InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& count,
+                       std::int64_t timeout_ms)
+{
+    count = 0;
+    if (input.is_console)
+        return read_console(buffer, size, count, timeout_ms);
+    if (GetFileType(input.handle) == FILE_TYPE_PIPE && !pipe_has_news(timeout_ms))
+        return InputResult::nothing;
+    DWORD got = 0;
+    if (input.handle == nullptr ||
+        ReadFile(input.handle, buffer, static_cast<DWORD>(size), &got, nullptr) == 0 || got == 0)
+        return InputResult::ended;
+    count = got;
+    return InputResult::bytes;
+}
+
+void drop_input()
+{
+    if (!input.is_console)
+        return;
+    FlushConsoleInputBuffer(input.handle);
+    typed.clear();
+    high_surrogate = 0;
+}
+
+std::FILE* open_file(const char* name, const char* mode)
+{
+    return _wfopen(wide(name).c_str(), wide(mode).c_str());
+}
+
+bool store_file(std::FILE* file)
+{
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
+    // Pipes and devices have nothing to wait for.
+    return GetFileType(handle) != FILE_TYPE_DISK || FlushFileBuffers(handle) != 0;
+}
+
+int stop_signal()
+{
+    return requested_stop;
+}
+
+const char* environment(const char* name)
+{
+    static std::map<std::string, std::string> values;
+    const std::wstring wide_name = wide(name);
+    // Also the size of an empty value, which holds its end, is not 0.
+    const DWORD size = GetEnvironmentVariableW(wide_name.c_str(), nullptr, 0);
+    if (size == 0)
+        return nullptr;
+    std::wstring value(size, L'\0');
+    value.resize(GetEnvironmentVariableW(wide_name.c_str(), value.data(), size));
+    return (values[name] = utf8(value)).c_str();
+}
+
+} // namespace platform
