@@ -8,13 +8,15 @@
 #include <cstring>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <io.h>
 #include <windows.h>
 
 #include <shellapi.h>
+
+#include "frame/platform_windows_keys.h"
+#include "frame/platform_windows_screen.h"
 
 namespace platform
 {
@@ -24,71 +26,32 @@ namespace
 
 // What ends the program has the numbers of the signals that do so elsewhere: scripts get the same
 // exit status.
-constexpr int hang_up = 1;     ///< the window is closed
-constexpr int interrupt = 2;   ///< Ctrl-C
-constexpr int quit = 3;        ///< Ctrl-Break
+constexpr int hang_up = 1;   ///< the window is closed
+constexpr int interrupt = 2; ///< Ctrl-C
+constexpr int quit = 3;      ///< Ctrl-Break
 constexpr int broken_pipe = 13;
 constexpr int termination = 15; ///< the user logs off, the computer shuts down
 
 std::atomic<int> requested_stop = 0;
 HANDLE stop_event = nullptr; ///< set with the first request
 
-/// A console handle, and how we found it and want it.
-struct ConsoleEnd {
-    HANDLE handle = nullptr;
-    bool is_console = false;
-    DWORD original_mode = 0;
-    DWORD our_mode = 0;
-    std::atomic<bool> changed = false;
+HANDLE input = nullptr;
+bool input_is_console = false;
+DWORD original_input_mode = 0;
+std::atomic<bool> input_taken = false; ///< single keys, without echo
 
-    void open(DWORD standard_handle)
-    {
-        handle = GetStdHandle(standard_handle);
-        if (handle == INVALID_HANDLE_VALUE)
-            handle = nullptr;
-        is_console = handle != nullptr && GetConsoleMode(handle, &original_mode) != 0;
-    }
-    bool take()
-    {
-        if (!changed && SetConsoleMode(handle, our_mode) != 0)
-            changed = true;
-        return changed;
-    }
-    void give_back()
-    {
-        if (changed.exchange(false))
-            SetConsoleMode(handle, original_mode);
-    }
-};
-
-ConsoleEnd input;
-ConsoleEnd output;
-CONSOLE_SCREEN_BUFFER_INFO original_screen = {};
-CONSOLE_CURSOR_INFO original_cursor = {};
+HANDLE output = nullptr;
+bool output_is_console = false;
+ConsoleScreen screen;
 std::atomic<bool> screen_in_use = false;
 std::atomic<int> rows_to_leave = 0;
 WindowSize known_size = {};
 
-std::wstring wide(std::string_view text)
+/// Null when the program has none: nothing comes from there, what goes there is lost.
+HANDLE standard_handle(DWORD number)
 {
-    const int size = static_cast<int>(text.size());
-    std::wstring result(
-        static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0)),
-        L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), size, result.data(),
-                        static_cast<int>(result.size()));
-    return result;
-}
-
-std::string utf8(std::wstring_view text)
-{
-    const int size = static_cast<int>(text.size());
-    std::string result(static_cast<std::size_t>(WideCharToMultiByte(
-                           CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr)),
-                       '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), size, result.data(),
-                        static_cast<int>(result.size()), nullptr, nullptr);
-    return result;
+    const HANDLE handle = GetStdHandle(number);
+    return handle == INVALID_HANDLE_VALUE ? nullptr : handle;
 }
 
 void request_stop(int number)
@@ -98,36 +61,17 @@ void request_stop(int number)
     SetEvent(stop_event);
 }
 
-/// Whatever the code page of the console is.
-bool write_console(std::wstring_view text)
-{
-    constexpr std::size_t largest_piece = 8192; // older consoles take no more than 64 KB
-    while (!text.empty()) {
-        std::size_t size = std::min(text.size(), largest_piece);
-        if (size < text.size() && IS_HIGH_SURROGATE(text[size - 1]))
-            --size;
-        DWORD written = 0;
-        if (WriteConsoleW(output.handle, text.data(), static_cast<DWORD>(size), &written,
-                          nullptr) == 0 ||
-            written == 0)
-            return false;
-        text.remove_prefix(written);
-    }
-    return true;
-}
-
 void hand_terminal_back()
 {
     if (screen_in_use.exchange(false)) {
-        std::wstring neutral_screen = L"\033[0m\033[?25h"; // no colour, cursor visible
+        std::string neutral_screen = "\033[0m\033[?25h"; // no colour, cursor visible
         for (int row = 0; row < rows_to_leave; ++row)
-            neutral_screen += L"\r\n";
-        write_console(neutral_screen);
-        SetConsoleTextAttribute(output.handle, original_screen.wAttributes);
-        SetConsoleCursorInfo(output.handle, &original_cursor);
+            neutral_screen += "\r\n";
+        screen.write(neutral_screen);
     }
-    output.give_back();
-    input.give_back();
+    screen.give_back();
+    if (input_taken.exchange(false))
+        SetConsoleMode(input, original_input_mode);
 }
 
 [[noreturn]] void end_at_once(int number)
@@ -193,87 +137,24 @@ bool wait_for(HANDLE handle, std::int64_t timeout_ms)
            handle != nullptr;
 }
 
-// ---- Keys: records of the console, as the bytes that a terminal sends ----
+// ---- Input ----
 
+ConsoleKeys console_keys;
 std::string typed; ///< bytes of the keys that were taken from the console
-wchar_t high_surrogate = 0;
 
-/// Keys that are no characters: the number and the letter of their sequence.
-struct KeySequence {
-    WORD key;
-    int number;
-    char final;
-};
-
-// clang-format off
-constexpr KeySequence key_sequences[] = {
-    {VK_UP,     1, 'A'}, {VK_DOWN,   1, 'B'}, {VK_RIGHT,  1, 'C'}, {VK_LEFT,  1, 'D'},
-    {VK_END,    1, 'F'}, {VK_HOME,   1, 'H'},
-    {VK_INSERT, 2, '~'}, {VK_DELETE, 3, '~'}, {VK_PRIOR,  5, '~'}, {VK_NEXT,  6, '~'},
-    {VK_F1,     1, 'P'}, {VK_F2,     1, 'Q'}, {VK_F3,     1, 'R'}, {VK_F4,    1, 'S'},
-    {VK_F5,    15, '~'}, {VK_F6,    17, '~'}, {VK_F7,    18, '~'}, {VK_F8,   19, '~'},
-    {VK_F9,    20, '~'}, {VK_F10,   21, '~'}, {VK_F11,   23, '~'}, {VK_F12,  24, '~'},
-};
-// clang-format on
-
-std::string character_bytes(wchar_t character)
-{
-    if (IS_HIGH_SURROGATE(character)) {
-        high_surrogate = character;
-        return "";
-    }
-    const wchar_t pair[] = {std::exchange(high_surrogate, L'\0'), character};
-    return IS_LOW_SURROGATE(character) ? utf8({pair, 2}) : utf8({&character, 1});
-}
-
-std::string key_bytes(const KEY_EVENT_RECORD& record)
-{
-    const WORD key = record.wVirtualKeyCode;
-    const wchar_t character = record.uChar.UnicodeChar;
-    if (record.bKeyDown == 0) // a character that was composed of digits comes with the end of Alt
-        return key == VK_MENU && character != 0 ? character_bytes(character) : "";
-    const DWORD state = record.dwControlKeyState;
-    const bool shift = (state & SHIFT_PRESSED) != 0;
-    const bool alt = (state & (LEFT_ALT_PRESSED | RIGHT_ALT_PRESSED)) != 0;
-    const bool control = (state & (LEFT_CTRL_PRESSED | RIGHT_CTRL_PRESSED)) != 0;
-    for (const KeySequence& known : key_sequences) {
-        if (known.key == key)
-            return "\033[" + std::to_string(known.number) + ';' +
-                   std::to_string(1 + (shift ? 1 : 0) + (alt ? 2 : 0) + (control ? 4 : 0)) +
-                   known.final;
-    }
-    if (key == VK_ESCAPE)
-        return "\033[27u"; // never the beginning of a sequence
-    if (key == VK_TAB && (shift || alt || control))
-        return shift && !alt && !control ? "\033[Z" : "";
-    if (alt && control && character < L' ')
-        return "";
-    if (alt && !control) // with Ctrl it is AltGr, which makes characters
-        return key >= 'A' && key <= 'Z' ? std::string{'\033', static_cast<char>(key - 'A' + 'a')}
-                                        : "";
-    if (character == 0)
-        return key == '2' && control ? std::string(1, '\0') : ""; // Ctrl-@
-    return character_bytes(character);
-}
-
-/// Takes what the console has, without waiting. False when there is no console any more.
+/// Takes the keys that the console has, without waiting. False when there is no console any more.
 bool take_keys()
 {
-    DWORD waiting = 0;
-    while (GetNumberOfConsoleInputEvents(input.handle, &waiting) != 0) {
-        if (waiting == 0)
+    std::array<INPUT_RECORD, 32> records;
+    DWORD count = 0;
+    while (PeekConsoleInputW(input, records.data(), 1, &count) != 0) {
+        if (count == 0)
             return true;
-        std::array<INPUT_RECORD, 32> records;
-        DWORD count = 0;
-        if (ReadConsoleInputW(input.handle, records.data(), records.size(), &count) == 0)
+        if (ReadConsoleInputW(input, records.data(), records.size(), &count) == 0)
             return false;
-        for (DWORD i = 0; i < count; ++i) {
-            if (records[i].EventType != KEY_EVENT)
-                continue;
-            const KEY_EVENT_RECORD& record = records[i].Event.KeyEvent;
-            const std::string bytes = key_bytes(record);
-            for (int repeat = 0; repeat < std::max<int>(record.wRepeatCount, 1); ++repeat)
-                typed += bytes;
+        for (const INPUT_RECORD& record : std::span{records}.first(count)) {
+            if (record.EventType == KEY_EVENT)
+                typed += console_keys.bytes_of(record.Event.KeyEvent);
         }
     }
     return false;
@@ -312,7 +193,7 @@ InputResult read_console(unsigned char* buffer, std::size_t size, std::size_t& c
         const std::int64_t left = timeout_ms < 0 ? look_at_window_ms : left_until(deadline);
         if (left == 0 || requested_stop != 0 || window_has_changed())
             return InputResult::nothing;
-        wait_for(input.handle, std::min(left, look_at_window_ms));
+        wait_for(input, std::min(left, look_at_window_ms));
     }
 }
 
@@ -324,8 +205,7 @@ bool pipe_has_news(std::int64_t timeout_ms)
     const std::int64_t deadline = tick_ms() + timeout_ms;
     for (;;) {
         DWORD waiting = 0;
-        if (PeekNamedPipe(input.handle, nullptr, 0, nullptr, &waiting, nullptr) == 0 ||
-            waiting > 0)
+        if (PeekNamedPipe(input, nullptr, 0, nullptr, &waiting, nullptr) == 0 || waiting > 0)
             return true;
         const std::int64_t left = timeout_ms < 0 ? look_again_ms : left_until(deadline);
         if (left == 0 || requested_stop != 0)
@@ -339,20 +219,11 @@ bool pipe_has_news(std::int64_t timeout_ms)
 void start()
 {
     stop_event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    input.open(STD_INPUT_HANDLE);
-    output.open(STD_OUTPUT_HANDLE);
-    // Ctrl-C stays with the system. Selecting with the mouse stays as the user has it.
-    input.our_mode = (input.original_mode & ~DWORD{ENABLE_LINE_INPUT | ENABLE_ECHO_INPUT |
-                                                   ENABLE_MOUSE_INPUT |
-                                                   ENABLE_VIRTUAL_TERMINAL_INPUT}) |
-                     ENABLE_PROCESSED_INPUT | ENABLE_WINDOW_INPUT;
-    output.our_mode = output.original_mode | ENABLE_PROCESSED_OUTPUT | ENABLE_WRAP_AT_EOL_OUTPUT |
-                      ENABLE_VIRTUAL_TERMINAL_PROCESSING | DISABLE_NEWLINE_AUTO_RETURN;
-    if (output.is_console) {
-        GetConsoleScreenBufferInfo(output.handle, &original_screen);
-        GetConsoleCursorInfo(output.handle, &original_cursor);
-        known_size = window_size();
-    }
+    input = standard_handle(STD_INPUT_HANDLE);
+    output = standard_handle(STD_OUTPUT_HANDLE);
+    input_is_console = GetConsoleMode(input, &original_input_mode) != 0;
+    output_is_console = screen.open(output);
+    known_size = window_size();
     SetConsoleCtrlHandler(on_stop_request, TRUE);
     SetUnhandledExceptionFilter(on_crash);
     std::signal(SIGABRT, on_abort);
@@ -409,8 +280,7 @@ LocalTime local_time()
 void sleep_ms(std::int64_t milliseconds)
 {
     const std::int64_t end = tick_ms() + milliseconds;
-    for (std::int64_t left = milliseconds; left > 0 && requested_stop == 0;
-         left = end - tick_ms())
+    for (std::int64_t left = milliseconds; left > 0 && requested_stop == 0; left = end - tick_ms())
         wait_for(nullptr, left);
 }
 
@@ -418,20 +288,17 @@ bool output_is_terminal()
 {
     static const bool answer = [] {
         const char* type = environment("TERM");
-        // A console that cannot process the sequences gets plain text.
-        return output.is_console && (type == nullptr || std::strcmp(type, "dumb") != 0) &&
-               output.take();
+        return output_is_console && (type == nullptr || std::strcmp(type, "dumb") != 0);
     }();
     return answer;
 }
 
 WindowSize window_size()
 {
-    CONSOLE_SCREEN_BUFFER_INFO info = {};
-    if (!output.is_console || GetConsoleScreenBufferInfo(output.handle, &info) == 0)
+    if (!output_is_console)
         return {.columns = 80, .rows = 25};
-    return {.columns = info.srWindow.Right - info.srWindow.Left + 1,
-            .rows = info.srWindow.Bottom - info.srWindow.Top + 1};
+    const COORD size = screen.size();
+    return {.columns = size.X, .rows = size.Y};
 }
 
 WindowChange take_window_change()
@@ -444,18 +311,20 @@ WindowChange take_window_change()
 
 bool write_output(std::string_view bytes)
 {
-    if (output.is_console) {
-        if (output_is_terminal() && output.take())
+    if (output_is_console) {
+        if (output_is_terminal()) {
+            screen.take();
             screen_in_use = true;
-        if (write_console(wide(bytes)))
+        }
+        if (screen.write(bytes))
             return true;
         request_stop(hang_up);
         return false;
     }
-    while (!bytes.empty() && output.handle != nullptr) {
+    while (!bytes.empty() && output != nullptr) {
         constexpr std::size_t largest_piece = 1 << 20;
         DWORD written = 0;
-        if (WriteFile(output.handle, bytes.data(),
+        if (WriteFile(output, bytes.data(),
                       static_cast<DWORD>(std::min(bytes.size(), largest_piece)), &written,
                       nullptr) == 0) {
             request_stop(broken_pipe);
@@ -473,26 +342,31 @@ void note_rows_to_leave(int rows)
 
 bool input_is_terminal()
 {
-    return input.is_console;
+    return input_is_console;
 }
 
 void start_raw_input()
 {
-    if (input.is_console)
-        input.take();
+    // Ctrl-C stays with the system. Selecting with the mouse stays as the user has it.
+    const DWORD mode =
+        (original_input_mode & ~DWORD{ENABLE_LINE_INPUT | ENABLE_ECHO_INPUT | ENABLE_MOUSE_INPUT |
+                                      ENABLE_VIRTUAL_TERMINAL_INPUT}) |
+        ENABLE_PROCESSED_INPUT | ENABLE_WINDOW_INPUT;
+    if (input_is_console && !input_taken && SetConsoleMode(input, mode) != 0)
+        input_taken = true;
 }
 
 InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& count,
                        std::int64_t timeout_ms)
 {
     count = 0;
-    if (input.is_console)
+    if (input_is_console)
         return read_console(buffer, size, count, timeout_ms);
-    if (GetFileType(input.handle) == FILE_TYPE_PIPE && !pipe_has_news(timeout_ms))
+    if (GetFileType(input) == FILE_TYPE_PIPE && !pipe_has_news(timeout_ms))
         return InputResult::nothing;
     DWORD got = 0;
-    if (input.handle == nullptr ||
-        ReadFile(input.handle, buffer, static_cast<DWORD>(size), &got, nullptr) == 0 || got == 0)
+    if (input == nullptr || ReadFile(input, buffer, static_cast<DWORD>(size), &got, nullptr) == 0 ||
+        got == 0)
         return InputResult::ended;
     count = got;
     return InputResult::bytes;
@@ -500,11 +374,11 @@ InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& cou
 
 void drop_input()
 {
-    if (!input.is_console)
+    if (!input_is_console)
         return;
-    FlushConsoleInputBuffer(input.handle);
+    FlushConsoleInputBuffer(input);
     typed.clear();
-    high_surrogate = 0;
+    console_keys.forget();
 }
 
 std::FILE* open_file(const char* name, const char* mode)

@@ -37,8 +37,8 @@ std::wstring wide(std::string_view text)
 std::string utf8(std::wstring_view text)
 {
     const int size = static_cast<int>(text.size());
-    std::string result(static_cast<std::size_t>(WideCharToMultiByte(
-                           CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr)),
+    std::string result(static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), size,
+                                                                    nullptr, 0, nullptr, nullptr)),
                        '\0');
     WideCharToMultiByte(CP_UTF8, 0, text.data(), size, result.data(),
                         static_cast<int>(result.size()), nullptr, nullptr);
@@ -172,7 +172,8 @@ std::string default_state_path(unsigned port)
     const std::optional<std::string> folder = environment("LOCALAPPDATA");
     if (!folder)
         return "";
-    return *folder + "\\kov-controller\\simulator\\COM" + std::to_string(port) + ".state";
+    // A file whose name begins with "COM3." is the port itself.
+    return *folder + "\\kov-controller\\simulator\\port-COM" + std::to_string(port) + ".state";
 }
 
 std::FILE* open_file(const char* name, const char* mode)
