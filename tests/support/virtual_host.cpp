@@ -68,7 +68,7 @@ std::string default_state_path(unsigned port)
 
 std::FILE* open_file(const char* name, const char* mode)
 {
-    return std::fopen(name, mode);
+    return std::fopen(name, *mode == 'w' ? "wb" : mode); // the same line ends everywhere
 }
 
 Reading read_file(const std::string& path, std::string& bytes, std::string& problem)
