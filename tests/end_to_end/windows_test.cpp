@@ -127,11 +127,11 @@ TEST(Windows, DisplayStandsAndTakesKeys)
     const WindowsRun run{"3 -PE -PT -PK -T", "latency 100\n"};
     PseudoTerminal terminal{run};
     ASSERT_TRUE(terminal.shows("24.000V")) << terminal.screen.screen();
-    // This console's bright white is a colour of its own, for blanks, too.
+    // This console's bright white is a colour of its own.
     const std::string values =
-        "  Voltages:  24V: {?}24.000V  {.}5V0: {C}4.800V{.}  3V3: {M}3.400V{.}  "
+        "  Voltages:  24V: {?}24.000V  {.}5V0: {C}4.800V  {.}3V3: {M}3.400V  {.}"
         "Temperature CPU:  {M}+65.5\xC2\xB0"
-        "C{.}  PSU:   {C}-1.0\xC2\xB0"
+        "C  {.}PSU:   {C}-1.0\xC2\xB0"
         "C{.}";
     EXPECT_TRUE(terminal.wait_until([&] { return terminal.screen.marked_row(5) == values; }))
         << terminal.screen.marked_row(5);
