@@ -14,6 +14,7 @@
 #include <windows.h>
 
 #include <shellapi.h>
+#include <winternl.h>
 
 #include "frame/platform_windows_keys.h"
 #include "frame/platform_windows_screen.h"
@@ -137,6 +138,25 @@ bool wait_for(HANDLE handle, std::int64_t timeout_ms)
            handle != nullptr;
 }
 
+/// A reader of our output that has gone away would only be noticed by the next write, which a
+/// display in a pipe puts off to its end.
+void notice_closed_output()
+{
+    struct {
+        ULONG type, configuration, most_instances, instances, inbound_quota, readable,
+            outbound_quota, writable, state, end;
+    } pipe = {};                                // FILE_PIPE_LOCAL_INFORMATION
+    constexpr auto pipe_local_information = 24; // FilePipeLocalInformation
+    constexpr ULONG connected = 3;
+    if (output_is_console || GetFileType(output) != FILE_TYPE_PIPE)
+        return;
+    IO_STATUS_BLOCK status = {};
+    if (NtQueryInformationFile(output, &status, &pipe, sizeof pipe,
+                               static_cast<FILE_INFORMATION_CLASS>(pipe_local_information)) == 0 &&
+        pipe.state != connected)
+        request_stop(broken_pipe);
+}
+
 // ---- Input ----
 
 ConsoleKeys console_keys;
@@ -175,10 +195,11 @@ std::int64_t left_until(std::int64_t deadline_ms)
 InputResult read_console(unsigned char* buffer, std::size_t size, std::size_t& count,
                          std::int64_t timeout_ms)
 {
-    // The console tells of its buffer's size, but not of its window's.
-    constexpr std::int64_t look_at_window_ms = 250;
+    // The console tells of its buffer's size, but not of its window's; nobody tells of our reader.
+    constexpr std::int64_t look_around_ms = 250;
     const std::int64_t deadline = tick_ms() + timeout_ms;
     for (;;) {
+        notice_closed_output();
         if (!take_keys()) {
             request_stop(hang_up);
             return InputResult::ended;
@@ -190,10 +211,10 @@ InputResult read_console(unsigned char* buffer, std::size_t size, std::size_t& c
         }
         if (timeout_ms == 0)
             return InputResult::nothing;
-        const std::int64_t left = timeout_ms < 0 ? look_at_window_ms : left_until(deadline);
+        const std::int64_t left = timeout_ms < 0 ? look_around_ms : left_until(deadline);
         if (left == 0 || requested_stop != 0 || window_has_changed())
             return InputResult::nothing;
-        wait_for(input, std::min(left, look_at_window_ms));
+        wait_for(input, std::min(left, look_around_ms));
     }
 }
 
@@ -204,6 +225,7 @@ bool pipe_has_news(std::int64_t timeout_ms)
     constexpr std::int64_t look_again_ms = 5;
     const std::int64_t deadline = tick_ms() + timeout_ms;
     for (;;) {
+        notice_closed_output();
         DWORD waiting = 0;
         if (PeekNamedPipe(input, nullptr, 0, nullptr, &waiting, nullptr) == 0 || waiting > 0)
             return true;

@@ -199,6 +199,18 @@ TEST(Windows, ControlCEndsInOrder)
     EXPECT_TRUE(terminal.screen.cursor_visible());
 }
 
+TEST(Windows, EndsWhenNobodyReadsIt)
+{
+    WindowsRun run{"3 -G -PE -PC -PI -T"};
+    run.output = Launch::Stream::pipe;
+    PseudoTerminal terminal{run};
+    ASSERT_TRUE(terminal.wait_until([&] { return was_called(run, "GetCPUdata"); }));
+    terminal.close_output_pipe();
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGPIPE);
+    EXPECT_TRUE(was_called(run, "Close"));
+    EXPECT_FALSE(was_called(run, "GetProductID"));
+}
+
 TEST(Windows, AnInstrumentIsKeptAndUsedByOneProgram)
 {
     WindowsRun first{"3 -UY -PK -T"};
