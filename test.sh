@@ -3,12 +3,38 @@
 #   ./test.sh            both
 #   ./test.sh debug      plainly
 #   ./test.sh sanitize   under the sanitizers
+#   ./test.sh windows    the program for Windows, under Wine
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/tools/setup.sh"
+
+# The unit tests as a Windows program, and the Windows program beside that of this system.
+test_windows() {
+    need_tools "${windows_tools[@]}" "${wine_tools[@]}"
+    build windows all
+    build debug windows_tests
+    export KOV_WINE=${wine_tools[0]% *}
+    export KOV_WINDOWS_PROGRAM=$source_folder/build/windows/bin/KOV-Controller.exe
+    # A Wine of our own: nobody's settings are touched, and it is there until the tests are over.
+    export WINEPREFIX=$source_folder/build/windows/wine WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
+    local server=${KOV_WINE%/*}/wineserver64
+    trap '"'"$server"'" -k || true' EXIT
+    echo "Starting Wine..."
+    mkdir -p "$WINEPREFIX"
+    "$server" -p
+    timeout 120 "$KOV_WINE" cmd /c exit 2>/dev/null
+    (cd "$source_folder" && ctest --preset windows)
+    timeout 600 "$source_folder/build/debug/tests/windows_tests" --gtest_brief=1
+    "$server" -k || true
+    trap - EXIT
+}
 
 need_tools "${build_tools[@]}" "${test_tools[@]}"
 [ $# -gt 0 ] || set -- debug sanitize
 for preset in "$@"; do
+    if [ "$preset" = windows ]; then
+        test_windows
+        continue
+    fi
     build "$preset" all
     (cd "$source_folder" && ctest --preset "$preset" -j "$(nproc)")
 done

@@ -16,7 +16,7 @@ OutputFile::~OutputFile()
 
 bool OutputFile::create(const char* name)
 {
-    file_ = std::fopen(name, "wb");
+    file_ = platform::open_file(name, "w");
     due_ms_ = 0;
     failed_ = false;
     if (is_open())
@@ -81,7 +81,7 @@ InputFile::~InputFile()
 
 bool InputFile::open(const char* name)
 {
-    file_ = std::fopen(name, "rb");
+    file_ = platform::open_file(name, "rb");
     at_ = end_ = 0;
     given_up_ = false;
     return file_ != nullptr;

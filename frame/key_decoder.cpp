@@ -407,6 +407,10 @@ void KeyDecoder::finish_control_sequence(unsigned char final_byte)
     case 'Z':
         codes.plain = back_tab;
         break;
+    case 'u': // Esc where its byte alone would be ambiguous
+        if (readable && number == esc && modifier == Modifier::none && !alt_)
+            keys.push_back(key::escape);
+        break;
     default:
         if (number == 1)
             codes = cursor_key(static_cast<char>(final_byte));

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <span>
 #include <string_view>
 
 namespace platform
@@ -13,6 +14,10 @@ namespace platform
 /// Takes the process over: notes how the terminal stands and watches the signals that ask the
 /// program to end, to stop or to look at the window size. Called once, at the very start.
 void start();
+
+/// The program's arguments as UTF-8, its name first, made of those that main() was given. A null
+/// pointer stands behind them.
+std::span<char*> arguments(int count, char** values);
 
 /// Gives the terminal back as start() found it. Safe to call at any time and more than once.
 void restore_terminal();
@@ -111,6 +116,10 @@ void drop_input();
 /// for its reader. For each file that is written; calls may overlap.
 void begin_writing_file();
 void end_writing_file();
+
+/// Opens a file as std::fopen() does; its name is UTF-8. Text ("w") gets the line ends of the
+/// system.
+std::FILE* open_file(const char* name, const char* mode);
 
 /// Waits until what the operating system holds of a file is on the disk. True, too, for what is no
 /// file on a disk.

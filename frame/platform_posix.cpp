@@ -330,6 +330,11 @@ void start()
     std::atexit(restore_terminal); // also when the device library ends the process
 }
 
+std::span<char*> arguments(int count, char** values)
+{
+    return {values, static_cast<std::size_t>(count)};
+}
+
 void restore_terminal()
 {
     raw_input_wanted = 0;
@@ -482,6 +487,11 @@ void end_writing_file()
 {
     if (--files_being_written == 0)
         restart_after_stop_request(false);
+}
+
+std::FILE* open_file(const char* name, const char* mode)
+{
+    return std::fopen(name, mode);
 }
 
 bool store_file(std::FILE* file)

@@ -4,5 +4,6 @@
 int main(int argc, char** argv)
 {
     platform::start();
-    return run_program(argc, argv);
+    const std::span<char*> arguments = platform::arguments(argc, argv);
+    return run_program(static_cast<int>(arguments.size()), arguments.data());
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 #include <string>
 
@@ -28,6 +29,9 @@ std::optional<std::string> environment(const char* name);
 /// Where the state of the instrument at that COM port is kept unless somebody names another file;
 /// empty when the user has no place for it.
 std::string default_state_path(unsigned port);
+
+/// Opens a file as std::fopen() does; file names are UTF-8, here as everywhere.
+std::FILE* open_file(const char* name, const char* mode);
 
 enum class Reading { done, missing, failed };
 

@@ -120,6 +120,11 @@ std::string default_state_path(unsigned port)
     return folder + "/kov-controller/simulator/COM" + std::to_string(port) + ".state";
 }
 
+std::FILE* open_file(const char* name, const char* mode)
+{
+    return std::fopen(name, mode);
+}
+
 Reading read_file(const std::string& path, std::string& bytes, std::string& problem)
 {
     bytes.clear();

@@ -37,11 +37,9 @@ std::string time_stamp()
 bool open_trace(const char* file_name)
 {
     close_trace();
-    file = std::fopen(file_name, "w");
+    file = host::open_file(file_name, "w");
     if (file == nullptr)
         return false;
-    // Line by line, so that the trace is whole up to the last call when the program dies.
-    std::setvbuf(file, nullptr, _IOLBF, BUFSIZ);
     return true;
 }
 
@@ -73,6 +71,7 @@ void trace_call(const CallRecord& call)
     }
     line += '\n';
     std::fputs(line.c_str(), file);
+    std::fflush(file); // the trace is whole up to the last call when the program dies
 }
 
 } // namespace simulator

@@ -9,6 +9,10 @@ test_tools=("/usr/include/gtest/gtest.h libgtest-dev" "/usr/include/gmock/gmock.
             "/usr/include/vterm.h libvterm-dev" "pkg-config pkg-config")
 package_tools=("dpkg-shlibdeps dpkg-dev" "fakeroot fakeroot" "file file")
 
+windows_tools=("x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix"
+               "/usr/src/googletest/CMakeLists.txt googletest")
+wine_tools=("/usr/lib/wine/wine64 wine64")
+
 is_there() {
     case $1 in
     /*) [ -e "$1" ] ;;
@@ -16,8 +20,9 @@ is_there() {
     esac
 }
 
-# Installs the packages of the tools that are missing, or says which they are.
-need_tools() {
+# Installs the packages of the tools that are missing. False when that is not possible; says then
+# which they are.
+install_tools() {
     local tool packages=()
     for tool in "$@"; do
         is_there "${tool% *}" || packages+=("${tool#* }")
@@ -30,15 +35,19 @@ need_tools() {
     if ! command -v apt-get >/dev/null 2>&1 ||
         { [ ${#as_root[@]} -gt 0 ] && ! command -v sudo >/dev/null 2>&1; }; then
         echo "Please install these packages first: ${packages[*]}" >&2
-        exit 1
+        return 1
     fi
     echo "Installing ${packages[*]}..." >&2
     { "${as_root[@]}" apt-get update -qq &&
         "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
             apt-get install -y -qq --no-install-recommends "${packages[@]}"; } >&2 || {
         echo "They could not be installed. Please install them first: ${packages[*]}" >&2
-        exit 1
+        return 1
     }
+}
+
+need_tools() {
+    install_tools "$@" || exit 1
 }
 
 # build PRESET TARGET: configures where needed and builds; shows what was printed only when it fails.

@@ -1,10 +1,10 @@
 /// Trials of the configuration commands: in a folder of their own, with some sets to begin with.
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -18,8 +18,10 @@ class TemporaryFolder
 public:
     TemporaryFolder()
     {
-        std::string name = (std::filesystem::temp_directory_path() / "kov-config-XXXXXX").string();
-        std::filesystem::current_path(mkdtemp(name.data()));
+        const std::string name = "kov-config-" + std::to_string(std::random_device{}());
+        const std::filesystem::path folder = std::filesystem::temp_directory_path() / name;
+        std::filesystem::create_directory(folder);
+        std::filesystem::current_path(folder);
     }
     ~TemporaryFolder()
     {

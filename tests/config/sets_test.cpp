@@ -187,10 +187,10 @@ TEST(ConfigSets, EachFailingCallEndsTheCommand)
         for (std::size_t i = 0; i < std::min<std::size_t>(calls.size(), 7); ++i) {
             const std::string function = calls[i].substr(0, calls[i].find('('));
             SCOPED_TRACE(command + ": " + calls[i]);
-            const auto nth = 1 + std::count_if(calls.begin(), calls.begin() + static_cast<long>(i),
-                                               [&](const std::string& call) {
-                                                   return call.starts_with(function + '(');
-                                               });
+            const auto nth =
+                1 + std::count_if(
+                        calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(i),
+                        [&](const std::string& call) { return call.starts_with(function + '('); });
             Trial trial;
             make_sets(trial);
             trial.instrument("fail " + function + " at " + std::to_string(nth));
@@ -213,7 +213,8 @@ TEST(ConfigSets, EachFailingCallEndsTheCommand)
             const bool first_was_saved = command.starts_with("-XS ") && i >= 3;
             EXPECT_EQ(trial.screen().find(success) != std::string::npos, first_was_saved);
             ASSERT_EQ(trial.calls.size(), 3 + i + 1 + 5 + 2); // the report makes five calls
-            EXPECT_TRUE(std::equal(calls.begin(), calls.begin() + static_cast<long>(i) + 1,
+            EXPECT_TRUE(std::equal(calls.begin(),
+                                   calls.begin() + static_cast<std::ptrdiff_t>(i) + 1,
                                    trial.calls.begin() + 3));
         }
     }

@@ -58,7 +58,7 @@ TEST(ControllerTest, SendsPrintableTextsUpToTheLength)
     trial.instrument("fail Test at 2000");
     trial.run("3 -@1 -T");
     const std::set<std::string> sent(trial.calls.begin(), trial.calls.end());
-    const long texts = std::count_if(sent.begin(), sent.end(), [](const std::string& call) {
+    const auto texts = std::count_if(sent.begin(), sent.end(), [](const std::string& call) {
         return call.starts_with("Test(");
     });
     EXPECT_EQ(texts, 1 + 96) << "the empty one, and each character alone";

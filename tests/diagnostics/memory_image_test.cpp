@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/support/full_disk.h"
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
 
@@ -17,7 +18,7 @@ using testing::StartsWith;
 constexpr int lines = 262'304;
 constexpr int lines_of_memory = 0x40000;
 
-long count(const Trial& trial, const std::string& function)
+std::ptrdiff_t count(const Trial& trial, const std::string& function)
 {
     return std::count_if(trial.calls.begin(), trial.calls.end(),
                          [&](const std::string& call) { return call.starts_with(function + '('); });
@@ -50,7 +51,7 @@ TEST(MemoryImage, FilesRestoredAndSavedAgain)
     const struct {
         const char* what;
         std::string text;
-        long blocks;
+        std::ptrdiff_t blocks;
         std::string end;
         std::string next; ///< behind the file's name
     } cases[] = {
@@ -116,24 +117,24 @@ TEST(MemoryImage, Failures)
     const struct {
         const char* switches;
         const char* line; ///< of the scenario
-        rlim_t longest_file;
+        unsigned long long longest_file;
         const char* part; ///< of the display
         const char* function;
-        long calls;
+        std::ptrdiff_t calls;
     } cases[] = {
         {"-y", "noise off", 1000, "540h\nError writing the data file '", "GetMemoryData", 7},
         {"-y", "noise off", 3 * lines - 1, ":\nError closing the data file '", "GetMemoryData",
          1171},
-        {"-y", "fail GetMemoryData at 3", RLIM_INFINITY,
+        {"-y", "fail GetMemoryData at 3", FullDisk::unlimited,
          "Getting memory data, address: 001C0h\n{M}2026", "GetMemoryData", 3},
-        {"-Y", "fail SetMemoryData at 3", RLIM_INFINITY,
+        {"-Y", "fail SetMemoryData at 3", FullDisk::unlimited,
          "Setting memory data, address: 001C0h\n{M}2026", "SetMemoryData", 3},
-        {"-Y", "fail UpdateMemoryData always", RLIM_INFINITY, "(size=40000h):\n{M}2026",
+        {"-Y", "fail UpdateMemoryData always", FullDisk::unlimited, "(size=40000h):\n{M}2026",
          "SetMemoryData", 1171},
-        {"-y", "block GetMemoryData for 100", RLIM_INFINITY,
+        {"-y", "block GetMemoryData for 100", FullDisk::unlimited,
          "\nSaving memory data stopped at address: 00380h, {Y}interrupted{.}\n", "GetMemoryData",
          4},
-        {"-Y", "block SetMemoryData for 100", RLIM_INFINITY,
+        {"-Y", "block SetMemoryData for 100", FullDisk::unlimited,
          "\nLoading memory data stopped at address: 00380h, {Y}interrupted{.}\n", "SetMemoryData",
          4},
     };

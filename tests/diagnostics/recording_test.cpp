@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/support/full_disk.h"
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
 
@@ -133,7 +134,7 @@ TEST(Recording, Failures)
         const char* what;
         const char* line; ///< of the scenario
         int cycles;
-        rlim_t longest_file;
+        unsigned long long longest_file;
         std::string end; ///< of the screen, up to the file's name
     } cases[] = {
         {"heading", "noise off", 0, 100, "stream\n" + message + "\nError closing the data file '"},

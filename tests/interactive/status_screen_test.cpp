@@ -33,7 +33,7 @@ struct ScreenTrial : Trial {
     }
 };
 
-long count(const Trial& trial, const std::string& call)
+std::ptrdiff_t count(const Trial& trial, const std::string& call)
 {
     return std::count(trial.calls.begin(), trial.calls.end(), call);
 }

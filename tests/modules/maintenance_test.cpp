@@ -15,7 +15,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
-long count(const Trial& trial, const std::string& call)
+std::ptrdiff_t count(const Trial& trial, const std::string& call)
 {
     return std::count(trial.calls.begin(), trial.calls.end(), call);
 }

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "simulator/simulator.h"
+#include "tests/support/full_disk.h"
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"

@@ -1,4 +1,4 @@
-/// The simulator on the computer itself: its state file, its lock and its clock.
+/// The simulator on the computer itself: its files and its clock.
 #include "devlib/COM-KOV-CTRL.h"
 #include "simulator/host.h"
 #include "simulator/simulator.h"
@@ -7,9 +7,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <random>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace
 {
@@ -19,61 +18,18 @@ namespace host = simulator::host;
 class HostTest : public testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        folder = testing::TempDir() + "simulator_host_" + std::to_string(getpid()) + "/a/b";
-        setenv("XDG_STATE_HOME", folder.c_str(), 1);
-        unsetenv("KOV_SIMULATOR_STATE");
-        simulator::reset_for_test();
-    }
+    void SetUp() override { simulator::reset_for_test(); }
 
     void TearDown() override
     {
         simulator::reset_for_test();
-        std::filesystem::remove_all(std::filesystem::path(folder).parent_path().parent_path());
+        std::filesystem::remove_all(top);
     }
 
-    std::string folder;
+    const std::string top =
+        testing::TempDir() + "simulator_host_" + std::to_string(std::random_device{}());
+    const std::string folder = top + "/a/b";
 };
-
-/// Runs `body` in a process of its own; what it returns is the exit status.
-template <typename Body>
-int in_another_process(const Body& body)
-{
-    const pid_t child = fork();
-    if (child == 0)
-        _exit(body());
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 255;
-}
-
-TEST_F(HostTest, SecondProgramIsRefusedAndToldTheHolder)
-{
-    ASSERT_EQ(COM_KOV_CTRL_Open(7), 0) << COM_KOV_CTRL_GetErrorMessage();
-    const std::string expected =
-        "COM7 is used by another program, process " + std::to_string(getpid());
-    EXPECT_EQ(in_another_process([&] {
-                  simulator::reset_for_test();
-                  return COM_KOV_CTRL_Open(7) != 0 && COM_KOV_CTRL_GetErrorMessage() == expected
-                             ? 42
-                             : 1;
-              }),
-              42);
-}
-
-TEST_F(HostTest, LockAndStateOutliveAKilledProgramAsTheyShould)
-{
-    EXPECT_EQ(in_another_process([] {
-                  const bool changed = COM_KOV_CTRL_Open(7) == 0 && COM_KOV_CTRL_SetEnable(1) == 0;
-                  return changed ? 42 : 1; // leaves without closing
-              }),
-              42);
-    ASSERT_EQ(COM_KOV_CTRL_Open(7), 0) << COM_KOV_CTRL_GetErrorMessage();
-    std::uint8_t enabled = 0;
-    ASSERT_EQ(COM_KOV_CTRL_GetEnable(&enabled), 0);
-    EXPECT_EQ(enabled, 1);
-}
 
 TEST_F(HostTest, DamagedFilesGetNamesOfTheirOwn)
 {
@@ -108,6 +64,8 @@ TEST_F(HostTest, FileIsReplacedAsAWhole)
 
 TEST_F(HostTest, AnswerTimeIsNeverShort)
 {
+    static char stateless[] = "KOV_SIMULATOR_STATE=none";
+    putenv(stateless);
     std::string problem;
     ASSERT_TRUE(simulator::apply("latency 2", problem));
     ASSERT_EQ(COM_KOV_CTRL_Open(7), 0);

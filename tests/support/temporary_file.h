@@ -1,15 +1,13 @@
-/// Files of the tests, and disks that are full.
+/// Files of the tests.
 #pragma once
 
-#include <csignal>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 /// The name of a file of this process alone; what is there at the end is removed.
 class TemporaryFile
@@ -30,25 +28,7 @@ public:
 
 private:
     static inline int count_ = 0;
-    std::string name_ = testing::TempDir() + "kov-test-" + std::to_string(getpid()) + '-' +
+    static inline const unsigned process_ = std::random_device{}();
+    std::string name_ = testing::TempDir() + "kov-test-" + std::to_string(process_) + '-' +
                         std::to_string(++count_) + ".txt";
-};
-
-/// For as long as it exists no file can become longer than this.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t longest)
-    {
-        std::signal(SIGXFSZ, SIG_IGN); // the write fails instead
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit = {.rlim_cur = longest, .rlim_max = before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit before_ = {};
 };

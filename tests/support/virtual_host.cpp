@@ -66,6 +66,11 @@ std::string default_state_path(unsigned port)
     return "/state/COM" + std::to_string(port) + ".state";
 }
 
+std::FILE* open_file(const char* name, const char* mode)
+{
+    return std::fopen(name, *mode == 'w' ? "wb" : mode); // the same line ends everywhere
+}
+
 Reading read_file(const std::string& path, std::string& bytes, std::string& problem)
 {
     const auto found = computer().files.find(path);

@@ -1,8 +1,8 @@
 #include "tests/support/virtual_platform.h"
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
-#include <ctime>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -80,6 +80,11 @@ namespace platform
 
 void start() {}
 
+std::span<char*> arguments(int count, char** values)
+{
+    return {values, static_cast<std::size_t>(count)};
+}
+
 void restore_terminal()
 {
     ++virtual_platform.restores;
@@ -101,18 +106,20 @@ std::int64_t tick_ms()
 
 LocalTime local_time()
 {
-    const std::int64_t milliseconds = virtual_time::wall_clock_start_ms + now_ms();
-    const std::time_t seconds = static_cast<std::time_t>(milliseconds / 1000);
-    std::tm parts = {};
-    gmtime_r(&seconds, &parts);
-    return {.year = parts.tm_year + 1900,
-            .month = parts.tm_mon + 1,
-            .day = parts.tm_mday,
-            .weekday = parts.tm_wday,
-            .hour = parts.tm_hour,
-            .minute = parts.tm_min,
-            .second = parts.tm_sec,
-            .millisecond = static_cast<int>(milliseconds % 1000)};
+    namespace chrono = std::chrono;
+    const chrono::sys_time<chrono::milliseconds> now{
+        chrono::milliseconds{virtual_time::wall_clock_start_ms + now_ms()}};
+    const auto days = chrono::floor<chrono::days>(now);
+    const chrono::year_month_day date{days};
+    const chrono::hh_mm_ss time{now - days};
+    return {.year = static_cast<int>(date.year()),
+            .month = static_cast<int>(static_cast<unsigned>(date.month())),
+            .day = static_cast<int>(static_cast<unsigned>(date.day())),
+            .weekday = static_cast<int>(chrono::weekday{days}.c_encoding()),
+            .hour = static_cast<int>(time.hours().count()),
+            .minute = static_cast<int>(time.minutes().count()),
+            .second = static_cast<int>(time.seconds().count()),
+            .millisecond = static_cast<int>(time.subseconds().count())};
 }
 
 void sleep_ms(std::int64_t milliseconds)
@@ -234,6 +241,11 @@ void drop_input()
 void begin_writing_file() {}
 
 void end_writing_file() {}
+
+std::FILE* open_file(const char* name, const char* mode)
+{
+    return std::fopen(name, *mode == 'w' ? "wb" : mode); // the same line ends everywhere
+}
 
 bool store_file(std::FILE*)
 {
