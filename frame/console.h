@@ -16,7 +16,6 @@
 /// each line once, in its final form.
 #pragma once
 
-#include <bit>
 #include <cstdarg>
 #include <cstdint>
 #include <deque>
@@ -56,7 +55,7 @@ struct Word {
     Color color;
 };
 
-/// In four bytes, because there are two for every column of every row.
+/// In four bytes where the compiler packs it, because there are two for every column of every row.
 struct Cell {
     char32_t character : 24 = U' '; ///< 0 = the right half of the wide character before it
     Color color : 8 = Color::label;
@@ -68,7 +67,7 @@ struct Cell {
     }
     bool operator==(const Cell& other) const
     {
-        return std::bit_cast<std::uint32_t>(*this) == std::bit_cast<std::uint32_t>(other);
+        return character == other.character && color == other.color;
     }
     /// A blank looks the same in every colour.
     [[nodiscard]] bool is_blank() const { return character == U' '; }

@@ -30,7 +30,7 @@ enum class NumberResult {
 
 inline constexpr unsigned heat_controller = 0; ///< its slot
 inline constexpr unsigned highest_slot = 3;    ///< from 1 on: HV-supplies
-inline constexpr unsigned base_unit = 128; ///< the controller's own base unit
+inline constexpr unsigned base_unit = 128;     ///< the controller's own base unit
 inline constexpr unsigned all_modules = 255;
 inline constexpr char base_unit_character = '_';
 inline constexpr char all_modules_character = '*';
