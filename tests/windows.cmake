@@ -23,6 +23,9 @@ set(not_here ConfigFiles.AFullDiskIsTold MemoryImage.Failures Recording.Failures
   VoltageTuning.EndsWhenTheFileCannotBeWritten)
 
 function(add_windows_tests)
+  target_sources(unit_tests PRIVATE frame/console_keys_test.cpp
+    ${CMAKE_SOURCE_DIR}/frame/platform_windows_keys.cpp
+    ${CMAKE_SOURCE_DIR}/frame/platform_windows_screen.cpp)
   list(JOIN not_here ":" left_out)
   foreach(program IN ITEMS unit_tests simulator_tests simulator_host_tests)
     target_link_options(${program} PRIVATE -static)
