@@ -263,6 +263,7 @@ std::span<char*> arguments(int, char**)
     for (int i = 0; list != nullptr && i < count; ++i)
         texts.push_back(utf8(list[i]));
     LocalFree(list);
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts)
         pointers.push_back(text.data());
     pointers.push_back(nullptr);
@@ -433,7 +434,8 @@ std::FILE* open_file(const char* name, const char* mode)
 
 bool store_file(std::FILE* file)
 {
-    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
+    const std::intptr_t value = _get_osfhandle(_fileno(file));
+    const auto handle = reinterpret_cast<HANDLE>(value); // NOLINT(performance-no-int-to-ptr)
     // Pipes and devices have nothing to wait for.
     return GetFileType(handle) != FILE_TYPE_DISK || FlushFileBuffers(handle) != 0;
 }

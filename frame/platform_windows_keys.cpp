@@ -34,7 +34,9 @@ std::string ConsoleKeys::character(wchar_t unit)
         return "";
     }
     const wchar_t pair[] = {std::exchange(high_surrogate_, L'\0'), unit};
-    return IS_LOW_SURROGATE(unit) ? utf8({pair, 2}) : utf8({&unit, 1});
+    if (!IS_LOW_SURROGATE(unit))
+        return utf8({&unit, 1});
+    return pair[0] != 0 ? utf8({pair, 2}) : "";
 }
 
 std::string ConsoleKeys::single(const KEY_EVENT_RECORD& record)

@@ -3,7 +3,7 @@
 # pseudo-terminals is left out; tests/end_to_end has its own way to run the Windows program.
 set(KOV_GOOGLETEST /usr/src/googletest CACHE PATH "Sources of GoogleTest")
 set(INSTALL_GTEST OFF)
-set(gtest_force_shared_crt OFF)
+set(CMAKE_POLICY_DEFAULT_CMP0077 NEW) # its options heed the line above
 add_subdirectory(${KOV_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 foreach(target IN ITEMS gtest gtest_main gmock gmock_main)
   target_compile_options(${target} PRIVATE -w)
@@ -23,6 +23,9 @@ set(not_here ConfigFiles.AFullDiskIsTold MemoryImage.Failures Recording.Failures
   VoltageTuning.EndsWhenTheFileCannotBeWritten)
 
 function(add_windows_tests)
+  target_sources(unit_tests PRIVATE frame/console_keys_test.cpp
+    ${CMAKE_SOURCE_DIR}/frame/platform_windows_keys.cpp
+    ${CMAKE_SOURCE_DIR}/frame/platform_windows_screen.cpp)
   list(JOIN not_here ":" left_out)
   foreach(program IN ITEMS unit_tests simulator_tests simulator_host_tests)
     target_link_options(${program} PRIVATE -static)
