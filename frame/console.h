@@ -19,8 +19,10 @@
 #include <cstdarg>
 #include <cstdint>
 #include <deque>
+#include <exception>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "frame/colors.h"
@@ -226,6 +228,7 @@ private:
     Color sent_color_ = Color::label;
     bool sent_cursor_visible_ = true;
     bool clear_pending_ = false;
+    int rows_to_leave_ = 0; ///< once the output has been sent: see platform::note_rows_to_leave
     std::string out_;
 };
 
@@ -246,15 +249,24 @@ class DisplayScope
 {
 public:
     DisplayScope() { console.begin_display(); }
-    ~DisplayScope() { end(); }
+    ~DisplayScope() { end_quietly(true); }
     DisplayScope(const DisplayScope&) = delete;
     DisplayScope& operator=(const DisplayScope&) = delete;
 
     void end(bool restore_cursor = true)
     {
-        if (active_)
+        if (std::exchange(active_, false))
             console.end_display(restore_cursor);
-        active_ = false;
+    }
+
+    /// The same for destructors: when memory has run out, the display stays as it is.
+    void end_quietly(bool restore_cursor) noexcept
+    {
+        try {
+            end(restore_cursor);
+        } catch (const std::exception&) {
+            console.show_cursor(restore_cursor);
+        }
     }
 
 private:

@@ -109,6 +109,7 @@ void Console::flush()
     if (!out_.empty())
         platform::write_output(out_);
     out_.clear();
+    platform::note_rows_to_leave(rows_to_leave_);
 }
 
 void Console::flush_without_waiting()
@@ -120,6 +121,8 @@ void Console::flush_without_waiting()
     const auto send = [this] {
         if (!out_.empty())
             out_.erase(0, platform::write_some_output(out_));
+        if (out_.empty())
+            platform::note_rows_to_leave(rows_to_leave_);
         return out_.empty();
     };
     take_window_change();
@@ -167,7 +170,7 @@ void Console::compose()
         out_ += '\a';
     bell_ = false;
     const int last = std::min(last_row(), bottom_row());
-    platform::note_rows_to_leave(display_depth_ > 0 ? last - sent_row_ + 1 : 0);
+    rows_to_leave_ = display_depth_ > 0 ? last - sent_row_ + 1 : 0;
     forget_old_rows();
 }
 

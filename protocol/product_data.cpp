@@ -204,7 +204,9 @@ bool report_identification(Report& report, const Unit& unit)
     ProductIdText identification;
     if (!unit.ask(LIB(GetProductID), LIB(GetModuleProductID), &identification))
         return false;
-    report.item({.label = "Product identification", .value = identification.text()});
+    report.item({.label = "Product identification",
+                 .value = identification.text(),
+                 .file_value = latin1_text(identification.text())});
     unit.announce("product number");
     std::int32_t number = 0;
     if (!unit.ask(LIB(GetProductNo), LIB(GetModuleProductNo), &number))
@@ -219,7 +221,8 @@ bool report_identification(Report& report, const Unit& unit)
     FirmwareDateText date;
     if (!unit.ask(LIB(GetFwDate), LIB(GetModuleFwDate), &date))
         return false;
-    report.item({.label = "Firmware date", .value = date.text()});
+    report.item(
+        {.label = "Firmware date", .value = date.text(), .file_value = latin1_text(date.text())});
     return true;
 }
 

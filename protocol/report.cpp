@@ -1,6 +1,25 @@
 #include "protocol/report.h"
 
+#include "frame/characters.h"
 #include "frame/console.h"
+#include "frame/format.h"
+
+std::string latin1_text(std::string_view text)
+{
+    std::string latin1;
+    while (!text.empty()) {
+        const std::string_view before = text;
+        const char32_t character = take_character(text);
+        const bool has_one =
+            (character >= U' ' && character < 0x7F) || (character >= 0xA0 && character <= 0xFF);
+        if (has_one)
+            latin1 += static_cast<char>(character);
+        else
+            for (const char byte : before.substr(0, before.size() - text.size()))
+                latin1 += formatted("\\x%02X", static_cast<unsigned char>(byte));
+    }
+    return latin1;
+}
 
 bool Report::open(const char* file_name)
 {

@@ -22,6 +22,10 @@
 /// Between a mean and its standard deviation, in the file.
 #define PLUS_MINUS_IN_FILE "\xB1"
 
+/// A text from the device as the file holds it: what ISO 8859-1 has no printable character for is
+/// escaped byte by byte.
+[[nodiscard]] std::string latin1_text(std::string_view text);
+
 /// A labelled value.
 struct ReportItem {
     const char* label; ///< without what divides it from the value

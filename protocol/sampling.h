@@ -31,7 +31,7 @@ class RunningLine
 {
 public:
     explicit RunningLine(const char* label);
-    ~RunningLine() { scope_.end(false); } // the cursor stays hidden: the test goes on
+    ~RunningLine() { scope_.end_quietly(false); } // the cursor stays hidden: the test goes on
     RunningLine(const RunningLine&) = delete;
     RunningLine& operator=(const RunningLine&) = delete;
     void show(const std::string& text);

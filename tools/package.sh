@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
 # Builds the Debian package in build/package and tells its name. The same sources give the same
-# bytes: the time of the last commit stands for all times, unless SOURCE_DATE_EPOCH names another.
+# bytes: the time of the last commit (without a repository, of the changelog) stands for all times, unless
+# SOURCE_DATE_EPOCH names another.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
 need_tools "${build_tools[@]}" "${package_tools[@]}"
 if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
-    SOURCE_DATE_EPOCH=$(git -C "$source_folder" log -1 --format=%ct)
+    SOURCE_DATE_EPOCH=$(git -C "$source_folder" log -1 --format=%ct 2>/dev/null) ||
+        SOURCE_DATE_EPOCH=$(date -d "$(sed -n 's/^ -- .*>  //p' \
+            "$source_folder/packaging/debian/changelog" | head -n 1)" +%s)
 fi
 export SOURCE_DATE_EPOCH
 folder=$source_folder/build/package
