@@ -14,7 +14,7 @@ std::wstring take_name(std::wstring_view& line)
     if (quoted)
         line.remove_prefix(1);
     const std::size_t length = quoted ? line.find(L'"') : line.find_first_of(blanks);
-    const std::wstring name{line.substr(0, length)};
+    std::wstring name{line.substr(0, length)};
     line.remove_prefix(std::min(name.size() + (quoted ? 1 : 0), line.size()));
     return name;
 }
