@@ -13,9 +13,9 @@
 #include <io.h>
 #include <windows.h>
 
-#include <shellapi.h>
 #include <winternl.h>
 
+#include "frame/platform_windows_arguments.h"
 #include "frame/platform_windows_keys.h"
 #include "frame/platform_windows_screen.h"
 
@@ -114,8 +114,8 @@ void on_abort(int)
 }
 
 /// Waits until the handle (null = nothing) is signalled, the program is asked to end, or the time
-/// is up (negative = as long as it takes). True when the handle is signalled.
-bool wait_for(HANDLE handle, std::int64_t timeout_ms)
+/// is up (negative = as long as it takes).
+void wait_for(HANDLE handle, std::int64_t timeout_ms)
 {
     // Time-outs of waits are as coarse as the system's tick, 16 ms; this kind of timer is not.
     static const HANDLE timer = [] {
@@ -135,8 +135,7 @@ bool wait_for(HANDLE handle, std::int64_t timeout_ms)
         SetWaitableTimer(timer, &due, 0, nullptr, nullptr, FALSE);
         handles[count++] = timer;
     }
-    return WaitForMultipleObjects(count, handles.data(), FALSE, INFINITE) == WAIT_OBJECT_0 &&
-           handle != nullptr;
+    WaitForMultipleObjects(count, handles.data(), FALSE, INFINITE);
 }
 
 /// A reader of our output that has gone away would only be noticed by the next write, which a
@@ -255,14 +254,11 @@ void start()
 
 std::span<char*> arguments(int, char**)
 {
-    // Those of main() went through the code page. Neither list is ever freed.
+    // Those of main() went through the code page.
     static std::vector<std::string> texts;
     static std::vector<char*> pointers;
-    int count = 0;
-    wchar_t** const list = CommandLineToArgvW(GetCommandLineW(), &count);
-    for (int i = 0; list != nullptr && i < count; ++i)
-        texts.push_back(utf8(list[i]));
-    LocalFree(list);
+    for (const std::wstring& argument : split_command_line(GetCommandLineW()))
+        texts.push_back(utf8(argument));
     pointers.reserve(texts.size() + 1);
     for (std::string& text : texts)
         pointers.push_back(text.data());

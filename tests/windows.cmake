@@ -23,7 +23,8 @@ set(not_here ConfigFiles.AFullDiskIsTold MemoryImage.Failures Recording.Failures
   VoltageTuning.EndsWhenTheFileCannotBeWritten)
 
 function(add_windows_tests)
-  target_sources(unit_tests PRIVATE frame/console_keys_test.cpp
+  target_sources(unit_tests PRIVATE frame/console_keys_test.cpp frame/windows_arguments_test.cpp
+    ${CMAKE_SOURCE_DIR}/frame/platform_windows_arguments.cpp
     ${CMAKE_SOURCE_DIR}/frame/platform_windows_keys.cpp
     ${CMAKE_SOURCE_DIR}/frame/platform_windows_screen.cpp)
   list(JOIN not_here ":" left_out)
