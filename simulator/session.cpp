@@ -16,8 +16,9 @@ namespace
 {
 
 constexpr std::uint32_t default_data_rate = 230'400;
-/// A state is waited for until the disk has it, but in a burst of changes not for each.
-constexpr std::int64_t durable_every_us = 200'000;
+/// A state is waited for until the disk has it, but in a burst of changes not for each: that long
+/// after a wait the next ones are left to the operating system.
+constexpr std::int64_t durable_every_us = 1'000'000;
 /// A state that is older is written again at the end of the connection.
 constexpr std::int64_t old_after_us = 60'000'000;
 
@@ -133,7 +134,7 @@ Failure save(bool closing)
     session.unsafe = !durable;
     session.saved_at_us = now_us;
     if (durable)
-        session.durable_at_us = now_us + durable_every_us;
+        session.durable_at_us = host::monotonic_us() + durable_every_us; // waiting took time
     return Failure::none;
 }
 

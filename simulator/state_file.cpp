@@ -52,18 +52,21 @@ void add_line(std::string& text, std::string_view word, Numbers... numbers)
 void add_memory(std::string& text, const Memory& memory)
 {
     constexpr std::string_view digits = "0123456789ABCDEF";
+    constexpr std::array<std::uint8_t, record_size> zeros{};
     for (unsigned number = 0; number * record_size < memory_size; ++number) {
-        const auto begin = memory.bytes.begin() +
-                           static_cast<std::ptrdiff_t>(number) * std::ptrdiff_t{record_size};
-        const auto end = begin + static_cast<int>(record_size);
-        if (std::all_of(begin, end, [](std::uint8_t byte) { return byte == 0; }))
+        const std::uint8_t* const begin = memory.bytes.data() + number * record_size;
+        const std::uint8_t* const end = begin + record_size;
+        if (std::equal(begin, end, zeros.begin()))
             continue;
         text += "record ";
         add(text, number);
-        std::for_each(begin, end, [&](std::uint8_t byte) {
-            text += digits[byte >> 4];
-            text += digits[byte & 0xF];
-        });
+        // This is most of the state, and written after each change.
+        text.resize(text.size() + 2 * record_size);
+        char* place = text.data() + text.size() - 2 * record_size;
+        for (const std::uint8_t* byte = begin; byte != end; ++byte) {
+            *place++ = digits[*byte >> 4];
+            *place++ = digits[*byte & 0xF];
+        }
         text += '\n';
     }
 }

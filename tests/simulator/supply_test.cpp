@@ -3,6 +3,9 @@
 #include "tests/simulator/instrument_test.h"
 
 #include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
 
 namespace
 {
@@ -163,15 +166,29 @@ TEST_F(SupplyTest, RangeAndPolarityComeFromTheHardwareType)
     EXPECT_NEAR(voltage(2), -100, 1e-9);
 }
 
-TEST(Arithmetic, AgreesWithTheMathematicsLibrary)
+TEST(Arithmetic, IsExactWhereItMustBe)
 {
     for (const double value : {0.0, 0.001, 0.02, 0.031, 1.0, 3.3, 40.0, 200.0})
         EXPECT_NEAR(simulator::faded(value) / std::exp(-value), 1.0, 1e-12) << value;
     EXPECT_EQ(simulator::faded(1e9), 0.0);
-    for (const double value : {0.0, 0.49999999999999994, 0.5, 1.4, 2.5, -0.5, -1.4, -2.5, 4e15 + 1})
-        EXPECT_EQ(simulator::nearest(value), std::llround(value)) << value;
-    for (int exponent = -14; exponent <= 1; ++exponent)
-        EXPECT_EQ(simulator::power_of_ten(exponent), std::pow(10.0, exponent)) << exponent;
+    const struct {
+        double value;
+        std::int64_t rounded;
+    } roundings[] = {{0.0, 0},
+                     {0.49999999999999994, 0},
+                     {0.5, 1},
+                     {1.4, 1},
+                     {2.5, 3},
+                     {-0.5, -1},
+                     {-1.4, -1},
+                     {-2.5, -3},
+                     {4e15 + 1, 4'000'000'000'000'001}};
+    for (const auto& c : roundings)
+        EXPECT_EQ(simulator::nearest(c.value), c.rounded) << c.value;
+    for (int exponent = -14; exponent <= 1; ++exponent) {
+        const std::string text = "1e" + std::to_string(exponent);
+        EXPECT_EQ(simulator::power_of_ten(exponent), std::strtod(text.c_str(), nullptr)) << text;
+    }
 }
 
 } // namespace
