@@ -15,7 +15,14 @@ void register_key_wait();
 
 /// The memory image to and from its file.
 void register_memory_file();
+
 /// Reading configuration files.
 void register_config_reader();
+
+/// Configuration sets and memory between device and file, by the program's commands.
+void register_device_transfers();
+
+/// The whole acceptance test under the tests' virtual clock.
+void register_acceptance_test();
 
 } // namespace bench

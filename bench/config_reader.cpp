@@ -7,6 +7,7 @@
 
 #include "bench/library.h"
 #include "bench/results.h"
+#include "bench/set_file.h"
 #include "config/file_format.h"
 #include "frame/switches.h"
 #include "tests/support/restarting_reader.h"
@@ -16,18 +17,6 @@ namespace bench
 
 namespace
 {
-
-/// A file of that many sets.
-std::string file_of_sets(unsigned count)
-{
-    std::string file;
-    ConfigRecord record = {};
-    for (unsigned number = 1; number <= count; ++number) {
-        record.bytes[4] = static_cast<std::uint8_t>(number);
-        file += set_section_text(number, "set " + std::to_string(number), record) + '\n';
-    }
-    return file;
-}
 
 /// Seconds that it takes to read all sets of a file, from its bytes to records.
 double seconds_with_index(const std::string& file, unsigned count)

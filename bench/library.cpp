@@ -3,14 +3,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <fstream>
-#include <string>
 #include <utility>
 
 #include <dlfcn.h>
 #include <unistd.h>
 
 #include "bench/system_calls.h"
+#include "bench/temporary_file.h"
 #include "devlib/COM-KOV-CTRL.h"
 
 namespace bench
@@ -83,20 +82,13 @@ double thread_seconds()
 
 bool open_instrument()
 {
-    char name[] = "/tmp/kov-benchmarks-XXXXXX";
-    const int file = mkstemp(name);
-    if (file < 0) {
-        std::perror("no temporary file");
-        return false;
-    }
-    close(file);
-    std::ofstream{name} << "latency 0\n";
-    setenv("KOV_SIMULATOR_SCENARIO", name, 1);
+    const TemporaryFile scenario;
+    scenario.write("latency 0\n");
+    setenv("KOV_SIMULATOR_SCENARIO", scenario.name().c_str(), 1);
     setenv("KOV_SIMULATOR_STATE", "none", 1);
     const bool opened = COM_KOV_CTRL_Open(1) == 0;
     if (!opened)
         std::fprintf(stderr, "cannot open the instrument: %s\n", COM_KOV_CTRL_GetErrorMessage());
-    unlink(name);
     unsetenv("KOV_SIMULATOR_SCENARIO"); // programs that are started here get an ordinary one
     unsetenv("KOV_SIMULATOR_STATE");
     void* const found = dlsym(RTLD_NEXT, "COM_KOV_CTRL_GetHousekeeping");

@@ -29,6 +29,8 @@ int main(int argc, char** argv)
     bench::register_key_wait();
     bench::register_memory_file();
     bench::register_config_reader();
+    bench::register_device_transfers();
+    bench::register_acceptance_test();
     benchmark::RunSpecifiedBenchmarks();
     bench::print_results();
     return EXIT_SUCCESS;

@@ -2,14 +2,13 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
 #include "bench/library.h"
 #include "bench/results.h"
+#include "bench/temporary_file.h"
 #include "diagnostics/memory_image.h"
 
 namespace bench
@@ -20,29 +19,6 @@ namespace
 
 constexpr int blocks = 1171;
 constexpr int values = blocks * static_cast<int>(memory_block_size);
-
-/// A file that is removed at the end.
-class TemporaryFile
-{
-public:
-    TemporaryFile()
-    {
-        const int file = mkstemp(name_.data());
-        if (file < 0) {
-            std::perror("no temporary file");
-            std::exit(EXIT_FAILURE);
-        }
-        close(file);
-    }
-    ~TemporaryFile() { unlink(name()); }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    [[nodiscard]] const char* name() const { return name_.c_str(); }
-
-private:
-    std::string name_ = "/tmp/kov-benchmarks-XXXXXX";
-};
 
 MemoryBlock block_of_all_digits()
 {
@@ -110,11 +86,12 @@ double seconds_of(Transfer transfer, const char* file_name)
 void compare(benchmark::State& state, const char* name, Transfer ours, Transfer theirs, Goal goal)
 {
     std::vector<double> our_times, their_times;
-    const TemporaryFile file;
-    (void)seconds_of(print_lines, file.name()); // for those that read
+    const TemporaryFile temporary;
+    const char* const file = temporary.name().c_str();
+    (void)seconds_of(print_lines, file); // for those that read
     for (auto _ : state) {
-        their_times.push_back(seconds_of(theirs, file.name()));
-        our_times.push_back(seconds_of(ours, file.name()));
+        their_times.push_back(seconds_of(theirs, file));
+        our_times.push_back(seconds_of(ours, file));
         state.SetIterationTime(our_times.back());
     }
     const double ratio = median(our_times) / median(their_times);

@@ -1,16 +1,10 @@
 #include "bench/benchmarks.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <vector>
 
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include "bench/library.h"
+#include "bench/child_process.h"
 #include "bench/results.h"
 #include "bench/terminal.h"
 
@@ -20,27 +14,11 @@ namespace bench
 namespace
 {
 
-constexpr const char* nowhere = "/dev/null";
-
-/// Seconds from a program's start to its end. Its output goes to the file, or where ours goes.
-double seconds_of(const char* path, const char* output_file)
+/// Seconds of a program without arguments: the program prints the usage text then.
+double seconds_of(const char* program, const char* output_file)
 {
-    char name[] = "KOV-Controller"; // without arguments it prints the usage text
-    char* const arguments[] = {name, nullptr};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    if (output_file != nullptr)
-        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output_file, O_WRONLY, 0);
-    const double start = now_seconds();
-    pid_t child = 0;
-    if (posix_spawn(&child, path, &actions, nullptr, arguments, environ) != 0) {
-        std::fprintf(stderr, "cannot start %s\n", path);
-        std::exit(EXIT_FAILURE);
-    }
-    waitpid(child, nullptr, 0);
-    const double seconds = now_seconds() - start;
-    posix_spawn_file_actions_destroy(&actions);
-    return seconds;
+    constexpr bool may_fail = true; // no arguments are a wrong command line
+    return run({.program = program, .arguments = {}, .output_file = output_file}, may_fail).seconds;
 }
 
 /// The program with its usage text against a C program with one line.
