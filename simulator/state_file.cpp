@@ -45,17 +45,16 @@ void add_memory(std::string& text, const Memory& memory)
 {
     constexpr std::string_view digits = "0123456789ABCDEF";
     for (unsigned number = 0; number * record_size < memory_size; ++number) {
-        const auto begin = memory.bytes.begin() +
-                           static_cast<std::ptrdiff_t>(number) * std::ptrdiff_t{record_size};
-        const auto end = begin + static_cast<int>(record_size);
-        if (std::all_of(begin, end, [](std::uint8_t byte) { return byte == 0; }))
+        const std::span<const std::uint8_t> bytes{memory.bytes.get() + number * record_size,
+                                                  record_size};
+        if (std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte == 0; }))
             continue;
         text += "record ";
         add(text, number);
-        std::for_each(begin, end, [&](std::uint8_t byte) {
+        for (const std::uint8_t byte : bytes) {
             text += digits[byte >> 4];
             text += digits[byte & 0xF];
-        });
+        }
         text += '\n';
     }
 }
@@ -143,7 +142,7 @@ bool read_parts(Reader& reader, Instrument& instrument)
     for (Supply& supply : instrument.supplies)
         if (!reader.line("supply", supply.set, supply.output))
             return false;
-    instrument.memory = Memory{};
+    instrument.memory = {};
     for (;;) {
         const std::string_view word = reader.word();
         if (word == "end")
