@@ -210,7 +210,9 @@ void start()
     watch(SIGCONT, on_continue);
     for (const int signal_number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
         watch(signal_number, on_crash, true);
-    std::signal(SIGPIPE, SIG_IGN); // a closed pipe is told by the write
+    // A closed pipe and a file that reached its limit are told by the write.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     std::atexit(restore_terminal); // also when the device library ends the process
 }
 
