@@ -153,48 +153,6 @@ TEST(ConfigFiles, WhatCannotBeReadIsNotSent)
     }
 }
 
-/// Files may not grow beyond that many bytes, as if the disk were full.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit = {bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit before_ = {};
-};
-
-TEST(ConfigFiles, AFullDiskIsTold)
-{
-    const TemporaryFolder folder;
-    const std::string error = "Error writing the data file 'a.ini'\n";
-    for (const char* command : {"-xs", "-XS1", "-XS"}) {
-        for (const rlim_t size : {0U, 100U, 700U}) {
-            Trial trial;
-            make_set(trial, 1, "one", true);
-            make_set(trial, 3, "three", true);
-            {
-                const FullDisk disk{size};
-                trial.run(std::string{"3 "} + command + " a.ini -T");
-            }
-            const bool fits = size == 700;
-            const std::string saved =
-                std::string{command} == "-xs" ? "Current configuration" : "Configuration #1";
-            const bool fails = !fits || std::string{command} == "-XS";
-            EXPECT_EQ(trial.display(),
-                      (fits ? saved + " saved to data file 'a.ini'\n" : "") + (fails ? error : ""));
-        }
-    }
-}
-
 TEST(ConfigFiles, AnInterruptStopsBetweenTwoSets)
 {
     const TemporaryFolder folder;

@@ -25,8 +25,8 @@ inline std::string numbered_line(int number)
 class RandomSession
 {
 public:
-    /// `number` chooses one of the whole numbers from its first argument to its second.
-    explicit RandomSession(std::function<int(int, int)> number) : number_{std::move(number)}
+    /// `choose` gives one of the whole numbers from its first argument to its second.
+    explicit RandomSession(std::function<int(int, int)> choose) : number_{std::move(choose)}
     {
         reset_virtual_platform();
         resize();
