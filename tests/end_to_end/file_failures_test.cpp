@@ -11,8 +11,6 @@
 
 using testing::ContainsRegex;
 using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
 
 namespace
 {
@@ -91,7 +89,7 @@ class ReadingFails : public FileFailures
 {
 };
 
-TEST_P(WritingFails, OnAFullDiskOrAtAPlaceWithoutFiles)
+TEST_P(WritingFails, OnAFullDiskAndWhereNoFileCanBe)
 {
     const std::string file = GetParam().file;
     EXPECT_FALSE(fails_with(file));

@@ -138,9 +138,11 @@ std::vector<Command> commands_of(SwitchTable table)
             std::vector<std::string> values = attached_values(row.attached);
             if (same)
                 values = {values.back()};
-            for (const std::string& value : values)
-                commands.push_back({letters, '-' + letters + value + next_value(row, letters),
-                                    row.session == Session::required});
+            for (const std::string& value : values) {
+                std::string switches = "-";
+                switches.append(letters).append(value).append(next_value(row, letters));
+                commands.push_back({letters, switches, row.session == Session::required});
+            }
         }
     }
     return commands;
