@@ -325,8 +325,9 @@ void start()
     watch(SIGCONT, on_continue, SA_RESTART);
     for (const int signal_number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
         watch(signal_number, on_crash, 0, true);
-    std::signal(SIGPIPE, SIG_IGN); // a closed pipe is told by the write,
-    std::signal(SIGXFSZ, SIG_IGN); // a file that may not become longer, too
+    // A closed pipe and a file that reached its limit are told by the write.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     std::atexit(restore_terminal); // also when the device library ends the process
 }
 

@@ -144,7 +144,7 @@ std::span<std::uint8_t, config_size> current_config(Instrument& asked)
 
 std::span<const std::uint8_t, config_size> current_config(const Instrument& asked)
 {
-    return std::span<const std::uint8_t>(asked.memory.bytes).subspan<1, config_size>();
+    return std::span<const std::uint8_t, config_size>{asked.memory.bytes.get() + 1, config_size};
 }
 
 bool works(const Instrument& asked, unsigned unit)

@@ -3,9 +3,17 @@
 namespace simulator
 {
 
+ZeroedBytes zeroed_bytes(std::size_t count)
+{
+    void* const bytes = std::calloc(count, 1);
+    if (bytes == nullptr)
+        std::abort();
+    return ZeroedBytes{static_cast<std::uint8_t*>(bytes)};
+}
+
 Record record(Memory& memory, unsigned number)
 {
-    const std::span<std::uint8_t> bytes{memory.bytes.data() + number * record_size, record_size};
+    const std::span<std::uint8_t> bytes{memory.bytes.get() + number * record_size, record_size};
     return {bytes[0], bytes.subspan<1, config_size>(), bytes.subspan<1 + config_size, name_size>()};
 }
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -22,33 +23,16 @@ inline constexpr unsigned set_count = 1023;
 inline constexpr std::uint8_t set_active = 0x01;
 inline constexpr std::uint8_t set_valid = 0x02;
 
-/// Takes memory that is zero already and leaves it so: most of it is never touched.
-template <typename T>
-struct ZeroedMemory {
-    using value_type = T;
-    [[nodiscard]] T* allocate(std::size_t count)
-    {
-        void* const found = std::calloc(count, sizeof(T));
-        if (found == nullptr)
-            std::abort();
-        return static_cast<T*>(found);
-    }
-    void deallocate(T* given, std::size_t) { std::free(given); }
-    template <typename U>
-    void construct(U*) // as the memory is
-    {
-    }
-    template <typename U>
-    void construct(U* place, const U& value)
-    {
-        *place = value;
-    }
-    bool operator==(const ZeroedMemory&) const = default;
+struct Freed {
+    void operator()(std::uint8_t* bytes) const { std::free(bytes); }
 };
 
+/// As many zeros. The system gives such memory as it is touched, and most of it never is.
+using ZeroedBytes = std::unique_ptr<std::uint8_t[], Freed>;
+[[nodiscard]] ZeroedBytes zeroed_bytes(std::size_t count);
+
 struct Memory {
-    std::vector<std::uint8_t, ZeroedMemory<std::uint8_t>> bytes =
-        std::vector<std::uint8_t, ZeroedMemory<std::uint8_t>>(memory_size);
+    ZeroedBytes bytes = zeroed_bytes(memory_size);
     /// Bytes written by address that the controller has not taken over, and where there are any;
     /// both empty when there are none.
     std::vector<std::uint8_t> written;

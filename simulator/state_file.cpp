@@ -54,7 +54,7 @@ void add_memory(std::string& text, const Memory& memory)
     constexpr std::string_view digits = "0123456789ABCDEF";
     constexpr std::array<std::uint8_t, record_size> zeros{};
     for (unsigned number = 0; number * record_size < memory_size; ++number) {
-        const std::uint8_t* const begin = memory.bytes.data() + number * record_size;
+        const std::uint8_t* const begin = memory.bytes.get() + number * record_size;
         const std::uint8_t* const end = begin + record_size;
         if (std::equal(begin, end, zeros.begin()))
             continue;
@@ -155,7 +155,7 @@ bool read_parts(Reader& reader, Instrument& instrument)
     for (Supply& supply : instrument.supplies)
         if (!reader.line("supply", supply.set, supply.output))
             return false;
-    instrument.memory = Memory{};
+    instrument.memory = {};
     for (;;) {
         const std::string_view word = reader.word();
         if (word == "end")

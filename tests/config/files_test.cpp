@@ -4,7 +4,6 @@
 
 #include "config/file_format.h"
 #include "tests/config/config_trial.h"
-#include "tests/support/full_disk.h"
 
 namespace
 {
@@ -150,29 +149,6 @@ TEST(ConfigFiles, WhatCannotBeReadIsNotSent)
         Trial trial;
         trial.run(std::string{"3 "} + wrong);
         EXPECT_THAT(trial.display(), HasSubstr("Error parsing argument")) << wrong;
-    }
-}
-
-TEST(ConfigFiles, AFullDiskIsTold)
-{
-    const TemporaryFolder folder;
-    const std::string error = "Error writing the data file 'a.ini'\n";
-    for (const char* command : {"-xs", "-XS1", "-XS"}) {
-        for (const unsigned size : {0U, 100U, 700U}) {
-            Trial trial;
-            make_set(trial, 1, "one", true);
-            make_set(trial, 3, "three", true);
-            {
-                const FullDisk disk{size};
-                trial.run(std::string{"3 "} + command + " a.ini -T");
-            }
-            const bool fits = size == 700;
-            const std::string saved =
-                std::string{command} == "-xs" ? "Current configuration" : "Configuration #1";
-            const bool fails = !fits || std::string{command} == "-XS";
-            EXPECT_EQ(trial.display(),
-                      (fits ? saved + " saved to data file 'a.ini'\n" : "") + (fails ? error : ""));
-        }
     }
 }
 

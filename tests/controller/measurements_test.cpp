@@ -120,29 +120,6 @@ TEST(Housekeeping, ASingleReadingTouchesNothingAboveIt)
     EXPECT_THAT(trial.output(), HasSubstr("opened for the communication stream\r\n"));
 }
 
-TEST(Housekeeping, FailingAtTheFirstAndAtTheThirdCycle)
-{
-    Trial first;
-    first.instrument("fail GetHousekeeping at 1 text \"no answer\"");
-    first.run("3 -PK -pn -T");
-    EXPECT_THAT(first.display(),
-                HasSubstr("  Voltages:  24V:          5V0:         3V3:         Temperature "
-                          "CPU:           PSU:\n" +
-                          error_line("GetHousekeeping", "09:26:53.589", "no answer")));
-    EXPECT_THAT(first.display(), EndsWith("Product number: {W}240101{.}\n"));
-    EXPECT_TRUE(console.cursor_visible());
-
-    Trial third;
-    set_housekeeping(third);
-    third.instrument("latency 10");
-    third.instrument("fail GetHousekeeping at 3 text \"no answer\"");
-    third.run("3 -PK -T");
-    // The last good values stay.
-    EXPECT_THAT(third.display(), HasSubstr("Polling rate: {W}"));
-    EXPECT_THAT(third.display(), HasSubstr(housekeeping_values + "{M}2026/03/14, 09:26:53."));
-    EXPECT_TRUE(console.cursor_visible());
-}
-
 TEST(Cpu, OneReadingASecondOnAFixedGrid)
 {
     Trial once;

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <stdexcept>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace
@@ -75,4 +76,7 @@ void expect_terminal_restored(const PseudoTerminal& terminal)
     EXPECT_TRUE(terminal.screen.pen_is_neutral());
     EXPECT_TRUE(terminal.screen.cursor_visible());
     EXPECT_FALSE(terminal.screen.used_alternate_screen());
+    // It never limits what scrolls, nor how text wraps.
+    EXPECT_THAT(terminal.terminal_bytes(),
+                testing::Not(testing::ContainsRegex("\033\\[([0-9;]*r|[?]7l)")));
 }

@@ -23,7 +23,6 @@ struct WayOut {
     const char* name;
     const char* arguments;
     const char* keys;
-    int signal; ///< 0 = none
     int exit_status;
     const char* ending; ///< stands on the screen
 };
@@ -38,13 +37,10 @@ constexpr const char* completed = "Program completed";
 
 // clang-format off
 const WayOut ways[] = {
-    {"Esc", "3 -G -PK -T", "\033", 0, 0, completed},
-    {"Ctrl-C", then_type, "\003", 0, 128 + SIGINT, completed},
-    {"Ctrl-backslash", then_type, "\034", 0, 128 + SIGQUIT, completed},
-    {"SIGINT while it waits", "3 -G -PC -PE -T", "", SIGINT, 128 + SIGINT, completed},
-    {"SIGTERM", then_type, "", SIGTERM, 128 + SIGTERM, completed},
-    {"SIGHUP", then_type, "", SIGHUP, 128 + SIGHUP, completed},
-    {"bad command line", "3 -G -PK -PX -PE", "\033", 0, 255, "Error parsing argument #4: -PX"},
+    {"Esc", "3 -G -PK -T", "\033", 0, completed},
+    {"Ctrl-C", then_type, "\003", 128 + SIGINT, completed},
+    {"Ctrl-backslash", then_type, "\034", 128 + SIGQUIT, completed},
+    {"bad command line", "3 -G -PK -PX -PE", "\033", 255, "Error parsing argument #4: -PX"},
 };
 // clang-format on
 
@@ -57,13 +53,9 @@ TEST_P(WaysOut, LeaveTheTerminalAsItWas)
     const WayOut& way = GetParam();
     const ControllerRun run{way.arguments};
     PseudoTerminal terminal{run};
-    ASSERT_TRUE(terminal.wait_until([&] {
-        return terminal.screen.row_of("24.000V") != 0 || terminal.screen.row_of("12.5%") != 0;
-    }));
+    ASSERT_TRUE(terminal.shows("24.000V"));
     EXPECT_FALSE(terminal.screen.cursor_visible());
     terminal.type(way.keys);
-    if (way.signal != 0)
-        terminal.send_signal(way.signal);
     EXPECT_EQ(terminal.exit_status(), way.exit_status);
     EXPECT_THAT(terminal.screen.screen(), HasSubstr(way.ending));
     EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("Device type:")));
@@ -89,17 +81,127 @@ TEST(WayOut, SecondSignalEndsAtOnceWhateverTheLibraryDoes)
     expect_terminal_restored(terminal);
 }
 
-TEST(WayOut, ClosedTerminalClosesThePort)
+// ---- Whatever holds the screen or waits, and whatever comes in between ----
+
+struct Held {
+    const char* switches;
+    const char* shown;         ///< when it is there
+    const char* scenario = ""; ///< a further line
+};
+
+void PrintTo(const Held& held, std::ostream* stream)
 {
-    for (const char* arguments : {"3 -G -PK -T", "3 -G -PC -T"}) {
-        const ControllerRun run{arguments};
+    *stream << held.switches;
+}
+
+constexpr const char* quit = "press Esc to quit";
+
+const Held held[] = {
+    {"-PK", quit},
+    {"-PB", quit},
+    {"-PC", quit},
+    {"-PL", "Press Esc to quit"},
+    {"-S", quit},
+    {"-SI", quit},
+    {"-SN", quit},
+    {"-BS", quit},
+    {"-VK1", quit},
+    {"-VO1", quit},
+    {"-VD1", quit},
+    {"-VT1", quit},
+    {"-HK", quit},
+    {"-HM", quit},
+    {"-HI", quit},
+    {"-HS data", quit},
+    {"-@", quit},
+    {"-&1 5", quit},
+    {"-N", "polling rate"},
+    {"-y data", "Saving memory data", "block GetMemoryData for 5"},
+    {"-Y data", "Restore memory data? [y/n]:"},
+    {"-M", "be saved now?", "reply GetScannedModuleState.changed 1"},
+    {"-XD", "Delete all configurations [y/n]?"},
+    {"-XW", "Wiping out configuration #3", "block SetConfigData for 5"},
+    {"-R data", "press SPACE to abort", "uptime 5"},
+    {"-PI", "proceed anyway (Y/N)?", "reply GetDevType.type 1234h"},
+};
+
+class Interrupted : public testing::TestWithParam<Held>
+{
+protected:
+    struct Run : ControllerRun {
+        Run()
+            : ControllerRun{std::string{"3 -G "} + GetParam().switches + " -Z -T",
+                            std::string{GetParam().scenario} + '\n'}
+        {
+            size = {.columns = 140, .rows = 62};
+        }
+    };
+
+    /// Waits until the command is at work; says yes to what is asked before.
+    static bool is_at_work(PseudoTerminal& terminal)
+    {
+        return terminal.wait_until([&] {
+            if (terminal.screen.row_of(GetParam().shown) != 0)
+                return true;
+            if (terminal.screen.row_of("[y/n]?") != 0)
+                terminal.type("y");
+            return false;
+        });
+    }
+
+    static void expect_ended_by(int signal, PseudoTerminal& terminal, const ControllerRun& run)
+    {
+        EXPECT_EQ(terminal.exit_status(), 128 + signal);
+        EXPECT_TRUE(was_called(run, "Close"));
+        EXPECT_FALSE(was_called(run, "DevicePurge")) << "no later switch runs";
+        expect_terminal_restored(terminal);
+    }
+};
+
+TEST_P(Interrupted, BySignals)
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+        SCOPED_TRACE(signal);
+        const Run run;
         PseudoTerminal terminal{run};
-        ASSERT_TRUE(terminal.wait_until([&] { return !terminal.screen.cursor_visible(); }));
-        terminal.close_terminal();
-        EXPECT_EQ(terminal.exit_status(), 128 + SIGHUP) << arguments;
-        EXPECT_TRUE(was_called(run, "Close")) << arguments;
+        ASSERT_TRUE(is_at_work(terminal)) << terminal.screen.screen();
+        terminal.send_signal(signal);
+        expect_ended_by(signal, terminal, run);
     }
 }
+
+TEST_P(Interrupted, ByTheClosedTerminal)
+{
+    const Run run;
+    PseudoTerminal terminal{run};
+    ASSERT_TRUE(is_at_work(terminal)) << terminal.screen.screen();
+    terminal.close_terminal();
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGHUP);
+    EXPECT_TRUE(was_called(run, "Close"));
+}
+
+TEST_P(Interrupted, ByTheShellForAWhile)
+{
+    const Run run;
+    PseudoTerminal terminal{run};
+    ASSERT_TRUE(is_at_work(terminal)) << terminal.screen.screen();
+    const bool was_hidden = !terminal.screen.cursor_visible();
+    const bool was_raw = terminal.modes_are_raw();
+    terminal.type("\032");
+    ASSERT_TRUE(terminal.is_stopped());
+    ASSERT_TRUE(terminal.wait_until([&] { return terminal.screen.cursor_visible(); }));
+    expect_terminal_restored(terminal);
+    terminal.resize({.columns = 150, .rows = 65});
+    terminal.send_signal(SIGCONT);
+    EXPECT_TRUE(terminal.wait_until([&] {
+        return (!was_hidden || !terminal.screen.cursor_visible()) &&
+               (!was_raw || terminal.modes_are_raw());
+    }));
+    terminal.send_signal(SIGTERM);
+    expect_ended_by(SIGTERM, terminal, run);
+}
+
+INSTANTIATE_TEST_SUITE_P(, Interrupted, testing::ValuesIn(held));
 
 TEST(Suspended, HandsTheTerminalBackAndTakesItAgain)
 {

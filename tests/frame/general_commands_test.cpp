@@ -53,36 +53,6 @@ TEST(GeneralCommands, TheirLines)
     }
 }
 
-TEST(GeneralCommands, FailuresAreReportedAndEndTheCommand)
-{
-    const struct {
-        const char* arguments;
-        const char* function;
-        const char* before;
-    } cases[] = {
-        {"3 -$ -pn -T", "SetBaudRate", ""},
-        {"3 -z -pn -T", "GetBufferState", ""},
-        {"3 -Z -pn -T", "Purge", ""},
-        {"3 -Z -pn -T", "DevicePurge", ""},
-        {"3 -p# -pn -T", "Restart", "Restarting the controller, please wait...\n"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.function);
-        Trial trial;
-        trial.instrument("latency 0");
-        trial.instrument(std::string{"fail "} + c.function + " always text \"no answer\"");
-        trial.run(c.arguments);
-        const std::string display = trial.display();
-        EXPECT_THAT(display, testing::StartsWith(
-                                 c.before + error_line(c.function, "09:26:53.589", "no answer")));
-        EXPECT_THAT(display, testing::EndsWith("{.}\nProduct number: {W}240101{.}\n"));
-        const auto times =
-            std::count(trial.calls.begin(), trial.calls.end(),
-                       std::string{c.function} + (c.function[0] == 'S' ? "(230400)" : "()"));
-        EXPECT_EQ(times, 1) << "nothing is tried twice here";
-    }
-}
-
 TEST(GeneralCommands, ProgressLinesInDebugMode)
 {
     Trial trial;

@@ -135,18 +135,4 @@ TEST(LiveDisplay, HandsKeysAsTypedToTheCommand)
     EXPECT_THAT(trial.screen(), testing::HasSubstr("Error at COM_KOV_CTRL_SetEnable: "));
 }
 
-TEST(LiveDisplay, HidesTheCursorAndComesBackToAFreshLine)
-{
-    Trial trial;
-    trial.type(5, "\033");
-    Display display{.options = {.title = "Test", .continuous = true}};
-    display.run();
-    EXPECT_EQ(console.place(), (Place{2, 1}));
-    console.finish();
-    const std::size_t hidden = trial.output().find("\033[?25l");
-    const std::size_t shown = trial.output().rfind("\033[?25h");
-    EXPECT_LT(hidden, trial.output().find("Test"));
-    EXPECT_GT(shown, trial.output().find("Value"));
-}
-
 } // namespace

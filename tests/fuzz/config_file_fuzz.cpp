@@ -1,21 +1,12 @@
 // Any bytes as a configuration file and as an escaped name. The file is read in pieces, whose size
 // is the first byte, and every lookup is compared with a reader that starts at the beginning.
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-
 #include "config/file_format.h"
+#include "tests/fuzz/target.h"
 #include "tests/support/restarting_reader.h"
 
 namespace
 {
-
-void require(bool good)
-{
-    if (!good)
-        std::abort();
-}
 
 ConfigFileIndex index_of(std::string_view file, std::size_t piece)
 {
@@ -52,11 +43,11 @@ void check_record(const ConfigFileIndex& index, unsigned number)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size == 0)
         return 0;
-    const std::string_view file{reinterpret_cast<const char*>(data) + 1, size - 1};
+    const std::string_view file = as_text(data + 1, size - 1);
     const ConfigFileIndex index = index_of(file, data[0] + std::size_t{1});
     for (const unsigned number : {current_configuration, 1U, 2U, 1023U}) {
         check_lookup(index, file, number, name_key);

@@ -5,14 +5,13 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <random>
 #include <string>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+#include "tests/fuzz/target.h"
 
 namespace
 {
@@ -37,7 +36,7 @@ void change(std::string& input, std::mt19937& random)
         input.insert(below(input.size()), input.substr(at, below(200)));
         break;
     default:
-        input.insert(at, 1, "\r\n[]=;,\\x\0-.YN"[below(14)]);
+        input.insert(at, 1, "\r\n[]=;,\\x\0-.YN\033@*_ 0h"[below(21)]);
         break;
     }
     if (input.empty())

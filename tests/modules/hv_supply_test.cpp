@@ -62,35 +62,9 @@ TEST(HvSupply, TargetAndRanges)
     }
 }
 
-TEST(HvSupply, WhoIsAskedTwice)
+TEST(OutputData, AReportStandsBelowTheDisplay)
 {
-    const struct {
-        const char* command;
-        const char* function;
-        bool twice;
-    } cases[] = {
-        {"-vv1", "GetHVsupplyTargetOutputVoltage", true},
-        {"-VV1 5", "SetHVsupplyTargetOutputVoltage", true},
-        {"-vg1", "GetHVsupplyMeasRanges", false},
-        {"-VG1yy", "SetHVsupplyMeasRanges", false},
-        {"-vo1", "GetModuleDataReadyFlags", false},
-        {"-vo1", "GetHVsupplyOutputVoltage", false},
-        {"-vo1", "GetHVsupplyOutputCurrent", false},
-        {"-vd1", "GetHVsupplyTargetOutputVoltage", false},
-        {"-vd1", "GetHVsupplyParamsPWM", false},
-        {"-vd1", "GetHVsupplyOutputCurrent", false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string{c.command} + ' ' + c.function);
-        Trial trial;
-        set_output(trial, "1", "1");
-        trial.instrument(std::string{"fail "} + c.function + " at 1");
-        trial.run(std::string{"3 -q "} + c.command + " -T");
-        const bool failed = trial.display().find(std::string{"Error at COM_KOV_CTRL_"} +
-                                                 c.function) != std::string::npos;
-        EXPECT_EQ(failed, !c.twice);
-    }
-    Trial below; // a report stands below the display, whichever call it is about
+    Trial below;
     below.instrument("fail GetHVsupplyTargetOutputVoltage at 1");
     below.run("3 -q -vd1 -T");
     EXPECT_THAT(below.display(), HasSubstr("Active:\n{M}2026"));

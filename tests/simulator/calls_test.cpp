@@ -94,15 +94,6 @@ TEST_F(CallTest, AnswersAndBlockedCallsTakeTheirTime)
     EXPECT_EQ(virtual_time::now_us(), 1'507'500);
 }
 
-TEST_F(CallTest, RepliesComeInOrderAndTheLastOneStays)
-{
-    apply("reply GetState.state 10h 0x11 18");
-    for (const int state : {0x10, 0x11, 18, 18})
-        EXPECT_EQ(got(COM_KOV_CTRL_GetState), state);
-    apply("reply GetState.state never");
-    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 1);
-}
-
 TEST_F(CallTest, RepliesReachElementsAddressesAndRealNumbers)
 {
     apply("reply GetModulePresence.flags[2] 7");
@@ -137,18 +128,6 @@ TEST_F(CallTest, TextsNeverLeaveTheirBuffer)
     for (int i = 0; i < 28; ++i)
         full += "xyz";
     EXPECT_EQ(std::string(buffer.data(), 86), full + "??");
-}
-
-TEST_F(CallTest, ReturnedTextsAndTheVersionCanBeForced)
-{
-    apply("reply GetErrorMessage.text \"first\" null");
-    apply("reply GetIOStateMessage.text@3 \"three\"");
-    apply("reply GetSWVersion.version 0063h");
-    EXPECT_STREQ(COM_KOV_CTRL_GetErrorMessage(), "first");
-    EXPECT_EQ(COM_KOV_CTRL_GetErrorMessage(), nullptr);
-    EXPECT_STREQ(COM_KOV_CTRL_GetIOStateMessage(3), "three");
-    EXPECT_STREQ(COM_KOV_CTRL_GetIOStateMessage(4), "time-out");
-    EXPECT_EQ(COM_KOV_CTRL_GetSWVersion(), 0x63);
 }
 
 TEST_F(CallTest, TraceHasOneReadableLineACall)

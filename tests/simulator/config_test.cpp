@@ -96,39 +96,11 @@ TEST_F(ConfigTest, SetsAreSavedMarkedNamedAndLoaded)
     EXPECT_NE(COM_KOV_CTRL_SaveCurrentConfig(1023), 0);
 }
 
-TEST_F(ConfigTest, NameMayFillItsField)
-{
-    const std::string full(250, 'n');
-    char name[204];
-    std::memset(name, '?', sizeof name);
-    ASSERT_EQ(COM_KOV_CTRL_SetConfigName(0, full.c_str()), 0);
-    ASSERT_EQ(COM_KOV_CTRL_GetConfigName(0, name), 0);
-    EXPECT_EQ(std::string(name, 204), full.substr(0, 202) + "??");
-    ASSERT_EQ(COM_KOV_CTRL_SetConfigName(0, "short"), 0);
-    ASSERT_EQ(COM_KOV_CTRL_GetConfigName(0, name), 0);
-    EXPECT_EQ(std::string(name, 202), "short" + std::string(197, '\0'));
-}
-
 std::vector<std::uint8_t> memory_at(std::uint32_t start, std::uint32_t count)
 {
     std::vector<std::uint8_t> bytes(count);
     EXPECT_EQ(COM_KOV_CTRL_GetMemoryData(start, count, bytes.data()), 0);
     return bytes;
-}
-
-TEST_F(ConfigTest, SetsAndSettingsStandInTheMemoryImage)
-{
-    COM_KOV_CTRL_SetEnable(1);
-    COM_KOV_CTRL_SaveCurrentConfig(2);
-    COM_KOV_CTRL_SetConfigName(2, "third");
-    const ConfigRecord config = current();
-    const std::vector<std::uint8_t> settings = memory_at(0, 256);
-    const std::vector<std::uint8_t> set = memory_at(3 * 256, 256);
-    EXPECT_TRUE(std::equal(config.bytes, config.bytes + 53, settings.begin() + 1));
-    EXPECT_TRUE(std::equal(config.bytes, config.bytes + 53, set.begin() + 1));
-    EXPECT_EQ(std::string(set.begin() + 54, set.begin() + 59), "third");
-    EXPECT_NE(set[0], 0);
-    EXPECT_EQ(memory_at(4 * 256, 1)[0], 0);
 }
 
 TEST_F(ConfigTest, WrittenMemoryActsWhenItIsTakenOver)
@@ -149,32 +121,6 @@ TEST_F(ConfigTest, WrittenMemoryActsWhenItIsTakenOver)
     ASSERT_EQ(COM_KOV_CTRL_SetMemoryData(0, 256, settings.data()), 0);
     ASSERT_EQ(COM_KOV_CTRL_Restart(), 0); // forgets what was not taken over
     EXPECT_EQ(memory_at(1, 1)[0], 1);
-}
-
-TEST_F(ConfigTest, ImageOfWholeBlocksCanBeReadAndWrittenBack)
-{
-    COM_KOV_CTRL_SetEnable(1);
-    COM_KOV_CTRL_SaveCurrentConfig(1022);
-    std::vector<std::uint8_t> image;
-    for (std::uint32_t start = 0; start < 0x40000; start += 224) {
-        const std::vector<std::uint8_t> block = memory_at(start, 224);
-        image.insert(image.end(), block.begin(), block.end());
-    }
-    ASSERT_EQ(image.size(), 0x400A0U);
-    EXPECT_EQ(std::count(image.begin() + 0x40000, image.end(), 0xFF), 0xA0);
-    COM_KOV_CTRL_SetEnable(0);
-    COM_KOV_CTRL_SetConfigFlags(1022, 0, 0);
-    for (std::uint32_t start = 0; start < 0x40000; start += 224)
-        ASSERT_EQ(COM_KOV_CTRL_SetMemoryData(start, 224, &image[start]), 0);
-    ASSERT_EQ(COM_KOV_CTRL_UpdateMemoryData(), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
-    EXPECT_EQ(memory_at(0, 256), std::vector<std::uint8_t>(image.begin(), image.begin() + 256));
-    EXPECT_EQ(
-        memory_at(1023 * 256, 54),
-        std::vector<std::uint8_t>(image.begin() + 1023 * 256, image.begin() + 1023 * 256 + 54));
-    std::uint8_t byte = 0;
-    EXPECT_NE(COM_KOV_CTRL_GetMemoryData(0x400A0, 1, &byte), 0);
-    EXPECT_NE(COM_KOV_CTRL_SetMemoryData(0xFFFF'FFFF, 1, &byte), 0);
 }
 
 } // namespace

@@ -120,25 +120,6 @@ TEST_F(MeasurementTest, UnreadMeasurementOverflowsAndAReadingTakesBoth)
     }
 }
 
-TEST_F(MeasurementTest, UnitsHaveTheKindsOfTheirType)
-{
-    wait_seconds(2);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetDataReadyFlags), 0x0F);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleDataReadyFlags, 0), 0x0F);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleDataReadyFlags, 1), 0xFC);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleDataReadyFlags, 128), 0x0C);
-}
-
-TEST_F(MeasurementTest, RatesCanBeChanged)
-{
-    apply("period.voltage 2000");
-    read_voltage();
-    wait_seconds(1.99);
-    EXPECT_FALSE(read_voltage());
-    wait_seconds(0.02);
-    EXPECT_TRUE(read_voltage());
-}
-
 TEST_F(MeasurementTest, NoiseMovesALittleAndRepeats)
 {
     const auto series = [] {

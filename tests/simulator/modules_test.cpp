@@ -58,21 +58,6 @@ TEST_F(ModuleTest, ChangedModulesHaveToBeSaved)
     EXPECT_EQ(got(COM_KOV_CTRL_GetState), 0);
 }
 
-TEST_F(ModuleTest, BuffersArePurgedWhereTheyCanBe)
-{
-    apply("slot1.buffer_empty off");
-    apply("slot2.buffer_empty off");
-    apply("slot2.purges off");
-    apply("buffer_empty off");
-    EXPECT_EQ(got(COM_KOV_CTRL_ModulePurge, 1), 1);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleBufferState, 1), 1);
-    EXPECT_EQ(got(COM_KOV_CTRL_ModulePurge, 2), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleBufferState, 2), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetBufferState), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_DevicePurge), 1);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetBufferState), 1);
-}
-
 TEST_F(ModuleTest, RestartConcernsOneModule)
 {
     wait_seconds(500);

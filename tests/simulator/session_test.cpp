@@ -136,18 +136,6 @@ TEST_F(SessionTest, BurstOfChangesWaitsForTheDiskNowAndThen)
     EXPECT_EQ(computer.durable_writes - durable, 3U); // the last one in any case
 }
 
-TEST_F(SessionTest, EachPortHasItsInstrument)
-{
-    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
-    ASSERT_EQ(COM_KOV_CTRL_SetEnable(1), 0);
-    COM_KOV_CTRL_Close();
-    ASSERT_EQ(COM_KOV_CTRL_Open(4), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 0);
-    COM_KOV_CTRL_Close();
-    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
-}
-
 TEST_F(SessionTest, RestartKeepsTheSettingsAndOperationTimeRunsWhileTheDeviceIsOn)
 {
     ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);

@@ -30,16 +30,6 @@ std::string led()
     return std::string(red != 0 ? "R" : "") + (green != 0 ? "G" : "") + (blue != 0 ? "B" : "");
 }
 
-TEST_F(StatusTest, NewInstrumentStandsByAndTurnsOn)
-{
-    EXPECT_EQ(words(), (Words{0x0001, 0x00, 0x37, 0x00}));
-    EXPECT_EQ(led(), "B");
-    COM_KOV_CTRL_SetEnable(1);
-    EXPECT_EQ(words(), (Words{0x0000, 0x00, 0x37, 0x00}));
-    EXPECT_EQ(led(), "G");
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 1), 0x8000);
-}
-
 TEST_F(StatusTest, EveryCauseShowsInAllItsWords)
 {
     struct {

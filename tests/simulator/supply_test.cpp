@@ -142,18 +142,6 @@ TEST_F(SupplyTest, RangesNeedAWhileToSettle)
     EXPECT_NEAR(current(2), 200e-9, 1e-12);
 }
 
-TEST_F(SupplyTest, ReadingBeyondAllBoundsComesByScenario)
-{
-    apply("slot2.voltage 12000");
-    apply("slot2.current nan");
-    EXPECT_TRUE(std::isnan(current(2)));
-    wait_seconds(1);
-    EXPECT_EQ(voltage(2), 12000);
-    apply("slot2.voltage auto");
-    wait_seconds(1);
-    EXPECT_EQ(voltage(2), 0);
-}
-
 TEST_F(SupplyTest, RangeAndPolarityComeFromTheHardwareType)
 {
     apply("slot2.hardware_type 050A8064h"); // 100 V, bipolar

@@ -1,0 +1,60 @@
+// Any text as a command line, one argument a line, with all switches but none of their routines:
+// what these get has to be in its range.
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "frame/command_line.h"
+#include "frame/console.h"
+#include "frame/entry.h"
+#include "frame/keys.h"
+#include "frame/numbers.h"
+#include "frame/program.h"
+#include "simulator/simulator.h"
+#include "tests/fuzz/target.h"
+#include "tests/support/virtual_platform.h"
+
+namespace
+{
+
+void check(const Given& given)
+{
+    require(given.address <= highest_slot || given.address == base_unit ||
+            given.address == all_modules);
+    require(std::isfinite(given.real));
+    require(given.text == nullptr || std::string_view{given.text}.find('\n') == std::string::npos);
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    std::vector<std::vector<Switch>> rows;
+    std::vector<SwitchTable> tables;
+    for (const SwitchTable table : all_switch_tables()) {
+        for (Switch& row : rows.emplace_back(table.begin(), table.end()))
+            row.routine = check;
+    }
+    tables.assign(rows.begin(), rows.end());
+    std::vector<std::string> arguments = {"KOV-Controller"};
+    for (std::string_view text = as_text(data, size); !text.empty();) {
+        const std::size_t length = std::min(text.find('\n'), text.size());
+        arguments.emplace_back(text.substr(0, length));
+        text.remove_prefix(std::min(length + 1, text.size()));
+    }
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments)
+        pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    reset_virtual_platform();
+    simulator::reset_for_test();
+    program = {};
+    console.start();
+    start_keys();
+    const int count = static_cast<int>(arguments.size());
+    const CommandLineResult result = run_command_line({pointers.data(), arguments.size()}, tables);
+    require(result.good || (result.position >= 1 && result.position <= count));
+    return 0;
+}

@@ -1,0 +1,27 @@
+// Any bytes from a terminal; FFh stands for a pause.
+
+#include "frame/key_decoder.h"
+#include "tests/fuzz/target.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    KeyDecoder decoder;
+    for (std::size_t i = 0; i < size; ++i) {
+        if (data[i] == 0xFF) {
+            decoder.expire();
+            require(!decoder.is_open());
+        } else {
+            decoder.feed(data[i]);
+        }
+        require(decoder.keys.size() <= i + 1); // a byte is a key at most
+    }
+    decoder.expire();
+    require(!decoder.is_open());
+    for (const int key : decoder.keys)
+        require(key >= 0 && key < 512);
+    // Whatever came before, then a letter is that letter.
+    decoder.keys.clear();
+    decoder.feed('a');
+    require(decoder.keys.size() == 1 && decoder.keys.front() == 'a');
+    return 0;
+}

@@ -1,0 +1,320 @@
+// Every switch of the tables with each of its library calls failing in turn: once, and twice in a
+// row. However bad the device is, the user reads which function failed, the cursor comes back, the
+// rest of the command line is carried out, and the port is closed once.
+#include <algorithm>
+#include <cctype>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "frame/console.h"
+#include "frame/entry.h"
+#include "simulator/functions.h"
+#include "simulator/simulator.h"
+#include "tests/config/config_trial.h"
+#include "tests/support/trial.h"
+
+namespace
+{
+
+struct Call {
+    std::string name, inputs;
+    bool failed;
+    bool cursor_visible;
+};
+
+struct Outcome {
+    std::vector<Call> calls; ///< those that can fail
+    std::string screen, output;
+    int exit_status = 0;
+    bool cursor_came_back = false;
+
+    [[nodiscard]] bool shows(const std::string& text) const
+    {
+        return screen.find(text) != std::string::npos || output.find(text) != std::string::npos;
+    }
+};
+
+Outcome outcome_of(const std::string& switches, const std::vector<std::size_t>& failing = {})
+{
+    Trial trial;
+    // Of the HV-supplies only one is there, and measurements come fast: the acceptance test is
+    // short.
+    for (const char* line :
+         {"uptime 100", "latency 1", "period.housekeeping 10", "period.fan 10",
+          "period.monitoring 10", "period.voltage 10", "period.current 10",
+          "reply GetModulePresence.flags[2] 0", "reply GetModulePresence.flags[3] 0",
+          "reply GetModuleHwType.type@1 051C800Ah"})
+        trial.instrument(line);
+    make_set(trial, 5, "active", true);
+    make_set(trial, 7, "deleted", false);
+    trial.pipe_in("yyyyyyyyyy"); // answers all questions; for displays so many cycles, then Esc
+    for (const std::size_t number : failing)
+        trial.instrument("fail * at " + std::to_string(number));
+    Outcome outcome;
+    simulator::observe_calls([&outcome](const simulator::CallRecord& call) {
+        const auto& function = simulator::functions[simulator::find_function(call.function)];
+        if (function.returns == simulator::Returns::status)
+            outcome.calls.push_back({std::string{function.name()}, call.inputs, call.status != 0,
+                                     console.cursor_visible()});
+    });
+    trial.run("3 " + switches + " -pn -T");
+    outcome.screen = trial.screen();
+    outcome.output = trial.output();
+    outcome.cursor_came_back = // shown after it was hidden for the last time
+        outcome.output.rfind("\033[?25h") + 1 >= outcome.output.rfind("\033[?25l") + 1;
+    outcome.exit_status = trial.exit_status;
+    return outcome;
+}
+
+// ---- The command lines ----
+
+/// A switch as typed, with its values.
+struct Command {
+    std::string letters;
+    std::string switches;
+    bool needs_session;
+};
+
+std::vector<std::string> attached_values(Attached kind)
+{
+    switch (kind) {
+    case Attached::nothing:
+        return {""};
+    case Attached::optional_number:
+        return {"", "9600"};
+    case Attached::optional_count:
+        return {"5"};
+    case Attached::address:
+        return {"0", "1", "_", "*"};
+    case Attached::hv_address:
+        return {"1"};
+    case Attached::hv_address_with_optional_ranges:
+        return {"1", "1YN"};
+    case Attached::real:
+        return {"12.5"};
+    case Attached::set_number:
+        return {"5"};
+    case Attached::optional_set_number:
+        return {"", "5", "7"};
+    }
+    return {};
+}
+
+std::string next_value(const Switch& row, const std::string& letters)
+{
+    static const std::map<std::string, std::string> files_to_read = {
+        {"XL", "sets.ini"}, {"xl", "current.ini"}, {"Y", "memory.txt"}};
+    const auto to_read = files_to_read.find(letters);
+    switch (row.next) {
+    case Next::nothing:
+        return "";
+    case Next::yes_no:
+        return " y";
+    case Next::text:
+        return to_read != files_to_read.end() ? ' ' + to_read->second : " out.txt";
+    default:
+        return " 5";
+    }
+}
+
+std::vector<Command> commands_of(SwitchTable table)
+{
+    std::vector<Command> commands;
+    for (const Switch& row : table) {
+        if (row.session == Session::none)
+            continue;
+        for (const bool capital : {true, false}) {
+            std::string letters = row.letters;
+            for (char& c : letters)
+                c = static_cast<char>(capital ? c : std::tolower(static_cast<unsigned char>(c)));
+            const bool same = !capital && row.form == Form::either; // perhaps not continuous
+            if (row.form == (capital ? Form::lower : Form::capital) ||
+                (same && (letters == row.letters || row.session == Session::required)))
+                continue;
+            std::vector<std::string> values = attached_values(row.attached);
+            if (same)
+                values = {values.back()};
+            for (const std::string& value : values) {
+                std::string switches = "-";
+                switches.append(letters).append(value).append(next_value(row, letters));
+                commands.push_back({letters, switches, row.session == Session::required});
+            }
+        }
+    }
+    return commands;
+}
+
+// ---- What is expected ----
+
+/// Calls to a module are repeated once when they fail, others are not; but the first row that fits
+/// decides. Switches are told by how they begin, functions by a part of their names.
+bool is_repeated(const Command& command, const std::string& function)
+{
+    constexpr struct {
+        const char* switches;
+        const char* function;
+        bool repeated;
+    } exceptions[] = {
+        {"R", "", false},
+        {"N", "ModulePresence", true},
+        {"N", "InterlockEnable", true},
+        {"N", "", false},
+        {"SI", "GetInterlockState", true},
+        {"&", "", false},
+        {"BS", "GetModuleState", false},
+        {"MS_", "GetModuleState", false},
+        {"B", "GetModuleState", false},
+        {"", "InterlockEnable", false}, // these are the controller's
+        {"", "RescanModules", true},
+        {"", "RescanModule", false},
+        {"", "MeasRanges", false},
+        {"", "GetHVsupplyOutput", false},
+        {"VT", "GetHVsupplyParamsPWM", true},
+        {"VD", "GetHVsupply", false},
+        {"VO", "ModuleDataReadyFlags", false},
+        {"VT", "GetHVsupplyTargetOutputVoltage", false},
+        {"", "HeatCtrlMonitoring", false}, // live displays
+        {"VK", "GetHVsupplyHousekeeping", false},
+        {"HK", "GetHeatCtrlHousekeeping", false},
+    };
+    std::string switches = command.switches.substr(1);
+    for (char& c : switches)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    const auto has = [&function](const char* part) {
+        return function.find(part) != std::string::npos;
+    };
+    for (const auto& row : exceptions) {
+        if (switches.starts_with(row.switches) && has(row.function))
+            return row.repeated;
+    }
+    return has("Module") || has("HeatCtrl") || has("HVsupply") || has("Base");
+}
+
+/// The function that the report names; some commands name another one than the one that failed.
+std::string reported_function(const Command& command, const std::string& function)
+{
+    const auto is = [&command](const char* switches) { return command.switches == switches; };
+    if (function == "GetModuleManufDate" && command.letters != "R" && command.letters != "r" &&
+        !is("-MM*") && !is("-mm*"))
+        return "KOV_CTRL_GetModuleProductNo";
+    if (function == "GetHVsupplyHousekeeping" && (is("-MK*") || is("-mk*")))
+        return "KOV_CTRL_GetModuleHousekeeping";
+    if (function == "GetConfigName" && (command.letters == "XW" || command.letters == "xw"))
+        return "ZELOP7UK_GetConfigName";
+    return "KOV_CTRL_" + function;
+}
+
+/// What fails without a report: commands that do not need it, and those that try again later.
+bool is_silent(const Command& command, const std::string& function)
+{
+    return function == "Close" || function == "CloseDebugFile" || function == "ModulePurge" ||
+           command.letters == "HS" || command.letters == "hs";
+}
+
+/// The numbers of the calls to fail: all of a short run; of a longer one of each kind the first two
+/// and the last, or the first only.
+std::vector<std::size_t> calls_to_fail(const Outcome& good)
+{
+    const std::size_t count = good.calls.size();
+    std::map<std::string, std::vector<std::size_t>> by_kind;
+    for (std::size_t i = 0; i < count; ++i)
+        by_kind[good.calls[i].name].push_back(i + 1);
+    std::vector<std::size_t> chosen;
+    for (const auto& [name, numbers] : by_kind) {
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            if (count <= 40 || i == 0 || (count <= 4000 && (i == 1 || i + 1 == numbers.size())))
+                chosen.push_back(numbers[i]);
+        }
+    }
+    return chosen;
+}
+
+/// What a command on configurations says when it has done its work; "" when a line tells less.
+std::string success_line(const Command& command, const Outcome& good)
+{
+    const std::size_t end = good.screen.find("\nProduct number: ");
+    const std::size_t begin = good.screen.rfind('\n', end - 1) + 1;
+    const bool for_each_set = good.screen[begin] == ' ' || command.switches.starts_with("-XS ") ||
+                              command.switches.starts_with("-XL ");
+    const bool of_sets = std::toupper(command.letters[0]) == 'X' && !for_each_set;
+    return of_sets ? good.screen.substr(begin, end - begin) : "";
+}
+
+void check(const Command& command, const std::string& success, std::size_t number, bool twice)
+{
+    std::vector<std::size_t> failing = {number};
+    if (twice)
+        failing.push_back(number + 1);
+    const Outcome run = outcome_of(command.switches, failing);
+    ASSERT_GE(run.calls.size(), number);
+    const Call& failed = run.calls[number - 1];
+    ASSERT_TRUE(failed.failed);
+    SCOPED_TRACE(command.switches + ": " + failed.name + (twice ? " and the next" : ""));
+
+    const auto called = [&run](const char* function, bool with_success) {
+        return std::count_if(run.calls.begin(), run.calls.end(), [&](const Call& call) {
+            return call.name == function && !(with_success && call.failed);
+        });
+    };
+    const bool has_session = called("GetDevType", true) > 0;
+    const bool wrong = !has_session && command.needs_session; // ends without closing the port
+    EXPECT_EQ(run.exit_status, wrong ? -1 : 0);
+    EXPECT_EQ(called("Close", false), called("Open", true) > 0 && !wrong ? 1 : 0);
+    EXPECT_TRUE(run.cursor_came_back);
+
+    // The switch behind it; reports make calls, too.
+    const auto last = std::find_if(run.calls.rbegin(), run.calls.rend(), [](const Call& call) {
+        return !call.name.starts_with("Close") && call.name != "GetCommError" &&
+               call.name != "GetIOState";
+    });
+    EXPECT_EQ(last->name == "GetProductNo", has_session);
+    // A failed state of the base unit leaves the cursor hidden until the program's end.
+    const bool stays_hidden = failed.name == "GetModuleState" && failed.inputs == "128";
+    EXPECT_TRUE(!has_session || last->cursor_visible || stays_hidden);
+
+    if (is_silent(command, failed.name))
+        return;
+    EXPECT_TRUE(success.empty() || failed.name == "GetProductNo" || !run.shows(success));
+    const bool repeated = is_repeated(command, failed.name);
+    if (repeated) {
+        EXPECT_EQ(run.calls[number].name, failed.name);
+        EXPECT_EQ(run.calls[number].inputs, failed.inputs);
+    }
+    EXPECT_EQ(run.shows("rror at COM_" + reported_function(command, failed.name) + ": "),
+              !repeated || twice);
+}
+
+class FailingCalls : public testing::TestWithParam<std::size_t>
+{
+};
+
+TEST_P(FailingCalls, AreReportedAndTheProgramGoesOn)
+{
+    const TemporaryFolder folder;
+    {
+        Trial trial;
+        make_set(trial, 5, "active", true);
+        trial.run("3 -xs current.ini -XS sets.ini -y memory.txt -T");
+    }
+    std::size_t commands = 0;
+    for (const Command& command : commands_of(all_switch_tables()[GetParam()])) {
+        const Outcome good = outcome_of(command.switches);
+        EXPECT_FALSE(good.shows("rror at")) << command.switches;
+        const std::string success = success_line(command, good);
+        for (const std::size_t number : calls_to_fail(good)) {
+            check(command, success, number, false);
+            check(command, success, number, true);
+        }
+        ++commands;
+    }
+    EXPECT_GT(commands, 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(OfTable, FailingCalls,
+                         testing::Range(std::size_t{0}, all_switch_tables().size()));
+
+} // namespace
