@@ -10,9 +10,7 @@
 namespace
 {
 
-using testing::EndsWith;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 constexpr int lines = 262'304;
 constexpr int lines_of_memory = 0x40000;

@@ -10,7 +10,6 @@ namespace
 {
 
 using testing::EndsWith;
-using testing::HasSubstr;
 using testing::StartsWith;
 
 const std::string heading = "Housekeeping and monitoring data of:\theat-controller\n"

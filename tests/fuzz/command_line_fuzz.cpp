@@ -45,6 +45,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
         text.remove_prefix(std::min(length + 1, text.size()));
     }
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);

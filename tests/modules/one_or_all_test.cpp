@@ -9,7 +9,6 @@ namespace
 {
 
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 /// A slot that is not there between two that are.
