@@ -160,8 +160,7 @@ bool run_switch(std::span<char* const> arguments, std::span<const SwitchTable> t
     }
     if (row->session != Session::none && !open_session())
         return row->session == Session::wanted;
-    if (row->routine != not_yet_there)
-        row->routine(given);
+    row->routine(given);
     return true;
 }
 

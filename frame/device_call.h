@@ -132,8 +132,8 @@ template <class Function, class... Arguments>
     return succeeded(attempt(lib, arguments...));
 }
 
-/// As call(), but a call that fails is made once more: the rule for commands that read or set one thing of a
-/// module.
+/// As call(), but a call that fails is made once more: the rule for commands that read or set one
+/// thing of a module.
 template <class Function, class... Arguments>
 [[nodiscard]] bool call_twice(LibraryFunction<Function> lib, Arguments... arguments)
 {

@@ -72,11 +72,8 @@ struct Switch {
     Attached attached;
     Next next;
     Session session;
-    Routine routine; ///< null = recognised, but there is no command behind it yet
+    Routine routine;
     SecondLetter second = SecondLetter::any_case;
 };
 
 using SwitchTable = std::span<const Switch>;
-
-/// A row's routine as long as nobody has written it.
-inline constexpr Routine not_yet_there = nullptr;

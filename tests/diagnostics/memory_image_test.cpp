@@ -118,13 +118,16 @@ TEST(MemoryImage, Failures)
         const char* function;
         std::ptrdiff_t calls;
     } cases[] = {
-        {"-y", "fail GetMemoryData at 3",  "Getting memory data, address: 001C0h\n{M}2026", "GetMemoryData", 3},
-        {"-Y", "fail SetMemoryData at 3",  "Setting memory data, address: 001C0h\n{M}2026", "SetMemoryData", 3},
-        {"-Y", "fail UpdateMemoryData always", "(size=40000h):\n{M}2026",
-         "SetMemoryData", 1171},
-        {"-y", "block GetMemoryData for 100",  "\nSaving memory data stopped at address: 00380h, {Y}interrupted{.}\n", "GetMemoryData",
+        {"-y", "fail GetMemoryData at 3", "Getting memory data, address: 001C0h\n{M}2026",
+         "GetMemoryData", 3},
+        {"-Y", "fail SetMemoryData at 3", "Setting memory data, address: 001C0h\n{M}2026",
+         "SetMemoryData", 3},
+        {"-Y", "fail UpdateMemoryData always", "(size=40000h):\n{M}2026", "SetMemoryData", 1171},
+        {"-y", "block GetMemoryData for 100",
+         "\nSaving memory data stopped at address: 00380h, {Y}interrupted{.}\n", "GetMemoryData",
          4},
-        {"-Y", "block SetMemoryData for 100",  "\nLoading memory data stopped at address: 00380h, {Y}interrupted{.}\n", "SetMemoryData",
+        {"-Y", "block SetMemoryData for 100",
+         "\nLoading memory data stopped at address: 00380h, {Y}interrupted{.}\n", "SetMemoryData",
          4},
     };
     for (const auto& c : cases) {

@@ -82,8 +82,7 @@ void pass_on_to_job(int number)
     tcsetpgrp(STDERR_FILENO, getpid());
     // Whoever runs the tests may ignore signals; an ordinary shell's child does not.
     for (const int number :
-         {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGXFSZ, SIGTSTP, SIGTTIN, SIGTTOU,
-          SIGCONT})
+         {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGXFSZ, SIGTSTP, SIGTTIN, SIGTTOU, SIGCONT})
         signal(number, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);
