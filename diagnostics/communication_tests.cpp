@@ -80,9 +80,9 @@ Fields print_header(const Test& test)
     console.print(Color::value, "%u", test.longest);
     console.print(" bytes (");
     console.print(Color::value, "%u", test.longest + frame_bytes);
-    console.print(" bytes total), press ");
-    console.print(Color::value, "Esc");
-    console.print(" to quit: ");
+    console.print(" bytes total)");
+    print_how_to_quit();
+    console.print(": ");
     fields.key = console.place();
     console.print("\r\n  Test started on  ");
     console.print(Color::value, "%s", timestamp().c_str());

@@ -19,26 +19,23 @@ void print_value(const std::string& text)
 }
 
 /// The name of a device type. In the list of all, only its own type is expected of the base unit.
-Word type_word(const Module& module, std::uint16_t type)
+Word type_word(const Module& module, std::uint16_t code)
 {
-    if (type == module_type::base_unit)
-        return {"KOVCT-BASE", Color::value};
+    const ModuleType* type = find_module_type(code);
     const bool is_listed_base = module.in_list && module.address == base_unit;
-    if (type == module_type::heat_controller && !is_listed_base)
-        return {"HTCTRL", Color::value};
-    if (type == module_type::hv_supply && !is_listed_base)
-        return {"HVPS", Color::value};
-    return {"unknown", Color::bad};
+    if (type == nullptr || (is_listed_base && code != module_type::base_unit))
+        return {"unknown", Color::bad};
+    return {type->name, Color::value};
 }
 
 /// What stands in the brackets behind a hardware type: the module must fit its place.
 void print_decoded(unsigned address, std::uint16_t type, std::uint32_t word)
 {
-    if (address == heat_controller && type == module_type::heat_controller) {
-        console.print(Color::value, "HTCTRL");
-    } else if (address != heat_controller && address <= highest_slot &&
-               type == module_type::hv_supply) {
-        console.print(Color::value, "HVPS");
+    const bool is_heater = address == heat_controller && type == module_type::heat_controller;
+    const bool is_supply =
+        address != heat_controller && address <= highest_slot && type == module_type::hv_supply;
+    if (is_heater || is_supply) {
+        console.print(Color::value, "%s", find_module_type(type)->name);
     } else if (address == base_unit && type == module_type::base_unit) {
         print_value(base_unit_hardware::type_name_with_fans(word));
         console.print(", ");

@@ -12,18 +12,10 @@ namespace
 
 // ---- Listing ----
 
-Word listed_type(std::uint16_t type)
+Word listed_type(std::uint16_t code)
 {
-    switch (type) {
-    case module_type::base_unit:
-        return {"Base  ", Color::value};
-    case module_type::heat_controller:
-        return {"HTCTRL", Color::value};
-    case module_type::hv_supply:
-        return {"HVPS  ", Color::value};
-    default:
-        return {"unknown", Color::bad};
-    }
+    const ModuleType* type = find_module_type(code);
+    return type != nullptr ? Word{type->list_name, Color::value} : Word{"unknown", Color::bad};
 }
 
 /// What stands in a line of the list behind the slot. A failure ends the line, not the list.

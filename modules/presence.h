@@ -22,6 +22,15 @@ inline constexpr std::uint16_t heat_controller = 56092;
 inline constexpr std::uint16_t hv_supply = 2573;
 } // namespace module_type
 
+struct ModuleType {
+    std::uint16_t code;
+    const char* name;
+    const char* list_name; ///< padded to one length
+};
+
+/// The type of that code; null when there is none.
+[[nodiscard]] const ModuleType* find_module_type(std::uint16_t code);
+
 /// Presence flags: what the controller knows of a slot.
 namespace presence_flag
 {

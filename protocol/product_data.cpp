@@ -111,20 +111,12 @@ struct Kind {
     std::uint32_t hardware_type = 0;
 };
 
-const char* device_type_name(const Unit& unit, std::uint16_t type)
+const char* device_type_name(const Unit& unit, std::uint16_t code)
 {
     if (!unit.address)
-        return type == controller_device_type ? "KOV-CTRL" : nullptr;
-    switch (type) {
-    case module_type::base_unit:
-        return "KOVCT-BASE";
-    case module_type::heat_controller:
-        return "HTCTRL";
-    case module_type::hv_supply:
-        return "HVPS";
-    default:
-        return nullptr;
-    }
+        return code == controller_device_type ? "KOV-CTRL" : nullptr;
+    const ModuleType* type = find_module_type(code);
+    return type != nullptr ? type->name : nullptr;
 }
 
 Items decoded_controller(std::uint32_t word, Labels& labels)
