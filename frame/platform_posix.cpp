@@ -83,12 +83,20 @@ void on_window_change(int)
     window_resized = 1;
 }
 
+/// Somebody else has the terminal. One that is not our session's knows neither background nor
+/// foreground: it is for all that have it open.
+bool is_in_background()
+{
+    const pid_t foreground = tcgetpgrp(STDIN_FILENO);
+    return foreground >= 0 && foreground != getpgrp();
+}
+
 /// After a stop: the terminal as the program wants it, and everything painted again.
 void take_terminal_again()
 {
     // In the background the terminal is somebody else's; the next SIGCONT comes with the
     // foreground.
-    if (have_original_modes != 0 && tcgetpgrp(STDIN_FILENO) != getpgrp())
+    if (have_original_modes != 0 && is_in_background())
         return;
     if (raw_input_wanted != 0 && tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
         raw_input_active = 1;
@@ -447,7 +455,7 @@ void start_raw_input()
     if (have_original_modes == 0)
         return;
     raw_input_wanted = 1;
-    if (tcgetpgrp(STDIN_FILENO) != getpgrp())
+    if (is_in_background())
         return; // in the background: when it is continued in the foreground
     if (raw_input_active == 0 && tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
         raw_input_active = 1;
