@@ -1,0 +1,167 @@
+#include "protocol/controller_data.h"
+
+#include <initializer_list>
+#include <span>
+
+#include "controller/settings.h"
+#include "controller/status_words.h"
+#include "frame/console.h"
+#include "frame/device_call.h"
+#include "frame/format.h"
+#include "protocol/report_items.h"
+#include "protocol/unit_data.h"
+
+namespace
+{
+
+bool report_enable_state(Report& report)
+{
+    progress("Getting enable state of the device:\r\n");
+    std::uint8_t enabled = 0;
+    if (!call(LIB(GetEnable), &enabled))
+        return false;
+    // The words are padded to one length: nothing but the colon stands before them.
+    const Word& word = yes_no(enabled != 0);
+    report.item({.label = "Device enabled",
+                 .value = word.text,
+                 .color = word.color,
+                 .divider = ":",
+                 .file_value = bare(word.text)});
+    return true;
+}
+
+bool report_overall_state(Report& report, std::uint16_t& state)
+{
+    progress("Getting overall state:\r\n");
+    if (!call(LIB(GetState), &state))
+        return false;
+    const Word word = overall_state_word(state);
+    report.item({.label = "Overall state",
+                 .value = hex_text(state, 4) + " = " + bare(word.text),
+                 .color = word.color});
+    return true;
+}
+
+template <class State, class Function>
+bool report_state(Report& report, const char* name, const char* label,
+                  LibraryFunction<Function> function,
+                  std::initializer_list<std::span<const BitField>> tables)
+{
+    progress("Getting %s:\r\n", name);
+    State state = 0;
+    if (!call(function, &state))
+        return false;
+    report_word(report, label, state, sizeof state * 8, tables);
+    return true;
+}
+
+bool report_power_monitors(Report& report)
+{
+    progress("Getting the power monitor state:\r\n");
+    std::uint8_t ac_input = 0;
+    std::uint8_t dc_output = 0;
+    if (!call(LIB(GetPowerMonitors), &ac_input, &dc_output))
+        return false;
+    const ReportItem items[] = {word_item("AC input", ac_input != 0 ? ok_word : fail_word),
+                                word_item("DC output", dc_output != 0 ? ok_word : fail_word)};
+    report.group("Power monitor state", items);
+    return true;
+}
+
+bool report_temperature_state(Report& report)
+{
+    using namespace temperature_bit;
+    progress("Getting temperature state:\r\n");
+    std::uint8_t state = 0;
+    if (!call(LIB(GetTemperatureState), &state))
+        return false;
+    const ReportItem items[] = {{.label = "Temperature state", .value = word_text(state, 8)},
+                                word_item("CPU", temperature_word(state, cpu_hot, cpu_cold)),
+                                word_item("PSU", temperature_word(state, psu_hot, psu_cold))};
+    report.items(items);
+    return true;
+}
+
+bool report_inputs(Report& report)
+{
+    progress("Getting the device input levels:\r\n");
+    std::uint8_t front = 0;
+    std::uint8_t rear = 0;
+    std::uint8_t fan_enabled = 0;
+    if (!call(LIB(GetInputs), &front, &rear, &fan_enabled))
+        return false;
+    const auto item = [](const char* label, std::uint8_t level, const char* set,
+                         const char* clear) {
+        return ReportItem{.label = label,
+                          .value = level != 0 ? set : clear,
+                          .color = level != 0 ? Color::good : Color::not_good};
+    };
+    const ReportItem items[] = {item("Interlock Front State", front, "Y", "N"),
+                                item("Interlock Rear Level", rear, "1", "0"),
+                                item("Fan Enabled", fan_enabled, "Y", "N")};
+    report.group("Device input levels", items);
+    return true;
+}
+
+/// Uptime and operation time: the current value and the total.
+template <class Function>
+bool report_times(Report& report, const char* name, const char* label, const char* divider,
+                  LibraryFunction<Function> function)
+{
+    progress("Getting the device %s:\r\n", name);
+    std::uint32_t seconds = 0;
+    std::uint32_t total_seconds = 0;
+    std::uint16_t milliseconds = 0;
+    std::uint16_t total_milliseconds = 0;
+    if (!call(function, &seconds, &milliseconds, &total_seconds, &total_milliseconds))
+        return false;
+    const ReportItem items[] = {
+        {.label = label, .value = uptime_text(seconds, milliseconds), .divider = divider},
+        {.label = "total", .value = uptime_text(total_seconds, total_milliseconds)}};
+    report.items(items);
+    return true;
+}
+
+bool report_controller_state(Report& report, std::uint16_t& overall)
+{
+    using Byte = std::uint8_t;
+    return report_enable_state(report) && report_overall_state(report, overall) &&
+           report_led_data(report, {}) &&
+           report_state<Byte>(report, "device state", "Device state", LIB(GetDeviceState),
+                              {device_state_fields}) &&
+           report_state<std::uint16_t>(report, "interlock state", "Interlock state",
+                                       LIB(GetInterlockState),
+                                       {heat_controller_interlock_fields,
+                                        controller_interlock_fields, resulting_interlock_fields}) &&
+           report_state<Byte>(report, "HV-PSU interlock enable mask",
+                              "HV-PSU interlock enable mask", LIB(GetHVsupplyInterlockEnable),
+                              {interlock_mask_fields}) &&
+           report_state<Byte>(report, "heat-controller interlock enable mask",
+                              "Heat-controller interlock enable mask",
+                              LIB(GetHeatCtrlInterlockEnable), {interlock_mask_fields}) &&
+           report_state<Byte>(report, "voltage state", "Voltage state", LIB(GetVoltageState),
+                              {voltage_state_fields}) &&
+           report_power_monitors(report) && report_temperature_state(report) &&
+           report_state<Byte>(report, "fan state", "Fan state", LIB(GetFanState),
+                              {fan_state_fields}) &&
+           report_state<Byte>(report, "function of the slide switch 'Fan'",
+                              "Function of the slide switch 'Fan'", LIB(GetFanSwitchOverride),
+                              {fan_switch_fields}) &&
+           report_inputs(report) &&
+           report_times(report, "uptime", "Device uptime", ":  ", LIB(GetUptimeInt)) &&
+           report_times(report, "operation time", "Operation time", ": ", LIB(GetOptimeInt));
+}
+
+} // namespace
+
+bool report_controller(Report& report, std::uint16_t& overall_state)
+{
+    Kind kind;
+    const Unit controller;
+    if (!report_identification(report, controller) || !report_kind(report, controller, kind) ||
+        !report_manufacturing_date(report, controller) ||
+        !report_controller_state(report, overall_state))
+        return false;
+    report.end_section();
+    return true;
+}

@@ -1,0 +1,42 @@
+#include "protocol/report_items.h"
+
+#include "frame/format.h"
+
+std::string hex_text(std::uint32_t value, int digits)
+{
+    return formatted("%0*Xh", digits, value);
+}
+
+std::string word_text(std::uint32_t value, int bits)
+{
+    return hex_text(value, bits / 4) + '=' + bits_text(value, bits);
+}
+
+std::string bare(std::string_view text)
+{
+    const std::size_t first = text.find_first_not_of(' ');
+    const std::size_t last = text.find_last_not_of(' ');
+    return first == std::string_view::npos ? std::string{}
+                                           : std::string{text.substr(first, last - first + 1)};
+}
+
+ReportItem word_item(const char* label, const Word& word)
+{
+    return {.label = label, .value = bare(word.text), .color = word.color};
+}
+
+void add_fields(Items& items, Labels& labels, std::span<const BitField> fields, std::uint32_t value)
+{
+    for (const BitField& field : fields)
+        items.push_back(word_item(labels.bare_of(field.label), field.word(value)));
+}
+
+void report_word(Report& report, const char* label, std::uint32_t value, int bits,
+                 std::initializer_list<std::span<const BitField>> tables)
+{
+    Labels labels;
+    Items items{{.label = label, .value = word_text(value, bits)}};
+    for (const std::span<const BitField> fields : tables)
+        add_fields(items, labels, fields, value);
+    report.items(items);
+}

@@ -1,0 +1,54 @@
+/// What the product data of the acceptance test are made of: texts of numbers and words, and the
+/// bit tables of the displays as labelled values of the report.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <initializer_list>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frame/bit_fields.h"
+#include "protocol/report.h"
+
+using Items = std::vector<ReportItem>;
+
+/// "0016h"
+[[nodiscard]] std::string hex_text(std::uint32_t value, int digits);
+
+/// "3Fh=0011 1111b"
+[[nodiscard]] std::string word_text(std::uint32_t value, int bits);
+
+/// Without the blanks that pad it on the live displays.
+[[nodiscard]] std::string bare(std::string_view text);
+
+[[nodiscard]] ReportItem word_item(const char* label, const Word& word);
+
+/// The labels of the bit tables as the report shows them. The tables' own have the blanks, commas
+/// and colons of their displays.
+class Labels
+{
+public:
+    const char* bare_of(const char* label)
+    {
+        std::string_view text = label;
+        while (!text.empty() && (text.front() == ' ' || text.front() == ','))
+            text.remove_prefix(1);
+        while (!text.empty() && (text.back() == ' ' || text.back() == ':'))
+            text.remove_suffix(1);
+        return texts_.emplace_back(text).c_str();
+    }
+
+private:
+    std::deque<std::string> texts_; // in a deque they stay where they are
+};
+
+/// Adds an item for each field; `labels` must outlive the items.
+void add_fields(Items& items, Labels& labels, std::span<const BitField> fields,
+                std::uint32_t value);
+
+/// Reports a status word in full with its fields.
+void report_word(Report& report, const char* label, std::uint32_t value, int bits,
+                 std::initializer_list<std::span<const BitField>> tables);
