@@ -1,6 +1,7 @@
-/// A file for as long as a measurement takes.
+/// A file or a folder for as long as a measurement takes.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,21 @@ public:
 
 private:
     std::string name_ = "/tmp/kov-benchmarks-XXXXXX";
+};
+
+/// The same for an empty folder, which is removed with all that is in it by then.
+class TemporaryFolder
+{
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    [[nodiscard]] const std::filesystem::path& name() const { return name_; }
+
+private:
+    std::filesystem::path name_;
 };
 
 } // namespace bench
