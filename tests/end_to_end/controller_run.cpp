@@ -22,6 +22,13 @@ void mask_number(std::string& text, std::string_view label, std::string_view mas
     }
 }
 
+/// Set by test.sh; a missing one fails the test.
+std::string variable(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::string{name} + " is not set" : value;
+}
+
 } // namespace
 
 ControllerRun::ControllerRun(std::string_view command_line, std::string_view scenario)
@@ -40,7 +47,7 @@ reply GetCPUdata.frequency 168e6
         throw std::runtime_error{"no temporary folder"};
     std::ofstream{folder + "/scenario"} << steady_instrument << scenario;
     program = CONTROLLER_PROGRAM;
-    arguments = command_line;
+    set_command_line(command_line);
     environment = {{"TERM", "xterm-256color"},
                    {"KOV_SIMULATOR_STATE", "none"},
                    {"KOV_SIMULATOR_SCENARIO", folder + "/scenario"}};
@@ -50,6 +57,28 @@ ControllerRun::~ControllerRun()
 {
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
+}
+
+void ControllerRun::set_command_line(std::string_view command_line)
+{
+    arguments = loaded_program;
+    arguments += command_line;
+}
+
+WindowsRun::WindowsRun(std::string_view command_line, std::string_view scenario)
+    : ControllerRun{{}, scenario}
+{
+    program = "/usr/bin/env";
+    loaded_program = "--ignore-signal=XFSZ "; // Wine does not know of it
+    for (const char* name : {"KOV_WINE", "KOV_WINDOWS_PROGRAM"})
+        loaded_program += variable(name) + ' ';
+    set_command_line(command_line);
+    size = {.columns = 132, .rows = 60};
+    environment["KOV_SIMULATOR_SCENARIO"] = "Z:" + folder + "/scenario";
+    environment["WINEDEBUG"] = "-all";
+    environment["LC_ALL"] = "C.UTF-8"; // of the arguments that Wine passes on
+    for (const char* name : {"WINEPREFIX", "HOME"})
+        environment[name] = variable(name);
 }
 
 bool was_called(const ControllerRun& run, std::string_view function)

@@ -14,6 +14,17 @@ struct ControllerRun : Launch {
     ~ControllerRun();
     ControllerRun(const ControllerRun&) = delete;
     ControllerRun& operator=(const ControllerRun&) = delete;
+
+    /// For another run in the same folder.
+    void set_command_line(std::string_view command_line);
+
+protected:
+    std::string loaded_program; ///< which `program` runs; to stand before the command line
+};
+
+/// The same for the program as it is built for Windows, under Wine.
+struct WindowsRun : ControllerRun {
+    explicit WindowsRun(std::string_view command_line, std::string_view scenario = {});
 };
 
 /// The program's own trace (switch -G) tells of this call.

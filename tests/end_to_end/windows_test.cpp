@@ -18,27 +18,6 @@ using testing::Not;
 namespace
 {
 
-/// Set by test.sh; a missing one fails the test.
-std::string variable(const char* name)
-{
-    const char* value = std::getenv(name);
-    return value == nullptr ? std::string{name} + " is not set" : value;
-}
-
-struct WindowsRun : ControllerRun {
-    explicit WindowsRun(const std::string& command_line, std::string_view scenario = {})
-        : ControllerRun{variable("KOV_WINDOWS_PROGRAM") + ' ' + command_line, scenario}
-    {
-        program = variable("KOV_WINE");
-        size = {.columns = 132, .rows = 60};
-        environment["KOV_SIMULATOR_SCENARIO"] = "Z:" + folder + "/scenario";
-        environment["WINEDEBUG"] = "-all";
-        environment["LC_ALL"] = "C.UTF-8"; // of the arguments that Wine passes on
-        for (const char* name : {"WINEPREFIX", "HOME"})
-            environment[name] = variable(name);
-    }
-};
-
 std::string contents(const ControllerRun& run, const std::string& file_name)
 {
     std::ifstream file{run.folder + '/' + file_name, std::ios::binary};
