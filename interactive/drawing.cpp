@@ -28,7 +28,7 @@ void show_temperature(Place place, double celsius)
         console.print_at(place, temperature_color(celsius), "%+6.1lf" DEGREES_C, celsius);
 }
 
-void show_group(const GroupPlaces& places, const Group& group)
+void show_group(const GroupPlaces& places, const ReadingGroup& group)
 {
     console.print_at(places.duration, Color::value, "%6.1lf", group.mean_duration_ms());
     console.print_at(places.counters, Color::value, "%u", group.errors);
@@ -57,7 +57,7 @@ void show_controller(const HousekeepingPlaces& places, const ScreenReadings& rea
 }
 
 void show_module(const HousekeepingPlaces& places, const ModuleHousekeeping& values,
-                 const Group& group)
+                 const ReadingGroup& group)
 {
     show_group(places.group, group);
     if (group.readings == 0)
@@ -71,7 +71,7 @@ void show_module(const HousekeepingPlaces& places, const ModuleHousekeeping& val
 }
 
 void show_monitoring(const MonitoringPlaces& places, const HeaterMonitoring& values,
-                     const Group& group)
+                     const ReadingGroup& group)
 {
     show_group(places.group, group);
     if (group.readings == 0)

@@ -156,8 +156,8 @@ bool report_controller_state(Report& report, std::uint16_t& overall)
 
 bool report_controller(Report& report, std::uint16_t& overall_state)
 {
-    Kind kind;
-    const Unit controller;
+    UnitKind kind;
+    const ReportedUnit controller;
     if (!report_identification(report, controller) || !report_kind(report, controller, kind) ||
         !report_manufacturing_date(report, controller) ||
         !report_controller_state(report, overall_state))

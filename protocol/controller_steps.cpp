@@ -25,7 +25,7 @@ bool set_enable_and_check(Report& report, bool enable)
     constexpr std::int64_t settling_ms = 1'000;
     report.paragraph(enable ? "Enabling the device..." : "Disabling the device...");
     if (!call(LIB(SetEnable), static_cast<std::uint8_t>(enable)) ||
-        !wait(report, settling_ms, Space::ignored))
+        !wait(report, settling_ms, SpaceKey::ignored))
         return false;
     std::uint8_t enabled = 0;
     if (!call(LIB(GetEnable), &enabled))
@@ -111,26 +111,26 @@ bool measure_fan(Report& report)
 {
     constexpr const char* title = "Fan data";
     bool has_failed = false;
-    Source source{.what = "fan data",
-                  .channels = {{"speed set", &quantity::rpm},
-                               {"measured", &quantity::rpm},
-                               {"PWM control", &quantity::percent_of_one}},
-                  .count = 10,
-                  .ready_bit = ready_bit::fan,
-                  .fetch = [&](std::span<double> values) {
-                      std::uint8_t failed = 0;
-                      std::uint16_t reserved = 0;
-                      std::uint16_t set_speed = 0;
-                      std::uint16_t measured_speed = 0;
-                      float pwm = 0;
-                      const char* error = attempt(LIB(GetFanData), &failed, &reserved, &set_speed,
-                                                  &measured_speed, &pwm);
-                      has_failed = has_failed || failed != 0;
-                      values[0] = set_speed;
-                      values[1] = measured_speed;
-                      values[2] = static_cast<double>(pwm);
-                      return Sample{error};
-                  }};
+    SampleSource source{.what = "fan data",
+                        .channels = {{"speed set", &quantity::rpm},
+                                     {"measured", &quantity::rpm},
+                                     {"PWM control", &quantity::percent_of_one}},
+                        .count = 10,
+                        .ready_bit = ready_bit::fan,
+                        .fetch = [&](std::span<double> values) {
+                            std::uint8_t failed = 0;
+                            std::uint16_t reserved = 0;
+                            std::uint16_t set_speed = 0;
+                            std::uint16_t measured_speed = 0;
+                            float pwm = 0;
+                            const char* error = attempt(LIB(GetFanData), &failed, &reserved,
+                                                        &set_speed, &measured_speed, &pwm);
+                            has_failed = has_failed || failed != 0;
+                            values[0] = set_speed;
+                            values[1] = measured_speed;
+                            values[2] = static_cast<double>(pwm);
+                            return Sample{error};
+                        }};
     report.end_section();
     if (!collect(report, title, {}, {&source, 1}))
         return false;

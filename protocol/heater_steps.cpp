@@ -33,7 +33,7 @@ bool set(Report& report, const Setting& setting, double value)
 bool measure_run(Report& report, const char* title)
 {
     constexpr std::int64_t settling_ms = 10'000;
-    return wait(report, settling_ms, Space::stops) && measure_heater(report, title, true);
+    return wait(report, settling_ms, SpaceKey::stops) && measure_heater(report, title, true);
 }
 
 bool run_under_limits(Report& report, const ProductData& data)

@@ -1,7 +1,7 @@
 /// The heater under each of its limits in turn.
 #pragma once
 
-#include "protocol/product_data.h"
+#include "protocol/product_report.h"
 #include "protocol/report.h"
 
 /// Does nothing without a heat-controller. Deactivates the module in the end.

@@ -21,7 +21,7 @@ bool measure_cpu_load(Report& report, unsigned address)
 struct HousekeepingChannel {
     const char* label;
     double ModuleHousekeeping::*value;
-    const Quantity* quantity;
+    const QuantityFormat* quantity;
 };
 
 using Record = ModuleHousekeeping;
@@ -59,11 +59,11 @@ std::span<const HousekeepingChannel> housekeeping_channels(unsigned address)
 bool measure_housekeeping(Report& report, unsigned address)
 {
     const std::span<const HousekeepingChannel> shown = housekeeping_channels(address);
-    Source source{.what = "housekeeping data",
-                  .channels = {},
-                  .count = 20,
-                  .ready_bit = ready_bit::housekeeping,
-                  .fetch = {}};
+    SampleSource source{.what = "housekeeping data",
+                        .channels = {},
+                        .count = 20,
+                        .ready_bit = ready_bit::housekeeping,
+                        .fetch = {}};
     for (const HousekeepingChannel& channel : shown)
         source.channels.push_back({channel.label, channel.quantity});
     source.fetch = [address, shown](std::span<double> values) {
@@ -91,9 +91,9 @@ bool measure_idle_supply(Report& report, unsigned address)
 {
     const auto set = [&](bool negative, bool high) {
         return set_ranges_and_check(report, address, {.negative = negative, .high = high},
-                                    Space::ignored);
+                                    SpaceKey::ignored);
     };
-    const auto measure = [&](const char* title, const char* label, Source source) {
+    const auto measure = [&](const char* title, const char* label, SampleSource source) {
         source.channels.front().label = label;
         return take_series(report, title, address, std::move(source));
     };
@@ -154,7 +154,8 @@ bool activate_and_check(Report& report, unsigned address, bool on)
     return may_go_on(report);
 }
 
-bool set_ranges_and_check(Report& report, unsigned address, MeasurementRanges ranges, Space space)
+bool set_ranges_and_check(Report& report, unsigned address, MeasurementRanges ranges,
+                          SpaceKey space)
 {
     constexpr std::int64_t settling_ms = 10'000;
     report.text("Setting measurement channels...");
@@ -172,13 +173,13 @@ bool set_ranges_and_check(Report& report, unsigned address, MeasurementRanges ra
 
 bool measure_heater(Report& report, const char* title, bool with_power)
 {
-    Source source{.what = "monitoring data",
-                  .channels = {{"output voltage", &quantity::volts},
-                               {"heater voltage", &quantity::volts},
-                               {"current", &quantity::amperes}},
-                  .count = 100,
-                  .ready_bit = ready_bit::monitoring,
-                  .fetch = {}};
+    SampleSource source{.what = "monitoring data",
+                        .channels = {{"output voltage", &quantity::volts},
+                                     {"heater voltage", &quantity::volts},
+                                     {"current", &quantity::amperes}},
+                        .count = 100,
+                        .ready_bit = ready_bit::monitoring,
+                        .fetch = {}};
     if (with_power)
         source.channels.push_back({"power", &quantity::watts});
     source.channels.push_back({.label = "heater temperature",
@@ -198,7 +199,7 @@ bool measure_heater(Report& report, const char* title, bool with_power)
     return take_series(report, title, heat_controller, std::move(source));
 }
 
-Source voltage_source(unsigned address)
+SampleSource voltage_source(unsigned address)
 {
     return {.what = "output voltage",
             .channels = {{"", &quantity::volts}},
@@ -212,7 +213,7 @@ Source voltage_source(unsigned address)
             }};
 }
 
-Source current_source(unsigned address)
+SampleSource current_source(unsigned address)
 {
     return {.what = "output current",
             .channels = {{"", &quantity::picoamperes}},

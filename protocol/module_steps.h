@@ -2,7 +2,7 @@
 #pragma once
 
 #include "modules/output.h"
-#include "protocol/product_data.h"
+#include "protocol/product_report.h"
 #include "protocol/report.h"
 #include "protocol/sampling.h"
 
@@ -15,7 +15,7 @@
 
 /// Sets the measurement ranges of an HV-supply, lets them settle for ten seconds, and checks them.
 [[nodiscard]] bool set_ranges_and_check(Report& report, unsigned address, MeasurementRanges ranges,
-                                        Space space);
+                                        SpaceKey space);
 
 /// The heading of a unit's lines: "Slot #02:".
 void report_slot_heading(Report& report, unsigned slot);
@@ -25,5 +25,5 @@ void report_slot_heading(Report& report, unsigned slot);
 [[nodiscard]] bool measure_heater(Report& report, const char* title, bool with_power);
 
 /// What an HV-supply measures; each a source of one channel without a label.
-[[nodiscard]] Source voltage_source(unsigned address);
-[[nodiscard]] Source current_source(unsigned address);
+[[nodiscard]] SampleSource voltage_source(unsigned address);
+[[nodiscard]] SampleSource current_source(unsigned address);

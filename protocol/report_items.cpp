@@ -25,7 +25,8 @@ ReportItem word_item(const char* label, const Word& word)
     return {.label = label, .value = bare(word.text), .color = word.color};
 }
 
-void add_fields(Items& items, Labels& labels, std::span<const BitField> fields, std::uint32_t value)
+void add_fields(ReportItems& items, BareLabels& labels, std::span<const BitField> fields,
+                std::uint32_t value)
 {
     for (const BitField& field : fields)
         items.push_back(word_item(labels.bare_of(field.label), field.word(value)));
@@ -34,8 +35,8 @@ void add_fields(Items& items, Labels& labels, std::span<const BitField> fields, 
 void report_word(Report& report, const char* label, std::uint32_t value, int bits,
                  std::initializer_list<std::span<const BitField>> tables)
 {
-    Labels labels;
-    Items items{{.label = label, .value = word_text(value, bits)}};
+    BareLabels labels;
+    ReportItems items{{.label = label, .value = word_text(value, bits)}};
     for (const std::span<const BitField> fields : tables)
         add_fields(items, labels, fields, value);
     report.items(items);

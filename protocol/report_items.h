@@ -13,7 +13,7 @@
 #include "frame/bit_fields.h"
 #include "protocol/report.h"
 
-using Items = std::vector<ReportItem>;
+using ReportItems = std::vector<ReportItem>;
 
 /// "0016h"
 [[nodiscard]] std::string hex_text(std::uint32_t value, int digits);
@@ -28,7 +28,7 @@ using Items = std::vector<ReportItem>;
 
 /// The labels of the bit tables as the report shows them. The tables' own have the blanks, commas
 /// and colons of their displays.
-class Labels
+class BareLabels
 {
 public:
     const char* bare_of(const char* label)
@@ -46,7 +46,7 @@ private:
 };
 
 /// Adds an item for each field; `labels` must outlive the items.
-void add_fields(Items& items, Labels& labels, std::span<const BitField> fields,
+void add_fields(ReportItems& items, BareLabels& labels, std::span<const BitField> fields,
                 std::uint32_t value);
 
 /// Reports a status word in full with its fields.

@@ -25,10 +25,10 @@ bool may_go_on(Report& report)
     return false;
 }
 
-bool wait(Report& report, std::int64_t milliseconds, Space space)
+bool wait(Report& report, std::int64_t milliseconds, SpaceKey space)
 {
     report.flush();
-    if (wait_until(platform::tick_ms() + milliseconds, space == Space::stops))
+    if (wait_until(platform::tick_ms() + milliseconds, space == SpaceKey::stops))
         return true;
     report_stop(report);
     return false;
@@ -66,7 +66,7 @@ std::string counter_text(std::size_t number, std::size_t count)
     return formatted("#%02zu/%02zu", number, count);
 }
 
-double Source::period_ms() const
+double SampleSource::period_ms() const
 {
     return samples() > 1
                ? static_cast<double>(last_ms - first_ms) / static_cast<double>(samples() - 1)
@@ -77,14 +77,14 @@ namespace
 {
 
 /// The counters side by side, each with its latest values.
-std::string progress_text(std::span<const Source> sources)
+std::string progress_text(std::span<const SampleSource> sources)
 {
     std::string text;
-    for (const Source& source : sources) {
+    for (const SampleSource& source : sources) {
         text += text.empty() ? "" : "  ";
         text += counter_text(source.samples(), source.count);
         const char* separator = ": ";
-        for (const Channel& channel : source.channels) {
+        for (const SampleChannel& channel : source.channels) {
             if (channel.statistics.count() == 0)
                 break;
             text += separator;
@@ -103,7 +103,7 @@ const char* attempt_ready_flags(ReadyAddress address, std::uint8_t& flags)
 }
 
 /// Fetches one sample and adds it when it is valid. Null, or what failed.
-const char* add_sample(Source& source, std::int64_t now_ms)
+const char* add_sample(SampleSource& source, std::int64_t now_ms)
 {
     std::vector<double> values(source.channels.size());
     const Sample sample = source.fetch(values);
@@ -118,17 +118,17 @@ const char* add_sample(Source& source, std::int64_t now_ms)
 }
 
 /// One look at the sources: fetches what is ready. Null, or what failed.
-const char* fetch_ready(ReadyAddress address, std::span<Source> sources)
+const char* fetch_ready(ReadyAddress address, std::span<SampleSource> sources)
 {
     std::uint8_t flags = 0;
     const bool announced = std::any_of(sources.begin(), sources.end(),
-                                       [](const Source& source) { return source.ready_bit; });
+                                       [](const SampleSource& source) { return source.ready_bit; });
     if (announced) {
         if (const char* failed = attempt_ready_flags(address, flags))
             return failed;
     }
     const std::int64_t now_ms = platform::tick_ms();
-    for (Source& source : sources) {
+    for (SampleSource& source : sources) {
         const bool ready = !source.ready_bit || is_ready(flags, *source.ready_bit);
         if (!ready || source.is_complete())
             continue;
@@ -138,17 +138,18 @@ const char* fetch_ready(ReadyAddress address, std::span<Source> sources)
     return nullptr;
 }
 
-std::size_t total_samples(std::span<const Source> sources)
+std::size_t total_samples(std::span<const SampleSource> sources)
 {
     std::size_t total = 0;
-    for (const Source& source : sources)
+    for (const SampleSource& source : sources)
         total += source.samples();
     return total;
 }
 
 } // namespace
 
-bool collect(Report& report, const char* title, ReadyAddress address, std::span<Source> sources)
+bool collect(Report& report, const char* title, ReadyAddress address,
+             std::span<SampleSource> sources)
 {
     constexpr std::int64_t patience_ms = 10'000;
     constexpr std::int64_t sample_interval_ms = 1'000;
@@ -166,7 +167,7 @@ bool collect(Report& report, const char* title, ReadyAddress address, std::span<
             return false;
         }
         const auto missing = std::find_if(sources.begin(), sources.end(),
-                                          [](const Source& s) { return !s.is_complete(); });
+                                          [](const SampleSource& s) { return !s.is_complete(); });
         if (missing == sources.end())
             break;
         const bool is_new = total_samples(sources) > samples_before;
@@ -191,12 +192,12 @@ bool collect(Report& report, const char* title, ReadyAddress address, std::span<
     return may_go_on(report);
 }
 
-void report_series(Report& report, const char* title, const Source& source,
+void report_series(Report& report, const char* title, const SampleSource& source,
                    std::vector<ReportItem> leading)
 {
     std::vector<ReportItem> items = std::move(leading);
-    for (const Channel& channel : source.channels) {
-        const Quantity& quantity = *channel.quantity;
+    for (const SampleChannel& channel : source.channels) {
+        const QuantityFormat& quantity = *channel.quantity;
         const Statistics& statistics = channel.statistics;
         items.push_back({.label = channel.label,
                          .value = value_text(quantity, statistics.mean()),
@@ -209,7 +210,7 @@ void report_series(Report& report, const char* title, const Source& source,
     report.flush();
 }
 
-bool take_series(Report& report, const char* title, ReadyAddress address, Source source)
+bool take_series(Report& report, const char* title, ReadyAddress address, SampleSource source)
 {
     if (!collect(report, title, address, {&source, 1}))
         return false;

@@ -21,10 +21,10 @@ void report_stop(Report& report);
 /// between two steps.
 [[nodiscard]] bool may_go_on(Report& report);
 
-enum class Space : std::uint8_t { ignored, stops };
+enum class SpaceKey : std::uint8_t { ignored, stops };
 
 /// Waits; false when SPACE ended the wait where it may, or the program is asked to end.
-[[nodiscard]] bool wait(Report& report, std::int64_t milliseconds, Space space);
+[[nodiscard]] bool wait(Report& report, std::int64_t milliseconds, SpaceKey space);
 
 /// A line that is rewritten in place while something goes on.
 class RunningLine
@@ -51,9 +51,9 @@ private:
 [[nodiscard]] std::string counter_text(std::size_t number, std::size_t count);
 
 /// One measured quantity.
-struct Channel {
+struct SampleChannel {
     const char* label; ///< may be empty where the quantity stands alone
-    const Quantity* quantity;
+    const QuantityFormat* quantity;
     bool as_range = false; ///< in the file its range is told, not its deviations
     Statistics statistics = {};
 };
@@ -65,9 +65,9 @@ struct Sample {
 };
 
 /// Where samples come from, and what came so far.
-struct Source {
+struct SampleSource {
     const char* what; ///< "output voltage"; named when it does not come
-    std::vector<Channel> channels;
+    std::vector<SampleChannel> channels;
     std::size_t count;
     std::optional<int> ready_bit; ///< announces a new sample; none = one sample a second
     /// Fetches a sample, a value for each channel.
@@ -86,13 +86,13 @@ using ReadyAddress = std::optional<unsigned>;
 /// Collects from sources that become ready each in its own time, until all are complete. The
 /// console shows how far they are.
 [[nodiscard]] bool collect(Report& report, const char* title, ReadyAddress address,
-                           std::span<Source> sources);
+                           std::span<SampleSource> sources);
 
 /// Reports what was collected from a source: the means in a line on the console; in the file a line
 /// for each channel. `leading` stands before them.
-void report_series(Report& report, const char* title, const Source& source,
+void report_series(Report& report, const char* title, const SampleSource& source,
                    std::vector<ReportItem> leading = {});
 
 /// Both, for a source alone.
 [[nodiscard]] bool take_series(Report& report, const char* title, ReadyAddress address,
-                               Source source);
+                               SampleSource source);

@@ -36,26 +36,26 @@ double Statistics::largest() const
 namespace
 {
 
-std::string number_text(const Quantity& quantity, double value)
+std::string number_text(const QuantityFormat& quantity, double value)
 {
     const double number = value * quantity.per_unit;
     return quantity.with_sign ? formatted("%+.*lf", quantity.decimals, number)
                               : formatted("%.*lf", quantity.decimals, number);
 }
 
-const char* unit_in_file(const Quantity& quantity)
+const char* unit_in_file(const QuantityFormat& quantity)
 {
     return quantity.file_unit != nullptr ? quantity.file_unit : quantity.unit;
 }
 
 } // namespace
 
-std::string value_text(const Quantity& quantity, double value)
+std::string value_text(const QuantityFormat& quantity, double value)
 {
     return number_text(quantity, value) + quantity.unit;
 }
 
-std::string statistics_text(const Quantity& quantity, const Statistics& statistics)
+std::string statistics_text(const QuantityFormat& quantity, const Statistics& statistics)
 {
     const double mean = statistics.mean();
     const char* unit = quantity.deviation_unit;
@@ -70,7 +70,7 @@ std::string statistics_text(const Quantity& quantity, const Statistics& statisti
     return number_text(quantity, mean) + unit_in_file(quantity) + deviations;
 }
 
-std::string range_text(const Quantity& quantity, const Statistics& statistics)
+std::string range_text(const QuantityFormat& quantity, const Statistics& statistics)
 {
     const double smallest = statistics.smallest();
     const double largest = statistics.largest();

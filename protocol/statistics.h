@@ -27,7 +27,7 @@ private:
 };
 
 /// How a quantity is told: the value in one unit, the deviations from it in a finer one.
-struct Quantity {
+struct QuantityFormat {
     int decimals;
     const char* unit;
     double per_unit = 1.0;      ///< what the measured number is multiplied with
@@ -38,28 +38,29 @@ struct Quantity {
 };
 
 /// "3.300V"
-[[nodiscard]] std::string value_text(const Quantity& quantity, double value);
+[[nodiscard]] std::string value_text(const QuantityFormat& quantity, double value);
 
 /// Mean, standard deviation, and the largest deviations from the mean in both directions, for the
 /// file: "3.300V +- 1.20mV (+2.0mV, -2.1mV)" with the sign of its encoding.
-[[nodiscard]] std::string statistics_text(const Quantity& quantity, const Statistics& statistics);
+[[nodiscard]] std::string statistics_text(const QuantityFormat& quantity,
+                                          const Statistics& statistics);
 
 /// Smallest and largest value and what lies between them, for the file: "80.250..81.500 (1.250)"
 /// with units.
-[[nodiscard]] std::string range_text(const Quantity& quantity, const Statistics& statistics);
+[[nodiscard]] std::string range_text(const QuantityFormat& quantity, const Statistics& statistics);
 
 namespace quantity
 {
-inline constexpr Quantity volts = {3, "V", 1.0, "mV", 1e3};
-inline constexpr Quantity amperes = {3, "A", 1.0, "mA", 1e3};
-inline constexpr Quantity watts = {3, "W", 1.0, "mW", 1e3};
-inline constexpr Quantity picoamperes = {0, "pA", 1e12, "pA", 1e12, true};
-inline constexpr Quantity degrees = {1,     DEGREES_C,        1.0, DEGREES_C_IN_FILE, 1.0,
-                                     false, DEGREES_C_IN_FILE};
-inline constexpr Quantity fine_degrees = {3,     DEGREES_C,        1.0, DEGREES_C_IN_FILE, 1.0,
-                                          false, DEGREES_C_IN_FILE};
-inline constexpr Quantity rpm = {0, "rpm", 1.0, "rpm", 1.0};
-inline constexpr Quantity percent = {1, "%", 1.0, "%", 1.0};
-inline constexpr Quantity percent_of_one = {1, "%", 100.0, "%", 100.0}; ///< of a fraction
-inline constexpr Quantity megahertz = {2, "MHz", 1e-6, "kHz", 1e-3};
+inline constexpr QuantityFormat volts = {3, "V", 1.0, "mV", 1e3};
+inline constexpr QuantityFormat amperes = {3, "A", 1.0, "mA", 1e3};
+inline constexpr QuantityFormat watts = {3, "W", 1.0, "mW", 1e3};
+inline constexpr QuantityFormat picoamperes = {0, "pA", 1e12, "pA", 1e12, true};
+inline constexpr QuantityFormat degrees = {1,     DEGREES_C,        1.0, DEGREES_C_IN_FILE, 1.0,
+                                           false, DEGREES_C_IN_FILE};
+inline constexpr QuantityFormat fine_degrees = {
+    3, DEGREES_C, 1.0, DEGREES_C_IN_FILE, 1.0, false, DEGREES_C_IN_FILE};
+inline constexpr QuantityFormat rpm = {0, "rpm", 1.0, "rpm", 1.0};
+inline constexpr QuantityFormat percent = {1, "%", 1.0, "%", 1.0};
+inline constexpr QuantityFormat percent_of_one = {1, "%", 100.0, "%", 100.0}; ///< of a fraction
+inline constexpr QuantityFormat megahertz = {2, "MHz", 1e-6, "kHz", 1e-3};
 } // namespace quantity

@@ -2,7 +2,7 @@
 /// caller saves the configuration before and restores it after them, whatever comes of them.
 #pragma once
 
-#include "protocol/product_data.h"
+#include "protocol/product_report.h"
 #include "protocol/report.h"
 
 /// Runs all steps. False when one failed or the user stopped them; it has been told and reported.

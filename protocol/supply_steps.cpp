@@ -34,11 +34,12 @@ bool measure_target(Report& report, unsigned address, unsigned volts)
     console.print(" set, ");
     console.print(Color::value, "%.3lfV", read_back);
     console.print(" get\n");
-    std::array<Source, 2> sources = {voltage_source(address), current_source(address)};
-    if (!wait(report, settling_ms, Space::stops) ||
+    std::array<SampleSource, 2> sources = {voltage_source(address), current_source(address)};
+    if (!wait(report, settling_ms, SpaceKey::stops) ||
         !collect(report, "Output data", address, sources))
         return false;
-    const auto measured = [](const char* label, const Quantity& quantity, const Source& source) {
+    const auto measured = [](const char* label, const QuantityFormat& quantity,
+                             const SampleSource& source) {
         const Statistics& statistics = source.channels.front().statistics;
         return ReportItem{.label = label,
                           .value = value_text(quantity, statistics.mean()),
@@ -60,7 +61,8 @@ bool measure_polarity(Report& report, unsigned address, std::uint32_t range, boo
     constexpr unsigned targets = 10;
     const MeasurementRanges ranges = {.negative = negative, .high = false};
     // The target that was set before the test must not reach the output.
-    if (!set_target(address, 0.0) || !set_ranges_and_check(report, address, ranges, Space::stops) ||
+    if (!set_target(address, 0.0) ||
+        !set_ranges_and_check(report, address, ranges, SpaceKey::stops) ||
         !activate_and_check(report, address, true))
         return false;
     report.text(formatted("Testing module %u output voltage, range %uV:", address, range));

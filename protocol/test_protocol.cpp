@@ -9,7 +9,7 @@
 #include "frame/format.h"
 #include "frame/keys.h"
 #include "frame/platform.h"
-#include "protocol/product_data.h"
+#include "protocol/product_report.h"
 #include "protocol/report.h"
 #include "protocol/sampling.h"
 #include "protocol/steps.h"

@@ -10,7 +10,7 @@
 namespace
 {
 
-const char* device_type_name(const Unit& unit, std::uint16_t code)
+const char* device_type_name(const ReportedUnit& unit, std::uint16_t code)
 {
     if (!unit.address)
         return code == controller_device_type ? "KOV-CTRL" : nullptr;
@@ -18,15 +18,15 @@ const char* device_type_name(const Unit& unit, std::uint16_t code)
     return type != nullptr ? type->name : nullptr;
 }
 
-Items decoded_controller(std::uint32_t word, Labels& labels)
+ReportItems decoded_controller(std::uint32_t word, BareLabels& labels)
 {
-    Items items{
+    ReportItems items{
         {.label = "NVM size", .value = formatted("%uKiB", controller_hardware::memory_size(word))}};
     add_fields(items, labels, controller_hardware::fields, word);
     return items;
 }
 
-Items decoded_base_unit(std::uint32_t word)
+ReportItems decoded_base_unit(std::uint32_t word)
 {
     using namespace base_unit_hardware;
     return {{.label = "supply voltage", .value = formatted("%uV", supply_voltage.of(word))},
@@ -35,7 +35,7 @@ Items decoded_base_unit(std::uint32_t word)
             {.label = "fan number", .value = formatted("%u", fans.of(word))}};
 }
 
-Items decoded_heat_controller(std::uint32_t word)
+ReportItems decoded_heat_controller(std::uint32_t word)
 {
     using namespace heat_controller_hardware;
     return {
@@ -45,7 +45,7 @@ Items decoded_heat_controller(std::uint32_t word)
         {.label = "channel number", .value = formatted("%u", channels.of(word))}};
 }
 
-Items decoded_hv_supply(std::uint32_t word)
+ReportItems decoded_hv_supply(std::uint32_t word)
 {
     using namespace hv_supply_hardware;
     const std::uint32_t unipolar = unipolar_outputs.of(word);
@@ -65,12 +65,12 @@ Items decoded_hv_supply(std::uint32_t word)
 
 /// The hardware type with the name that is made of it and its properties, as far as the device
 /// type tells what it means.
-void report_hardware_type(Report& report, const Unit& unit, const Kind& kind)
+void report_hardware_type(Report& report, const ReportedUnit& unit, const UnitKind& kind)
 {
     const std::uint32_t word = kind.hardware_type;
     std::string name;
-    Items properties;
-    Labels labels;
+    ReportItems properties;
+    BareLabels labels;
     if (!unit.address) {
         properties = decoded_controller(word, labels);
     } else if (kind.device_type == module_type::base_unit) {
@@ -91,7 +91,7 @@ void report_hardware_type(Report& report, const Unit& unit, const Kind& kind)
 
 } // namespace
 
-bool report_identification(Report& report, const Unit& unit)
+bool report_identification(Report& report, const ReportedUnit& unit)
 {
     unit.announce("product identification");
     ProductIdText identification;
@@ -119,7 +119,7 @@ bool report_identification(Report& report, const Unit& unit)
     return true;
 }
 
-bool report_kind(Report& report, const Unit& unit, Kind& kind)
+bool report_kind(Report& report, const ReportedUnit& unit, UnitKind& kind)
 {
     unit.announce("device type");
     if (!unit.ask(LIB(GetDevType), LIB(GetModuleDevType), &kind.device_type))
@@ -140,7 +140,7 @@ bool report_kind(Report& report, const Unit& unit, Kind& kind)
     return true;
 }
 
-bool report_manufacturing_date(Report& report, const Unit& unit)
+bool report_manufacturing_date(Report& report, const ReportedUnit& unit)
 {
     unit.announce("manufacturing date");
     std::uint16_t year = 0;
@@ -152,7 +152,7 @@ bool report_manufacturing_date(Report& report, const Unit& unit)
     return true;
 }
 
-bool report_led_data(Report& report, const Unit& unit)
+bool report_led_data(Report& report, const ReportedUnit& unit)
 {
     unit.announce("LED data");
     std::uint8_t red = 0;

@@ -10,7 +10,7 @@
 #include "protocol/report.h"
 
 /// Whom the questions go to.
-struct Unit {
+struct ReportedUnit {
     std::optional<unsigned> address; ///< none = the controller itself
     std::string of_name;             ///< " of HV-supply 1"; empty for the controller
 
@@ -25,7 +25,7 @@ struct Unit {
 };
 
 /// What a unit said about its kind.
-struct Kind {
+struct UnitKind {
     std::uint16_t device_type = 0;
     std::uint32_t hardware_type = 0;
 };
@@ -33,8 +33,8 @@ struct Kind {
 // Each reads and reports; false after a failed call, which has been reported.
 
 /// Product identification, product number, firmware version and date.
-[[nodiscard]] bool report_identification(Report& report, const Unit& unit);
+[[nodiscard]] bool report_identification(Report& report, const ReportedUnit& unit);
 /// Device type, hardware type with what it means, hardware version.
-[[nodiscard]] bool report_kind(Report& report, const Unit& unit, Kind& kind);
-[[nodiscard]] bool report_manufacturing_date(Report& report, const Unit& unit);
-[[nodiscard]] bool report_led_data(Report& report, const Unit& unit);
+[[nodiscard]] bool report_kind(Report& report, const ReportedUnit& unit, UnitKind& kind);
+[[nodiscard]] bool report_manufacturing_date(Report& report, const ReportedUnit& unit);
+[[nodiscard]] bool report_led_data(Report& report, const ReportedUnit& unit);

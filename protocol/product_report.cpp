@@ -1,4 +1,4 @@
-#include "protocol/product_data.h"
+#include "protocol/product_report.h"
 
 #include <algorithm>
 #include <array>
@@ -92,7 +92,7 @@ bool report_fpga_version(Report& report, unsigned address)
     return true;
 }
 
-bool report_activation(Report& report, const Unit& unit)
+bool report_activation(Report& report, const ReportedUnit& unit)
 {
     unit.announce("activation state");
     std::uint8_t on = 0;
@@ -102,7 +102,7 @@ bool report_activation(Report& report, const Unit& unit)
     return true;
 }
 
-bool report_module_state(Report& report, const Unit& unit)
+bool report_module_state(Report& report, const ReportedUnit& unit)
 {
     unit.announce("state");
     std::uint16_t state = 0;
@@ -114,7 +114,7 @@ bool report_module_state(Report& report, const Unit& unit)
     return true;
 }
 
-bool report_heat_controller(Report& report, const Unit& unit, ProductData& data)
+bool report_heat_controller(Report& report, const ReportedUnit& unit, ProductData& data)
 {
     unit.announce("hardware limits");
     if (!call(LIB(GetHeatCtrlHwLimits), &data.maximum_voltage, &data.maximum_current,
@@ -146,7 +146,7 @@ bool report_heat_controller(Report& report, const Unit& unit, ProductData& data)
     return true;
 }
 
-bool report_hv_supply(Report& report, const Unit& unit)
+bool report_hv_supply(Report& report, const ReportedUnit& unit)
 {
     unit.announce("target output voltage");
     double volts = 0.0;
@@ -165,9 +165,9 @@ bool report_hv_supply(Report& report, const Unit& unit)
     return true;
 }
 
-bool report_unit(Report& report, unsigned address, Kind& kind, ProductData& data)
+bool report_unit(Report& report, unsigned address, UnitKind& kind, ProductData& data)
 {
-    const Unit unit{.address = address, .of_name = " of " + module_name(address)};
+    const ReportedUnit unit{.address = address, .of_name = " of " + module_name(address)};
     const bool is_hv_slot = address != heat_controller && address != base_unit;
     if (!report_identification(report, unit) || !report_kind(report, unit, kind) ||
         (is_hv_slot && kind.device_type == module_type::hv_supply &&
@@ -185,14 +185,14 @@ bool report_unit(Report& report, unsigned address, Kind& kind, ProductData& data
 bool report_modules(Report& report, ProductData& data)
 {
     const auto report_under = [&](const std::string& on_console, const std::string& in_file,
-                                  unsigned address, Kind& kind) {
+                                  unsigned address, UnitKind& kind) {
         report.heading(on_console, in_file);
         report.indent(true);
         const bool reported = report_unit(report, address, kind, data);
         report.indent(false);
         return reported && may_go_on(report);
     };
-    Kind kind;
+    UnitKind kind;
     if (data.presence.has_base_unit() && !report_under("Base unit:", "Base unit:", base_unit, kind))
         return false;
     data.base_device_type = kind.device_type;

@@ -15,7 +15,7 @@ inline constexpr unsigned screen_slots = 4;
 inline constexpr std::size_t base_index = ModulePresence::base_unit_index;
 
 /// Values that become ready together, with the record of their readings.
-struct Group {
+struct ReadingGroup {
     std::uint32_t readings = 0;
     std::uint32_t errors = 0;
     std::uint32_t overflows = 0; ///< readings that the device lost because nobody fetched them
@@ -66,15 +66,15 @@ public:
     bool has_words = false;
 
     ControllerHousekeeping controller;
-    Group controller_group;
+    ReadingGroup controller_group;
     std::array<ModuleHousekeeping, 5> housekeeping; ///< slots 0..3, base unit
-    std::array<Group, 5> housekeeping_groups;
+    std::array<ReadingGroup, 5> housekeeping_groups;
     HeaterMonitoring monitoring;
-    Group monitoring_group;
+    ReadingGroup monitoring_group;
     std::array<double, screen_slots> voltage{}; ///< V, slots 1..3
-    std::array<Group, screen_slots> voltage_groups;
+    std::array<ReadingGroup, screen_slots> voltage_groups;
     std::array<double, screen_slots> current{}; ///< A
-    std::array<Group, screen_slots> current_groups;
+    std::array<ReadingGroup, screen_slots> current_groups;
 
 private:
     [[nodiscard]] const char* read_state();

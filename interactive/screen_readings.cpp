@@ -1,4 +1,4 @@
-#include "interactive/readings.h"
+#include "interactive/screen_readings.h"
 
 #include "frame/device_call.h"
 #include "frame/error_report.h"
@@ -10,7 +10,7 @@ namespace
 /// Counts an overflow, reads the group if it is ready, and counts the reading if it is valid.
 /// `read` fills `fresh` and returns what failed; `is_valid` looks at it; then it becomes `latest`.
 template <class Values, class Read, class IsValid>
-const char* read_group(std::uint8_t flags, int bit, Group& group, Values& latest, Read read,
+const char* read_group(std::uint8_t flags, int bit, ReadingGroup& group, Values& latest, Read read,
                        IsValid is_valid)
 {
     if (has_overflowed(flags, bit))
@@ -32,12 +32,12 @@ const char* read_group(std::uint8_t flags, int bit, Group& group, Values& latest
 
 } // namespace
 
-double Group::mean_duration_ms() const
+double ReadingGroup::mean_duration_ms() const
 {
     return readings > 1 ? static_cast<double>(last_ms - first_ms) / (readings - 1) : 0.0;
 }
 
-void Group::count_reading(std::int64_t now_ms)
+void ReadingGroup::count_reading(std::int64_t now_ms)
 {
     if (readings == 0)
         first_ms = now_ms;
@@ -136,7 +136,7 @@ struct Output {
 /// The output voltages, or the output currents, of the HV-supplies.
 template <class Function>
 const char* read_outputs(const ModulePresence& presence, const CompleteState& state, int bit,
-                         std::array<Group, screen_slots>& groups,
+                         std::array<ReadingGroup, screen_slots>& groups,
                          std::array<double, screen_slots>& values,
                          LibraryFunction<Function> function)
 {
