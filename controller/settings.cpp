@@ -13,7 +13,7 @@ void set_enable(bool enable)
     if (!call(LIB(SetEnable), static_cast<std::uint8_t>(enable)))
         return;
     console.print("Device was ");
-    console.print(enable ? Word{"enabled", Color::value} : Word{"disabled", Color::disabled});
+    console.print(enabled_or_disabled(enable));
     console.print("\n");
 }
 
@@ -59,7 +59,7 @@ void show_enable_state(const Given&)
     if (!call(LIB(GetEnable), &enabled))
         return;
     console.print("Device is ");
-    console.print(enabled != 0 ? Word{"enabled", Color::value} : Word{"disabled", Color::disabled});
+    console.print(enabled_or_disabled(enabled != 0));
     console.print("\n");
 }
 

@@ -5,6 +5,7 @@
 
 #include <array>
 
+#include "controller/status_words.h"
 #include "frame/bit_fields.h"
 #include "frame/format.h"
 #include "frame/switches.h"
@@ -12,10 +13,10 @@
 /// An interlock enable mask, 8 bits, the same for the HV-supplies and the heat-controller: set =
 /// the input acts on the modules of that kind.
 inline constexpr std::array interlock_mask_fields = {
-    BitField{"  HTCTR#1: ", 0, on_word, off_word},
-    BitField{"  HTCTR#2: ", 1, on_word, off_word},
-    BitField{"  front: ", 2, on_word, off_word},
-    BitField{"  rear: ", 3, on_word, off_word},
+    BitField{"  HTCTR#1: ", interlock_bit::heat_controller_1, on_word, off_word},
+    BitField{"  HTCTR#2: ", interlock_bit::heat_controller_2, on_word, off_word},
+    BitField{"  front: ", interlock_bit::front, on_word, off_word},
+    BitField{"  rear: ", interlock_bit::rear, on_word, off_word},
 };
 
 /// Function of the slide switch 'Fan', 8 bits: whether the software overrides it, and with what.

@@ -1,8 +1,7 @@
 #include "controller/status_displays.h"
 
+#include <array>
 #include <span>
-#include <string>
-#include <vector>
 
 #include "controller/status_words.h"
 #include "frame/bit_fields.h"
@@ -14,62 +13,48 @@
 namespace
 {
 
-using Labels = std::vector<const char*>;
-using Words = std::vector<Word>;
-
-/// What a display of one state byte is made of.
-struct ByteDisplay {
-    const char* title;
-    LibraryFunction<decltype(COM_KOV_CTRL_GetVoltageState)> function;
-    Labels labels;
-    int gap; ///< columns behind a label
-    Words (*words)(std::uint8_t state);
-};
-
 /// The state byte on the header line; its fields behind it or, continuously, on the next line.
-void show_state_byte(const ByteDisplay& display, const Given& given)
+template <class Fields>
+void show_state_byte(const char* title,
+                     LibraryFunction<decltype(COM_KOV_CTRL_GetVoltageState)> function,
+                     const Fields& fields, int gap, const Given& given)
 {
     struct Values {
         std::uint8_t state;
     };
     Place word;
-    FieldLine fields;
+    FieldLine line;
     run_live_display<Values>(
-        {.title = display.title, .continuous = given.capital},
+        {.title = title, .continuous = given.capital},
         [&](LiveFields& live) {
             word = console.place();
             print_word(0, 8);
             live.place_rates(rates_in_line);
             console.print(given.capital ? "\r\n" : ",");
-            fields = FieldLine{display.labels, display.gap};
+            line = FieldLine{labels_of(fields), gap};
         },
-        [&](Values& values) { return attempt(display.function, &values.state); },
+        [&](Values& values) { return attempt(function, &values.state); },
         [&](const Values& values) {
             console.move_to(word);
             print_word(values.state, 8);
-            fields.show(display.words(values.state));
+            line.show(words_of(fields, values.state));
         });
 }
 
-/// Several one-letter values behind a header without a state word.
-template <class Values, class Read, class ToWords>
-void show_letters(const char* title, const Labels& labels, int gap, const Given& given, Read read,
-                  ToWords words)
+/// The flags of a record behind a header without a state word.
+template <class Record, std::size_t count>
+void show_flags(const char* title, const std::array<FlagField<Record>, count>& fields, int gap,
+                const Given& given, const char* (*attempt_record)(Record&))
 {
-    FieldLine fields;
-    run_live_display<Values>(
+    FieldLine line;
+    run_live_display<Record>(
         {.title = title, .title_end = ":", .continuous = given.capital},
         [&](LiveFields& live) {
             live.place_rates(rates_in_line);
             console.print(given.capital ? "\r\n" : ",");
-            fields = FieldLine{labels, gap};
+            line = FieldLine{labels_of(fields), gap};
         },
-        read, [&](const Values& values) { fields.show(words(values)); });
-}
-
-Word good_letter(const char* good, const char* not_good, std::uint8_t flag)
-{
-    return flag != 0 ? Word{good, Color::good} : Word{not_good, Color::not_good};
+        attempt_record, [&](const Record& record) { line.show(words_of(fields, record)); });
 }
 
 } // namespace
@@ -121,40 +106,20 @@ void show_device_state(const Given&)
 void show_voltage_state(const Given& given)
 {
     progress("Getting voltage state:\r\n");
-    show_state_byte(
-        {.title = "Voltage state",
-         .function = LIB(GetVoltageState),
-         .labels = labels_of(voltage_state_fields),
-         .gap = 1,
-         .words = [](std::uint8_t state) { return words_of(voltage_state_fields, state); }},
-        given);
+    show_state_byte("Voltage state", LIB(GetVoltageState), voltage_state_fields, 1, given);
 }
 
 void show_temperature_state(const Given& given)
 {
     progress("Getting temperature state:\r\n");
-    show_state_byte({.title = "Temperature state",
-                     .function = LIB(GetTemperatureState),
-                     .labels = {"   CPU: ", "   PSU: "},
-                     .gap = 1,
-                     .words =
-                         [](std::uint8_t state) {
-                             using namespace temperature_bit;
-                             return Words{temperature_word(state, cpu_hot, cpu_cold),
-                                          temperature_word(state, psu_hot, psu_cold)};
-                         }},
+    show_state_byte("Temperature state", LIB(GetTemperatureState), temperature_state_fields, 1,
                     given);
 }
 
 void show_fan_state(const Given& given)
 {
     progress("Getting fan state:\r\n");
-    show_state_byte({.title = "Fan state",
-                     .function = LIB(GetFanState),
-                     .labels = labels_of(fan_state_fields),
-                     .gap = 3,
-                     .words = [](std::uint8_t state) { return words_of(fan_state_fields, state); }},
-                    given);
+    show_state_byte("Fan state", LIB(GetFanState), fan_state_fields, 3, given);
 }
 
 void show_interlock_state(const Given& given)
@@ -185,35 +150,12 @@ void show_interlock_state(const Given& given)
 
 void show_input_levels(const Given& given)
 {
-    struct Values {
-        std::uint8_t front, rear, fan_enabled;
-    };
     progress("Getting the device input levels:\r\n");
-    show_letters<Values>(
-        "Device input levels",
-        {"   Interlock Front State: ", "   Interlock Rear Level: ", "   Fan Enabled: "}, 1, given,
-        [](Values& values) {
-            return attempt(LIB(GetInputs), &values.front, &values.rear, &values.fan_enabled);
-        },
-        [](const Values& values) {
-            return Words{good_letter("Y", "N", values.front), good_letter("1", "0", values.rear),
-                         good_letter("Y", "N", values.fan_enabled)};
-        });
+    show_flags("Device input levels", input_level_fields, 1, given, attempt_input_levels);
 }
 
 void show_power_monitors(const Given& given)
 {
-    struct Values {
-        std::uint8_t ac_input, dc_output;
-    };
     progress("Getting the power monitor state:\r\n");
-    show_letters<Values>(
-        "Power monitor state", {"   AC input: ", "   DC output: "}, 4, given,
-        [](Values& values) {
-            return attempt(LIB(GetPowerMonitors), &values.ac_input, &values.dc_output);
-        },
-        [](const Values& values) {
-            return Words{values.ac_input != 0 ? ok_word : fail_word,
-                         values.dc_output != 0 ? ok_word : fail_word};
-        });
+    show_flags("Power monitor state", power_monitor_fields, 4, given, attempt_power_monitors);
 }

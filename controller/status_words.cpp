@@ -2,20 +2,29 @@
 
 Word overall_state_word(std::uint16_t code)
 {
-    constexpr std::array<const char*, 6> errors = {
-        "Error: General fault ", "Error: Modules       ", "Error: Supply voltage",
-        "Error: Too cold      ", "Error: Overheating   ", "Error: Interlock     ",
-    };
-    if (code == overall_state::on)
+    switch (code) {
+    case overall_state::on:
         return {"On                   ", Color::good};
-    if (code == overall_state::stand_by)
+    case overall_state::stand_by:
         return {"Stand-by             ", Color::good};
-    if (code >= overall_state::first_error && code <= overall_state::last_error)
-        return {errors[code - overall_state::first_error], Color::bad};
-    return {"Unknown state        ", Color::value};
+    case overall_state::general_fault:
+        return {"Error: General fault ", Color::bad};
+    case overall_state::modules:
+        return {"Error: Modules       ", Color::bad};
+    case overall_state::supply_voltage:
+        return {"Error: Supply voltage", Color::bad};
+    case overall_state::too_cold:
+        return {"Error: Too cold      ", Color::bad};
+    case overall_state::overheating:
+        return {"Error: Overheating   ", Color::bad};
+    case overall_state::interlock:
+        return {"Error: Interlock     ", Color::bad};
+    default:
+        return {"Unknown state        ", Color::value};
+    }
 }
 
-Word temperature_word(std::uint8_t state, int hot_bit, int cold_bit)
+Word TemperatureField::word(std::uint8_t state) const
 {
     if ((state >> hot_bit & 1) != 0)
         return {"hot ", Color::hot};

@@ -4,22 +4,6 @@
 
 #include "frame/format.h"
 
-std::vector<const char*> labels_of(std::span<const BitField> fields)
-{
-    std::vector<const char*> labels;
-    for (const BitField& field : fields)
-        labels.push_back(field.label);
-    return labels;
-}
-
-std::vector<Word> words_of(std::span<const BitField> fields, std::uint32_t value)
-{
-    std::vector<Word> words;
-    for (const BitField& field : fields)
-        words.push_back(field.word(value));
-    return words;
-}
-
 FieldLine::FieldLine(std::span<const char* const> labels, int gap)
 {
     for (const char* label : labels)

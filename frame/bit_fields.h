@@ -36,10 +36,25 @@ struct BitField {
     return true;
 }
 
-[[nodiscard]] std::vector<const char*> labels_of(std::span<const BitField> fields);
+/// The labels of a table, in display order: of one of bit fields, or of others with a label.
+template <class Fields>
+[[nodiscard]] std::vector<const char*> labels_of(const Fields& fields)
+{
+    std::vector<const char*> labels;
+    for (const auto& field : fields)
+        labels.push_back(field.label);
+    return labels;
+}
 
 /// The words of a value, in display order.
-[[nodiscard]] std::vector<Word> words_of(std::span<const BitField> fields, std::uint32_t value);
+template <class Fields, class Value>
+[[nodiscard]] std::vector<Word> words_of(const Fields& fields, const Value& value)
+{
+    std::vector<Word> words;
+    for (const auto& field : fields)
+        words.push_back(field.word(value));
+    return words;
+}
 
 /// A row of labels with a word behind each.
 class FieldLine

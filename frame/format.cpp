@@ -46,7 +46,7 @@ Word ok_fail_or_disabled(bool enabled, bool good)
 {
     if (!enabled)
         return {"dis.", Color::disabled};
-    return good ? Word{"OK  ", Color::good} : Word{"fail", Color::bad};
+    return ok_or_fail(good);
 }
 
 const char* led_color_name(bool red, bool green, bool blue)

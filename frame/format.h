@@ -31,6 +31,10 @@ inline constexpr Word on_word = {" on", Color::good};
 inline constexpr Word off_word = {"off", Color::bad};
 inline constexpr Word yes_word = {"yes", Color::good};
 inline constexpr Word no_word = {" no", Color::bad};
+inline constexpr Word ok_word = {"OK  ", Color::good};
+inline constexpr Word fail_word = {"fail", Color::bad};
+inline constexpr Word enabled_word = {"enabled", Color::value};
+inline constexpr Word disabled_word = {"disabled", Color::disabled};
 
 [[nodiscard]] constexpr const Word& on_off(bool on)
 {
@@ -40,6 +44,16 @@ inline constexpr Word no_word = {" no", Color::bad};
 [[nodiscard]] constexpr const Word& yes_no(bool yes)
 {
     return yes ? yes_word : no_word;
+}
+
+[[nodiscard]] constexpr const Word& ok_or_fail(bool good)
+{
+    return good ? ok_word : fail_word;
+}
+
+[[nodiscard]] constexpr const Word& enabled_or_disabled(bool enabled)
+{
+    return enabled ? enabled_word : disabled_word;
 }
 
 /// "active", or "off" padded to the same width.

@@ -3,8 +3,9 @@
 
 #include <cstdint>
 
-/// Device-type code of the controller that this program is made for.
+/// Device-type code of the controller that this program is made for, and what it is called.
 inline constexpr std::uint16_t controller_device_type = 0x8ED6;
+inline constexpr const char* controller_type_name = "KOV-CTRL";
 
 /// Opens the port and checks library and device, the first time; true when the session can be
 /// used. A failure is told to the user, clears the run flag, and is never tried again. A device of

@@ -49,11 +49,9 @@ void show_common_values(const HousekeepingPlaces& places, const Values& values)
 
 void show_controller(const HousekeepingPlaces& places, const ScreenReadings& readings)
 {
-    const ControllerHousekeeping& values = readings.controller;
     show_group(places.group, readings.controller_group);
-    if (readings.controller_group.readings == 0)
-        return;
-    show_common_values(places, values);
+    if (readings.controller_group.readings > 0)
+        show_common_values(places, readings.controller);
 }
 
 void show_module(const HousekeepingPlaces& places, const ModuleHousekeeping& values,
@@ -74,9 +72,8 @@ void show_monitoring(const MonitoringPlaces& places, const HeaterMonitoring& val
                      const ReadingGroup& group)
 {
     show_group(places.group, group);
-    if (group.readings == 0)
-        return;
-    places.values.show(values);
+    if (group.readings > 0)
+        places.values.show(values);
 }
 
 // ---- Status words ----
@@ -93,25 +90,40 @@ void show_field(const char* label, const Word& word)
     console.print(word);
 }
 
-/// The short texts of this screen. The colour goes by the code alone, known or not.
+/// The short texts of this screen.
+const char* overall_state_text(std::uint16_t code)
+{
+    switch (code) {
+    case overall_state::on:
+        return "OK";
+    case overall_state::stand_by:
+        return "Stand-by";
+    case overall_state::general_fault:
+        return "General error";
+    case overall_state::modules:
+        return "Module error";
+    case overall_state::supply_voltage:
+        return "Supply-voltage error";
+    case overall_state::too_cold:
+        return "Low-temperature error";
+    case overall_state::overheating:
+        return "Overheating error";
+    case overall_state::interlock:
+        return "Interlock error";
+    default:
+        return "Unknown error";
+    }
+}
+
 void show_overall_state(Place place, std::uint16_t code)
 {
-    constexpr std::array<const char*, 6> errors = {
-        "General error",         "Module error",      "Supply-voltage error",
-        "Low-temperature error", "Overheating error", "Interlock error",
-    };
-    const char* text = "Unknown error";
-    if (code == overall_state::on)
-        text = "OK";
-    else if (code == overall_state::stand_by)
-        text = "Stand-by";
-    else if (code >= overall_state::first_error && code <= overall_state::last_error)
-        text = errors[code - overall_state::first_error];
     constexpr int longest_text = 21;
+    // Kept: the code alone decides, so an unknown one below the errors is an "Unknown error" in the
+    // colour of what is good.
+    const Color color = code < overall_state::first_error ? Color::good : Color::bad;
     show_word(place, code, 16);
     console.print("  ");
-    console.print(code < overall_state::first_error ? Color::good : Color::bad, "%-*s",
-                  longest_text, text);
+    console.print(color, "%-*s", longest_text, overall_state_text(code));
 }
 
 void show_module_state(Place place, unsigned slot, std::uint16_t state)
@@ -131,21 +143,23 @@ struct ShortField {
 };
 
 constexpr std::array device_fields = {
-    ShortField{"  Interlock: ", device_state_fields[0]},
-    ShortField{"  Supply voltages: ", device_state_fields[1]},
-    ShortField{"  Temperature: ", device_state_fields[2]},
-    ShortField{"  Fan : ", device_state_fields[3]}, // with its blank
-    ShortField{"  Module configuration: ", device_state_fields[4]},
+    ShortField{"  Interlock: ", device_state_field::interlock},
+    ShortField{"  Supply voltages: ", device_state_field::supply_voltages},
+    ShortField{"  Temperature: ", device_state_field::temperature},
+    ShortField{"  Fan : ", device_state_field::fan}, // Kept: a blank before this colon alone.
+    ShortField{"  Module configuration: ", device_state_field::modules},
 };
 
 // The other way round than in the single display.
 constexpr std::array voltage_fields = {
-    ShortField{"  Line: ", voltage_state_fields[4]}, ShortField{"  PSU: ", voltage_state_fields[3]},
-    ShortField{"  24V: ", voltage_state_fields[2]},  ShortField{"  5V0: ", voltage_state_fields[1]},
-    ShortField{"  3V3: ", voltage_state_fields[0]},
+    ShortField{"  Line: ", voltage_state_field::line},
+    ShortField{"  PSU: ", voltage_state_field::psu},
+    ShortField{"  24V: ", voltage_state_field::plus_24},
+    ShortField{"  5V0: ", voltage_state_field::plus_5},
+    ShortField{"  3V3: ", voltage_state_field::plus_3_3},
 };
 
-constexpr std::array fan_fields = {ShortField{"  Fan: ", fan_state_fields[0]}};
+constexpr std::array fan_fields = {ShortField{"  Fan: ", fan_state_field::good}};
 
 void show_short_fields(Place place, std::uint8_t state, std::span<const ShortField> fields)
 {
@@ -167,32 +181,36 @@ void show_temperature_state(Place place, std::uint8_t state)
     show_field(", PSU: ", fault(psu_cold));
 }
 
-/// One interlock input: its resulting value, and its levels now and last.
+/// One interlock input: its bit in the masks, its resulting value, and its levels now and last.
 struct InterlockInput {
     const char* label;
     const char* enabled_label;
+    int mask_bit;
     const BitField& resulting;
     const BitField& current;
     const BitField& last;
 };
 
 constexpr std::array interlock_inputs = {
-    InterlockInput{"  HTCTR#1: ", "  HTCTR#1 enabled: ", resulting_interlock_fields[0],
-                   heat_controller_interlock_fields[0], heat_controller_interlock_fields[1]},
-    InterlockInput{"  HTCTR#2: ", "  HTCTR#2 enabled: ", resulting_interlock_fields[1],
-                   heat_controller_interlock_fields[2], heat_controller_interlock_fields[3]},
-    InterlockInput{"  front: ", "    front enabled: ", resulting_interlock_fields[2],
-                   controller_interlock_fields[0], controller_interlock_fields[1]},
-    InterlockInput{"  rear: ", "     rear enabled: ", resulting_interlock_fields[3],
-                   controller_interlock_fields[2], controller_interlock_fields[3]},
+    InterlockInput{"  HTCTR#1: ", "  HTCTR#1 enabled: ", interlock_bit::heat_controller_1,
+                   interlock_field::resulting_1, interlock_field::current_1,
+                   interlock_field::last_1},
+    InterlockInput{"  HTCTR#2: ", "  HTCTR#2 enabled: ", interlock_bit::heat_controller_2,
+                   interlock_field::resulting_2, interlock_field::current_2,
+                   interlock_field::last_2},
+    InterlockInput{"  front: ", "    front enabled: ", interlock_bit::front,
+                   interlock_field::resulting_front, interlock_field::current_front,
+                   interlock_field::last_front},
+    InterlockInput{"  rear: ", "     rear enabled: ", interlock_bit::rear,
+                   interlock_field::resulting_rear, interlock_field::current_rear,
+                   interlock_field::last_rear},
 };
 
 void show_interlock_state(Place place, std::uint16_t state, InterlockMasks masks)
 {
     show_word(place, state, 16);
-    // The masks name the inputs in the order of the resulting values.
     for (const InterlockInput& input : interlock_inputs) {
-        const bool enabled = masks.is_enabled(input.resulting.bit);
+        const bool enabled = masks.is_enabled(input.mask_bit);
         show_field(input.label,
                    enabled ? input.resulting.word(state) : ok_fail_or_disabled(false, false));
     }
@@ -202,7 +220,7 @@ void show_interlock_state(Place place, std::uint16_t state, InterlockMasks masks
         if (i % inputs_per_row == 0)
             console.move_to({place.row + 1 + static_cast<int>(i / inputs_per_row), 1});
         show_field(input.enabled_label,
-                   masks.is_enabled(input.resulting.bit) ? yes_word : Word{" no", Color::disabled});
+                   masks.is_enabled(input.mask_bit) ? yes_word : Word{" no", Color::disabled});
         show_field("  current: ", input.current.word(state));
         show_field("  last: ", input.last.word(state));
     }

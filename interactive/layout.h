@@ -45,7 +45,7 @@ struct StateWordPlaces {
 struct ScreenLayout {
     PortLine port;
     HousekeepingPlaces controller;
-    std::array<HousekeepingPlaces, 5> modules; ///< slots 0..3, base unit; row 0 when absent
+    PerUnit<HousekeepingPlaces> modules; ///< row 0 when absent
     MonitoringPlaces monitoring;
     std::array<OutputPlaces, screen_slots> voltage, current;
     Place overall_state;

@@ -53,18 +53,15 @@ void report_reading(const char* failed)
 /// What overflowed before the screen began was nobody's fault.
 void ScreenReadings::forget_old_overflows(CompleteState& first) const
 {
-    constexpr std::uint8_t controller_overflows = 0x0A;      // bits 1 and 3
-    constexpr std::uint8_t heat_controller_overflows = 0x0A; // bits 1 and 3
-    constexpr std::uint8_t hv_supply_overflows = 0xA8;       // bits 3, 5 and 7
-    constexpr std::uint8_t base_overflows = 0x08;            // bit 3
-    const auto clear = [](std::uint8_t& flags, std::uint8_t mask) {
-        flags = static_cast<std::uint8_t>(flags & ~mask);
+    const auto forget = [](std::uint8_t& flags, std::initializer_list<int> bits) {
+        flags = without_overflows(flags, bits);
     };
-    clear(first.data_ready, controller_overflows);
-    clear(first.module_data_ready[0], heat_controller_overflows);
+    forget(first.data_ready, {controller_ready_bit::housekeeping, controller_ready_bit::fan});
+    forget(first.module_data_ready[0], {ready_bit::monitoring, ready_bit::housekeeping});
     for (unsigned slot = 1; slot < screen_slots; ++slot)
-        clear(first.module_data_ready[slot], hv_supply_overflows);
-    clear(first.module_data_ready[base_index], base_overflows);
+        forget(first.module_data_ready[slot],
+               {ready_bit::housekeeping, ready_bit::output_voltage, ready_bit::output_current});
+    forget(first.module_data_ready[base_index], {ready_bit::housekeeping});
 }
 
 const char* ScreenReadings::read_state()
@@ -89,18 +86,14 @@ const char* ScreenReadings::read_state()
 
 const char* ScreenReadings::read_controller()
 {
-    return read_group(
-        state.data_ready, ready_bit::controller_housekeeping, controller_group, controller,
-        [](ControllerHousekeeping& values) {
-            return attempt(LIB(GetHousekeeping), &values.plus_24, &values.plus_5, &values.plus_3_3,
-                           &values.cpu, &values.psu);
-        },
-        [](const ControllerHousekeeping&) { return true; });
+    return read_group(state.data_ready, controller_ready_bit::housekeeping, controller_group,
+                      controller, attempt_controller_housekeeping,
+                      [](const ControllerHousekeeping&) { return true; });
 }
 
 const char* ScreenReadings::read_housekeeping()
 {
-    constexpr std::array<std::size_t, 5> order = {0, base_index, 1, 2, 3};
+    constexpr PerUnit<std::size_t> order = {0, base_index, 1, 2, 3};
     for (const std::size_t index : order) {
         if (presence_.flags[index] != presence_flag::present)
             continue;

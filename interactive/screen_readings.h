@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "controller/readings.h"
 #include "frame/live_display.h"
 #include "modules/presence.h"
 #include "modules/readings.h"
@@ -13,6 +14,10 @@
 /// Slots that the screen lays out, and the place of the base unit behind them.
 inline constexpr unsigned screen_slots = 4;
 inline constexpr std::size_t base_index = ModulePresence::base_unit_index;
+
+/// What each slot has, and the base unit behind them.
+template <class T>
+using PerUnit = std::array<T, base_index + 1>;
 
 /// Values that become ready together, with the record of their readings.
 struct ReadingGroup {
@@ -36,12 +41,8 @@ struct CompleteState {
     std::uint8_t fan = 0;
     std::uint16_t interlock = 0;
     std::uint16_t overall = 0;
-    std::array<std::uint8_t, 5> module_data_ready{}; ///< slots 0..3, base unit
-    std::array<std::uint16_t, 5> module{};
-};
-
-struct ControllerHousekeeping {
-    double plus_24 = 0, plus_5 = 0, plus_3_3 = 0, cpu = 0, psu = 0;
+    PerUnit<std::uint8_t> module_data_ready{};
+    PerUnit<std::uint16_t> module{};
 };
 
 class ScreenReadings
@@ -67,8 +68,8 @@ public:
 
     ControllerHousekeeping controller;
     ReadingGroup controller_group;
-    std::array<ModuleHousekeeping, 5> housekeeping; ///< slots 0..3, base unit
-    std::array<ReadingGroup, 5> housekeeping_groups;
+    PerUnit<ModuleHousekeeping> housekeeping;
+    PerUnit<ReadingGroup> housekeeping_groups;
     HeaterMonitoring monitoring;
     ReadingGroup monitoring_group;
     std::array<double, screen_slots> voltage{}; ///< V, slots 1..3

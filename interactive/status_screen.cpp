@@ -87,7 +87,7 @@ void draw_identification()
         console.print(Color::value, "%04Xh", type);
         if (type == controller_device_type) {
             console.print(" = ");
-            console.print(Color::value, "KOV-CTRL");
+            console.print(Color::value, "%s", controller_type_name);
         }
     }
     label(6, middle, "Hardware type: ");

@@ -2,15 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 
-/// Bits of a data-ready byte: there is a new value. The next bit says that one was lost before it
-/// was fetched.
+/// Bits of a module's data-ready byte: there is a new value. The next bit says that one was lost
+/// before it was fetched. (The controller's byte is alike: controller_ready_bit.)
 namespace ready_bit
 {
-inline constexpr int controller_housekeeping = 0; ///< of the controller's own byte
-inline constexpr int fan = 2;                     ///< of the controller's own byte
-inline constexpr int monitoring = 0;              ///< of a module's byte, as all that follow
+inline constexpr int monitoring = 0;
 inline constexpr int housekeeping = 2;
 inline constexpr int output_voltage = 4;
 inline constexpr int output_current = 6;
@@ -24,6 +23,16 @@ inline constexpr int output_current = 6;
 [[nodiscard]] constexpr bool has_overflowed(std::uint8_t flags, int bit)
 {
     return (flags >> (bit + 1) & 1) != 0;
+}
+
+/// The flags as they would be if none of those values had been lost.
+[[nodiscard]] constexpr std::uint8_t without_overflows(std::uint8_t flags,
+                                                       std::initializer_list<int> bits)
+{
+    unsigned rest = flags;
+    for (const int bit : bits)
+        rest &= ~(2U << bit);
+    return static_cast<std::uint8_t>(rest);
 }
 
 /// Supply voltages in V and temperatures in degrees Celsius. A module fills what it has: the base

@@ -3,6 +3,7 @@
 #include <initializer_list>
 #include <span>
 
+#include "controller/readings.h"
 #include "controller/settings.h"
 #include "controller/status_words.h"
 #include "frame/console.h"
@@ -58,26 +59,25 @@ bool report_state(Report& report, const char* name, const char* label,
 bool report_power_monitors(Report& report)
 {
     progress("Getting the power monitor state:\r\n");
-    std::uint8_t ac_input = 0;
-    std::uint8_t dc_output = 0;
-    if (!call(LIB(GetPowerMonitors), &ac_input, &dc_output))
+    PowerMonitors monitors;
+    if (!succeeded(attempt_power_monitors(monitors)))
         return false;
-    const ReportItem items[] = {word_item("AC input", ac_input != 0 ? ok_word : fail_word),
-                                word_item("DC output", dc_output != 0 ? ok_word : fail_word)};
+    BareLabels labels;
+    ReportItems items;
+    add_fields(items, labels, power_monitor_fields, monitors);
     report.group("Power monitor state", items);
     return true;
 }
 
 bool report_temperature_state(Report& report)
 {
-    using namespace temperature_bit;
     progress("Getting temperature state:\r\n");
     std::uint8_t state = 0;
     if (!call(LIB(GetTemperatureState), &state))
         return false;
-    const ReportItem items[] = {{.label = "Temperature state", .value = word_text(state, 8)},
-                                word_item("CPU", temperature_word(state, cpu_hot, cpu_cold)),
-                                word_item("PSU", temperature_word(state, psu_hot, psu_cold))};
+    BareLabels labels;
+    ReportItems items{{.label = "Temperature state", .value = word_text(state, 8)}};
+    add_fields(items, labels, temperature_state_fields, state);
     report.items(items);
     return true;
 }
@@ -85,39 +85,26 @@ bool report_temperature_state(Report& report)
 bool report_inputs(Report& report)
 {
     progress("Getting the device input levels:\r\n");
-    std::uint8_t front = 0;
-    std::uint8_t rear = 0;
-    std::uint8_t fan_enabled = 0;
-    if (!call(LIB(GetInputs), &front, &rear, &fan_enabled))
+    InputLevels levels;
+    if (!succeeded(attempt_input_levels(levels)))
         return false;
-    const auto item = [](const char* label, std::uint8_t level, const char* set,
-                         const char* clear) {
-        return ReportItem{.label = label,
-                          .value = level != 0 ? set : clear,
-                          .color = level != 0 ? Color::good : Color::not_good};
-    };
-    const ReportItem items[] = {item("Interlock Front State", front, "Y", "N"),
-                                item("Interlock Rear Level", rear, "1", "0"),
-                                item("Fan Enabled", fan_enabled, "Y", "N")};
+    BareLabels labels;
+    ReportItems items;
+    add_fields(items, labels, input_level_fields, levels);
     report.group("Device input levels", items);
     return true;
 }
 
 /// Uptime and operation time: the current value and the total.
-template <class Function>
 bool report_times(Report& report, const char* name, const char* label, const char* divider,
-                  LibraryFunction<Function> function)
+                  const char* (*attempt_times)(RunTimes&))
 {
     progress("Getting the device %s:\r\n", name);
-    std::uint32_t seconds = 0;
-    std::uint32_t total_seconds = 0;
-    std::uint16_t milliseconds = 0;
-    std::uint16_t total_milliseconds = 0;
-    if (!call(function, &seconds, &milliseconds, &total_seconds, &total_milliseconds))
+    RunTimes times;
+    if (!succeeded(attempt_times(times)))
         return false;
-    const ReportItem items[] = {
-        {.label = label, .value = uptime_text(seconds, milliseconds), .divider = divider},
-        {.label = "total", .value = uptime_text(total_seconds, total_milliseconds)}};
+    const ReportItem items[] = {{.label = label, .value = times.text(), .divider = divider},
+                                {.label = "total", .value = times.total_text()}};
     report.items(items);
     return true;
 }
@@ -148,8 +135,8 @@ bool report_controller_state(Report& report, std::uint16_t& overall)
                               "Function of the slide switch 'Fan'", LIB(GetFanSwitchOverride),
                               {fan_switch_fields}) &&
            report_inputs(report) &&
-           report_times(report, "uptime", "Device uptime", ":  ", LIB(GetUptimeInt)) &&
-           report_times(report, "operation time", "Operation time", ": ", LIB(GetOptimeInt));
+           report_times(report, "uptime", "Device uptime", ":  ", attempt_uptime) &&
+           report_times(report, "operation time", "Operation time", ": ", attempt_operation_time);
 }
 
 } // namespace

@@ -2,10 +2,11 @@
 
 #include <numeric>
 #include <string>
+#include <utility>
 
+#include "controller/readings.h"
 #include "frame/device_call.h"
 #include "frame/platform.h"
-#include "modules/readings.h"
 #include "protocol/sampling.h"
 
 namespace
@@ -16,7 +17,7 @@ bool report_enabled(Report& report)
     std::uint8_t enabled = 0;
     if (!call(LIB(GetEnable), &enabled))
         return false;
-    report.text(std::string{"Device is "} + (enabled != 0 ? "enabled" : "disabled"));
+    report.text(std::string{"Device is "} + enabled_or_disabled(enabled != 0).text);
     return may_go_on(report);
 }
 
@@ -30,7 +31,7 @@ bool set_enable_and_check(Report& report, bool enable)
     std::uint8_t enabled = 0;
     if (!call(LIB(GetEnable), &enabled))
         return false;
-    const std::string state = enable ? "enabled" : "disabled";
+    const std::string state = enabled_or_disabled(enable).text;
     if ((enabled != 0) != enable) {
         report.result("Device could not be " + state, Color::bad);
         return false;
@@ -76,35 +77,42 @@ bool measure_communication(Report& report)
            measure_transfers(report, "Measuring communication transfer time", block.c_str());
 }
 
+constexpr RecordChannel<CpuData> cpu_channels[] = {
+    {"load", &CpuData::load, &quantity::percent_of_one},
+    {"frequency", &CpuData::frequency, &quantity::megahertz},
+};
+
 bool measure_cpu(Report& report)
 {
+    SampleSource source{.what = "CPU data", .channels = {}, .count = 10, .fetch = {}};
+    sample_records<CpuData>(source, cpu_channels,
+                            [](CpuData& record) { return Sample{attempt_cpu_data(record)}; });
     report.end_section();
-    return take_series(
-        report, "CPU data", {},
-        {.what = "CPU data",
-         .channels = {{"load", &quantity::percent_of_one}, {"frequency", &quantity::megahertz}},
-         .count = 10,
-         .fetch = [](std::span<double> values) {
-             return Sample{attempt(LIB(GetCPUdata), &values[0], &values[1])};
-         }});
+    return take_series(report, "CPU data", {}, std::move(source));
 }
+
+using Housekeeping = ControllerHousekeeping;
+
+constexpr RecordChannel<Housekeeping> housekeeping_channels[] = {
+    {"3V3", &Housekeeping::plus_3_3, &quantity::volts},
+    {"5V0", &Housekeeping::plus_5, &quantity::volts},
+    {"24V", &Housekeeping::plus_24, &quantity::volts},
+    {"CPU", &Housekeeping::cpu, &quantity::degrees},
+    {"PSU", &Housekeeping::psu, &quantity::degrees},
+};
 
 bool measure_housekeeping(Report& report)
 {
-    report.end_section();
-    return take_series(report, "Housekeeping data", {},
-                       {.what = "housekeeping data",
-                        .channels = {{"3V3", &quantity::volts},
-                                     {"5V0", &quantity::volts},
-                                     {"24V", &quantity::volts},
-                                     {"CPU", &quantity::degrees},
-                                     {"PSU", &quantity::degrees}},
+    SampleSource source{.what = "housekeeping data",
+                        .channels = {},
                         .count = 20,
-                        .ready_bit = ready_bit::controller_housekeeping,
-                        .fetch = [](std::span<double> values) {
-                            return Sample{attempt(LIB(GetHousekeeping), &values[2], &values[1],
-                                                  &values[0], &values[3], &values[4])};
-                        }});
+                        .ready_bit = controller_ready_bit::housekeeping,
+                        .fetch = {}};
+    sample_records<Housekeeping>(source, housekeeping_channels, [](Housekeeping& record) {
+        return Sample{attempt_controller_housekeeping(record)};
+    });
+    report.end_section();
+    return take_series(report, "Housekeeping data", {}, std::move(source));
 }
 
 bool measure_fan(Report& report)
@@ -116,20 +124,15 @@ bool measure_fan(Report& report)
                                      {"measured", &quantity::rpm},
                                      {"PWM control", &quantity::percent_of_one}},
                         .count = 10,
-                        .ready_bit = ready_bit::fan,
+                        .ready_bit = controller_ready_bit::fan,
                         .fetch = [&](std::span<double> values) {
-                            std::uint8_t failed = 0;
-                            std::uint16_t reserved = 0;
-                            std::uint16_t set_speed = 0;
-                            std::uint16_t measured_speed = 0;
-                            float pwm = 0;
-                            const char* error = attempt(LIB(GetFanData), &failed, &reserved,
-                                                        &set_speed, &measured_speed, &pwm);
-                            has_failed = has_failed || failed != 0;
-                            values[0] = set_speed;
-                            values[1] = measured_speed;
-                            values[2] = static_cast<double>(pwm);
-                            return Sample{error};
+                            FanData fan;
+                            const Sample sample{attempt_fan_data(fan)};
+                            has_failed = has_failed || fan.failed != 0;
+                            values[0] = fan.set_speed;
+                            values[1] = fan.measured_speed;
+                            values[2] = static_cast<double>(fan.pwm);
+                            return sample;
                         }};
     report.end_section();
     if (!collect(report, title, {}, {&source, 1}))

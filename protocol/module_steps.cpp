@@ -18,13 +18,8 @@ bool measure_cpu_load(Report& report, unsigned address)
                         }});
 }
 
-struct HousekeepingChannel {
-    const char* label;
-    double ModuleHousekeeping::*value;
-    const QuantityFormat* quantity;
-};
-
 using Record = ModuleHousekeeping;
+using HousekeepingChannel = RecordChannel<Record>;
 
 constexpr HousekeepingChannel base_unit_channels[] = {
     {"3V3", &Record::plus_3_3, &quantity::volts},
@@ -58,22 +53,16 @@ std::span<const HousekeepingChannel> housekeeping_channels(unsigned address)
 
 bool measure_housekeeping(Report& report, unsigned address)
 {
-    const std::span<const HousekeepingChannel> shown = housekeeping_channels(address);
     SampleSource source{.what = "housekeeping data",
                         .channels = {},
                         .count = 20,
                         .ready_bit = ready_bit::housekeeping,
                         .fetch = {}};
-    for (const HousekeepingChannel& channel : shown)
-        source.channels.push_back({channel.label, channel.quantity});
-    source.fetch = [address, shown](std::span<double> values) {
-        Record record;
+    sample_records<Record>(source, housekeeping_channels(address), [address](Record& record) {
         const char* failed = attempt_housekeeping(address, record);
-        for (std::size_t i = 0; i < shown.size(); ++i)
-            values[i] = record.*shown[i].value;
         return Sample{failed, record.valid != 0};
-    };
-    return take_series(report, "Housekeeping data", address, source);
+    });
+    return take_series(report, "Housekeeping data", address, std::move(source));
 }
 
 /// Sets one thing of the ranges and tells what came of it.
@@ -145,7 +134,7 @@ bool activate_and_check(Report& report, unsigned address, bool on)
     std::uint8_t state = 0;
     if (!call(LIB(GetModuleActivationState), address, &state))
         return false;
-    const std::string wanted = on ? "enabled" : "disabled";
+    const std::string wanted = enabled_or_disabled(on).text;
     if ((state != 0) != on) {
         report.result("Module could not be " + wanted + '!', Color::bad);
         return false;

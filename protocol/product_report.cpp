@@ -257,13 +257,3 @@ bool report_product_data(Report& report, ProductData& data)
            report_module_scan(report, data.presence) && report_modules(report, data) &&
            report_configurations(report) && may_go_on(report);
 }
-
-bool read_uptime(std::uint32_t& seconds, std::uint16_t& milliseconds, std::string& text)
-{
-    std::uint32_t total_seconds = 0;
-    std::uint16_t total_milliseconds = 0;
-    if (!call(LIB(GetUptimeInt), &seconds, &milliseconds, &total_seconds, &total_milliseconds))
-        return false;
-    text = uptime_text(seconds, milliseconds);
-    return true;
-}

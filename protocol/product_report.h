@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
 
 #include "modules/presence.h"
 #include "protocol/report.h"
@@ -27,7 +26,3 @@ struct ProductData {
 /// Reads and reports everything, up to the number of configurations. False after a failure, which
 /// has been reported.
 [[nodiscard]] bool report_product_data(Report& report, ProductData& data);
-
-/// The time since the controller was started: read and put into a text ("1:23.45 sec.").
-[[nodiscard]] bool read_uptime(std::uint32_t& seconds, std::uint16_t& milliseconds,
-                               std::string& text);

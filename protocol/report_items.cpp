@@ -25,13 +25,6 @@ ReportItem word_item(const char* label, const Word& word)
     return {.label = label, .value = bare(word.text), .color = word.color};
 }
 
-void add_fields(ReportItems& items, BareLabels& labels, std::span<const BitField> fields,
-                std::uint32_t value)
-{
-    for (const BitField& field : fields)
-        items.push_back(word_item(labels.bare_of(field.label), field.word(value)));
-}
-
 void report_word(Report& report, const char* label, std::uint32_t value, int bits,
                  std::initializer_list<std::span<const BitField>> tables)
 {

@@ -45,9 +45,14 @@ private:
     std::deque<std::string> texts_; // in a deque they stay where they are
 };
 
-/// Adds an item for each field; `labels` must outlive the items.
-void add_fields(ReportItems& items, BareLabels& labels, std::span<const BitField> fields,
-                std::uint32_t value);
+/// Adds an item for each field of a table (of BitField, or of anything else that has a label and a
+/// word for a value); `labels` must outlive the items.
+template <class Fields, class Value>
+void add_fields(ReportItems& items, BareLabels& labels, const Fields& fields, const Value& value)
+{
+    for (const auto& field : fields)
+        items.push_back(word_item(labels.bare_of(field.label), field.word(value)));
+}
 
 /// Reports a status word in full with its fields.
 void report_word(Report& report, const char* label, std::uint32_t value, int bits,

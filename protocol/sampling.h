@@ -80,6 +80,31 @@ struct SampleSource {
     [[nodiscard]] double period_ms() const;
 };
 
+/// A channel that shows a member of a record.
+template <class Record>
+struct RecordChannel {
+    const char* label;
+    double Record::*value;
+    const QuantityFormat* quantity;
+};
+
+/// Gives a source its channels and the way to its samples: `read` fills a Record and returns what
+/// the call brought. `channels` must outlive the source.
+template <class Record, class Read>
+void sample_records(SampleSource& source, std::span<const RecordChannel<Record>> channels,
+                    Read read)
+{
+    for (const RecordChannel<Record>& channel : channels)
+        source.channels.push_back({channel.label, channel.quantity});
+    source.fetch = [channels, read](std::span<double> values) {
+        Record record;
+        const Sample sample = read(record);
+        for (std::size_t i = 0; i < channels.size(); ++i)
+            values[i] = record.*channels[i].value;
+        return sample;
+    };
+}
+
 /// Whose data-ready bits are looked at: a module's or, without an address, the controller's.
 using ReadyAddress = std::optional<unsigned>;
 

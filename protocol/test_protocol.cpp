@@ -3,6 +3,7 @@
 #include <exception>
 #include <string>
 
+#include "controller/readings.h"
 #include "controller/status_words.h"
 #include "frame/console.h"
 #include "frame/device_call.h"
@@ -21,47 +22,43 @@ namespace
 bool wait_for_uptime(Report& report)
 {
     constexpr std::uint32_t needed_seconds = 100;
-    std::uint32_t seconds = 0;
-    std::uint16_t milliseconds = 0;
-    std::string text;
-    if (!read_uptime(seconds, milliseconds, text))
+    RunTimes uptime;
+    if (!succeeded(attempt_uptime(uptime)))
         return false;
-    if (seconds < needed_seconds) {
+    if (uptime.seconds < needed_seconds) {
         console.print("Waiting for uptime of %us, press ", needed_seconds);
         console.print(Color::value, "SPACE");
         console.print(" to abort...\n");
         report.file_only(formatted("\nWaiting for uptime of %us...", needed_seconds));
         report.flush();
         RunningLine line{"Device uptime"};
-        while (seconds < needed_seconds) {
-            line.show(formatted("%u.%02u sec.", seconds, milliseconds / 10U));
+        while (uptime.seconds < needed_seconds) {
+            line.show(formatted("%u.%02u sec.", uptime.seconds, uptime.milliseconds / 10U));
             constexpr std::int64_t interval_ms = 50;
             if (!wait_until(platform::tick_ms() + interval_ms, true)) {
                 line.clear();
                 report_stop(report);
                 return false;
             }
-            if (!read_uptime(seconds, milliseconds, text))
+            if (!succeeded(attempt_uptime(uptime)))
                 return false;
         }
         line.clear();
     }
-    report.item({.label = "Device uptime", .value = text});
+    report.item({.label = "Device uptime", .value = uptime.text()});
     return true;
 }
 
 /// In the file only, or on the console as well.
 bool report_uptime(Report& report, bool on_console)
 {
-    std::uint32_t seconds = 0;
-    std::uint16_t milliseconds = 0;
-    std::string text;
-    if (!read_uptime(seconds, milliseconds, text))
+    RunTimes uptime;
+    if (!succeeded(attempt_uptime(uptime)))
         return false;
     if (on_console) {
-        report.item({.label = "Device uptime", .value = text});
+        report.item({.label = "Device uptime", .value = uptime.text()});
     } else {
-        report.file_only("Device uptime:\t" + text);
+        report.file_only("Device uptime:\t" + uptime.text());
         report.end_section();
     }
     return true;
@@ -92,6 +89,8 @@ bool guarded(Step step)
 bool restore_once(const ConfigRecord& saved)
 {
     (void)guarded([] {
+        // The words are the device's point of view: it saves what it is given. Reading its settings
+        // is "Loading".
         progress("Saving current configuration data:\n");
         return true;
     });

@@ -1,6 +1,7 @@
 #include "protocol/unit_data.h"
 
 #include "controller/hardware_type.h"
+#include "controller/readings.h"
 #include "frame/format.h"
 #include "frame/session.h"
 #include "modules/hardware_types.h"
@@ -13,7 +14,7 @@ namespace
 const char* device_type_name(const ReportedUnit& unit, std::uint16_t code)
 {
     if (!unit.address)
-        return code == controller_device_type ? "KOV-CTRL" : nullptr;
+        return code == controller_device_type ? controller_type_name : nullptr;
     const ModuleType* type = find_module_type(code);
     return type != nullptr ? type->name : nullptr;
 }
@@ -58,7 +59,7 @@ ReportItems decoded_hv_supply(std::uint32_t word)
         {.label = "highest current range",
          .value = formatted("1E%dA", highest_current_exponent(word))},
         {.label = "bipolar outputs", .value = formatted("%u", bipolar_outputs.of(word))},
-        // Kept: one field of the word stands for both.
+        // Kept: both numbers come from one field of the word, see unipolar_outputs.
         {.label = "positive outputs", .value = formatted("%u", unipolar)},
         {.label = "negative outputs", .value = formatted("%u", unipolar)}};
 }
@@ -155,15 +156,19 @@ bool report_manufacturing_date(Report& report, const ReportedUnit& unit)
 bool report_led_data(Report& report, const ReportedUnit& unit)
 {
     unit.announce("LED data");
-    std::uint8_t red = 0;
-    std::uint8_t green = 0;
-    std::uint8_t blue = 0;
-    if (!unit.ask(LIB(GetLEDData), LIB(GetModuleLEDData), &red, &green, &blue))
+    LedData led;
+    const char* failed = unit.address ? attempt(LIB(GetModuleLEDData), *unit.address, &led.red,
+                                                &led.green, &led.blue)
+                                      : attempt_led_data(led);
+    if (!succeeded(failed))
         return false;
+    const bool red = led.red != 0;
+    const bool green = led.green != 0;
+    const bool blue = led.blue != 0;
     const ReportItem items[] = {
-        word_item("Red", on_off(red != 0)), word_item("Green", on_off(green != 0)),
-        word_item("Blue", on_off(blue != 0)),
-        ReportItem{.label = "Color", .value = led_color_name(red != 0, green != 0, blue != 0)}};
+        word_item("Red", on_off(red)), word_item("Green", on_off(green)),
+        word_item("Blue", on_off(blue)),
+        ReportItem{.label = "Color", .value = led_color_name(red, green, blue)}};
     report.group(unit.address ? "LED data" : "LED data of the base device", items);
     return true;
 }
