@@ -111,9 +111,8 @@ struct Walk {
 /// Names the sets that the walk is for, and marks them if it does.
 void run(const Walk& walk)
 {
-    constexpr std::size_t room = 1024; // what the library asks for
-    std::array<std::uint8_t, room> active{};
-    std::array<std::uint8_t, room> valid{};
+    ConfigFlagList active{};
+    ConfigFlagList valid{};
     if (!call(LIB(GetConfigList), &active, &valid))
         return;
     bool found = false;

@@ -46,6 +46,10 @@ struct DeviceText {
 using ProductIdText = DeviceText<84>;
 using FirmwareDateText = DeviceText<12>;
 
+/// A flag of each configuration set: the room that the library asks for, which is more than there
+/// are sets.
+using ConfigFlagList = std::array<std::uint8_t, 1024>;
+
 template <class T>
 struct InOut {
     T* variable;

@@ -121,26 +121,20 @@ const char* ScreenReadings::read_monitoring()
 namespace
 {
 
-struct Output {
-    std::uint8_t valid = 0;
-    double value = 0;
-};
-
 /// The output voltages, or the output currents, of the HV-supplies.
-template <class Function>
 const char* read_outputs(const ModulePresence& presence, const CompleteState& state, int bit,
                          std::array<ReadingGroup, screen_slots>& groups,
                          std::array<double, screen_slots>& values,
-                         LibraryFunction<Function> function)
+                         const char* (*attempt_measurement)(unsigned, OutputMeasurement&))
 {
     for (unsigned slot = 1; slot < screen_slots; ++slot) {
         if (!presence.has_slot(slot))
             continue;
-        Output latest{.valid = 1, .value = values[slot]};
+        OutputMeasurement latest{.valid = 1, .value = values[slot]};
         const char* failed = read_group(
             state.module_data_ready[slot], bit, groups[slot], latest,
-            [&](Output& fresh) { return attempt(function, slot, &fresh.valid, &fresh.value); },
-            [](const Output& fresh) { return fresh.valid != 0; });
+            [&](OutputMeasurement& fresh) { return attempt_measurement(slot, fresh); },
+            [](const OutputMeasurement& fresh) { return fresh.valid != 0; });
         values[slot] = latest.value;
         if (failed != nullptr)
             return failed;
@@ -153,11 +147,11 @@ const char* read_outputs(const ModulePresence& presence, const CompleteState& st
 const char* ScreenReadings::read_voltages()
 {
     return read_outputs(presence_, state, ready_bit::output_voltage, voltage_groups, voltage,
-                        LIB(GetHVsupplyOutputVoltage));
+                        attempt_output_voltage);
 }
 
 const char* ScreenReadings::read_currents()
 {
     return read_outputs(presence_, state, ready_bit::output_current, current_groups, current,
-                        LIB(GetHVsupplyOutputCurrent));
+                        attempt_output_current);
 }

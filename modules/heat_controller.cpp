@@ -187,16 +187,13 @@ void show_heater_hardware_limits(const Given&)
     progress("Getting hardware limits of %s:\r\n", name.c_str());
     if (!program.quiet)
         console.print("Hardware limits of %s:\r\n", name.c_str());
-    double voltage = 0.0;
-    double current = 0.0;
-    double power = 0.0;
-    double temperature = 0.0;
-    if (!call_twice(LIB(GetHeatCtrlHwLimits), &voltage, &current, &power, &temperature))
+    HeaterLimits limits;
+    if (!succeeded(with_repeat([&] { return attempt_hardware_limits(limits); })))
         return;
-    print_value_line("  Maximum heater voltage:     ", "%7.3lfV", voltage);
-    print_value_line("  Maximum heater current:     ", "%7.3lfA", current);
-    print_value_line("  Maximum heater power:       ", "%7.3lfW", power);
-    print_value_line("  Maximum heater temperature: ", "%7.3lf" DEGREES_C, temperature);
+    print_value_line("  Maximum heater voltage:     ", "%7.3lfV", limits.voltage);
+    print_value_line("  Maximum heater current:     ", "%7.3lfA", limits.current);
+    print_value_line("  Maximum heater power:       ", "%7.3lfW", limits.power);
+    print_value_line("  Maximum heater temperature: ", "%7.3lf" DEGREES_C, limits.temperature);
 }
 
 void MonitoringFields::show(const HeaterMonitoring& values) const

@@ -19,7 +19,7 @@ void print_ranges(const std::string& name, const char* between, MeasurementRange
     console.print("Measurement channels of %s%s Voltage: ", name.c_str(), between);
     console.print(Color::value, "%s", ranges.polarity());
     console.print(", Current: ");
-    console.print(Color::value, "%s", ranges.high != 0 ? "high" : "low");
+    console.print(Color::value, "%s", ranges.current_range());
     console.print("\r\n");
 }
 

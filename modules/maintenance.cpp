@@ -46,12 +46,6 @@ void print_identification(unsigned address, std::uint8_t flag)
 
 // ---- Checking ----
 
-/// As scanned now and as saved in the controller.
-struct ScannedModule {
-    std::int32_t product_number, saved_product_number;
-    std::uint32_t hardware_type, saved_hardware_type;
-};
-
 void print_scanned_module(const ScannedModule& module)
 {
     const auto color = [](auto scanned, auto saved) {
@@ -77,10 +71,9 @@ bool print_scanned_modules(const ModulePresence& presence)
     for (unsigned entry = 0; entry < entries; ++entry) {
         // The base unit follows the slots that the controller has, wherever that is.
         const bool is_base = entry == presence.slot_count;
-        ScannedModule module{};
-        if (const char* failed = attempt_twice(
-                LIB(GetScannedModuleParams), is_base ? base_unit : entry, &module.product_number,
-                &module.saved_product_number, &module.hardware_type, &module.saved_hardware_type)) {
+        ScannedModule module;
+        if (const char* failed = with_repeat(
+                [&] { return attempt_scanned_module(is_base ? base_unit : entry, module); })) {
             report_error_below(failed);
             return false;
         }
@@ -167,7 +160,7 @@ void check_modules(const Given&)
     if (!call_twice(LIB(GetScannedModuleState), &changed))
         return;
     console.print("Module state: ");
-    console.print(changed != 0 ? Word{"changed", Color::not_good} : Word{"OK", Color::good});
+    console.print(scan_state_word(changed != 0));
     console.print("\r\n");
     ModulePresence presence;
     if (read_presence(presence) && print_scanned_modules(presence) && changed != 0)

@@ -31,22 +31,21 @@ const char* attempt_output(unsigned address, std::uint8_t data_ready, Measuremen
                            OutputValues& output, NewOutput& news)
 {
     news = {};
-    std::uint8_t valid = 0;
-    double value = 0.0;
+    OutputMeasurement measured;
     if (is_ready(data_ready, ready_bit::output_voltage)) {
-        if (const char* failed = attempt(LIB(GetHVsupplyOutputVoltage), address, &valid, &value))
+        if (const char* failed = attempt_output_voltage(address, measured))
             return failed;
-        if (valid != 0) {
-            output.voltage = value;
+        if (measured.valid != 0) {
+            output.voltage = measured.value;
             output.voltage_ranges = ranges;
             output.has_voltage = news.voltage = true;
         }
     }
     if (is_ready(data_ready, ready_bit::output_current)) {
-        if (const char* failed = attempt(LIB(GetHVsupplyOutputCurrent), address, &valid, &value))
+        if (const char* failed = attempt_output_current(address, measured))
             return failed;
-        if (valid != 0) {
-            output.current = value;
+        if (measured.valid != 0) {
+            output.current = measured.value;
             output.current_ranges = ranges;
             output.has_current = news.current = true;
         }

@@ -12,6 +12,7 @@ struct MeasurementRanges {
     std::uint8_t high = 0;     ///< the high current range, else the low one
 
     [[nodiscard]] const char* polarity() const { return negative != 0 ? "negative" : "positive"; }
+    [[nodiscard]] const char* current_range() const { return high != 0 ? "high" : "low"; }
 };
 
 struct PwmParameters {

@@ -70,6 +70,18 @@ const char* attempt_presence(ModulePresence& presence)
     return attempt(LIB(GetModulePresence), &presence.valid, &presence.slot_count, &presence.flags);
 }
 
+const char* attempt_scanned_module(unsigned address, ScannedModule& module)
+{
+    return attempt(LIB(GetScannedModuleParams), address, &module.product_number,
+                   &module.saved_product_number, &module.hardware_type,
+                   &module.saved_hardware_type);
+}
+
+Word scan_state_word(bool changed)
+{
+    return changed ? Word{"changed", Color::not_good} : Word{"OK", Color::good};
+}
+
 bool check_valid(const ModulePresence& presence)
 {
     if (presence.valid == 0) {

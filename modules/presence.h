@@ -45,10 +45,12 @@ inline constexpr std::uint8_t invalid = 2;
 /// The module-presence record of the device library.
 struct ModulePresence {
     static constexpr std::size_t base_unit_index = 4;
+    static constexpr std::size_t most_slots = 8;
 
     std::uint8_t valid = 0;
     std::uint32_t slot_count = 0;
-    std::array<std::uint8_t, 8> flags{}; ///< the slots from 0; the base unit at base_unit_index
+    std::array<std::uint8_t, most_slots>
+        flags{}; ///< the slots from 0; the base unit at base_unit_index
 
     /// Slots that the record has room for.
     [[nodiscard]] unsigned slots() const;
@@ -66,6 +68,18 @@ struct ModulePresence {
 
 /// Reads the presence record once. Null, or the name of what failed.
 [[nodiscard]] const char* attempt_presence(ModulePresence& presence);
+
+/// What the scan found in a slot or of the base unit, and what is saved of it in the controller.
+struct ScannedModule {
+    std::int32_t product_number = 0, saved_product_number = 0;
+    std::uint32_t hardware_type = 0, saved_hardware_type = 0;
+};
+
+/// Reads that of the unit at an address once. Null, or the name of what failed.
+[[nodiscard]] const char* attempt_scanned_module(unsigned address, ScannedModule& module);
+
+/// The state of the scan: "changed" when something differs from what is saved, else "OK".
+[[nodiscard]] Word scan_state_word(bool changed);
 
 /// False, with a message, when the flags are not valid.
 [[nodiscard]] bool check_valid(const ModulePresence& presence);

@@ -36,3 +36,19 @@ const char* attempt_monitoring(HeaterMonitoring& record)
     return attempt(LIB(GetHeatCtrlMonitoring), &record.ready, &record.output_voltage,
                    &record.heater_voltage, &record.current, &record.temperature);
 }
+
+const char* attempt_hardware_limits(HeaterLimits& limits)
+{
+    return attempt(LIB(GetHeatCtrlHwLimits), &limits.voltage, &limits.current, &limits.power,
+                   &limits.temperature);
+}
+
+const char* attempt_output_voltage(unsigned address, OutputMeasurement& volts)
+{
+    return attempt(LIB(GetHVsupplyOutputVoltage), address, &volts.valid, &volts.value);
+}
+
+const char* attempt_output_current(unsigned address, OutputMeasurement& amperes)
+{
+    return attempt(LIB(GetHVsupplyOutputCurrent), address, &amperes.valid, &amperes.value);
+}

@@ -70,3 +70,22 @@ struct HeaterMonitoring {
 
 /// Reads the heat-controller's monitoring record once. Null, or the name of what failed.
 [[nodiscard]] const char* attempt_monitoring(HeaterMonitoring& record);
+
+/// What the heat-controller's hardware allows: V, A, W, degrees Celsius.
+struct HeaterLimits {
+    double voltage = 0, current = 0, power = 0, temperature = 0;
+};
+
+/// Reads them once. Null, or the name of what failed.
+[[nodiscard]] const char* attempt_hardware_limits(HeaterLimits& limits);
+
+/// One measurement at the output of an HV-supply, in V or in A.
+struct OutputMeasurement {
+    std::uint8_t valid = 0; ///< the measurement is a new one
+    double value = 0;
+};
+
+// Each reads one once. Null, or the name of what failed.
+
+[[nodiscard]] const char* attempt_output_voltage(unsigned address, OutputMeasurement& volts);
+[[nodiscard]] const char* attempt_output_current(unsigned address, OutputMeasurement& amperes);

@@ -1,7 +1,6 @@
 #include "modules/state.h"
 
 #include <cstdint>
-#include <span>
 
 #include "frame/console.h"
 #include "frame/device_call.h"
@@ -13,9 +12,8 @@ namespace
 
 void print_state(unsigned address, std::uint16_t state)
 {
-    const std::span<const BitField> fields = module_state_fields;
     print_word(state, 16);
-    print_fields(address == base_unit ? fields.first(1) : fields, state);
+    print_fields(module_state_fields_of(address), state);
 }
 
 } // namespace

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <array>
+#include <span>
 
 #include "frame/bit_fields.h"
 #include "frame/format.h"
+#include "frame/numbers.h"
 #include "frame/switches.h"
 
 /// Bits of a state word.
@@ -22,6 +24,13 @@ inline constexpr std::array module_state_fields = {
     BitField{", Control active: ", module_state_bit::control_active, yes_word, no_word},
 };
 static_assert(well_formed(module_state_fields, 16));
+
+/// Those that the unit at an address has.
+[[nodiscard]] constexpr std::span<const BitField> module_state_fields_of(unsigned address)
+{
+    const std::span<const BitField> fields = module_state_fields;
+    return address == base_unit ? fields.first(1) : fields;
+}
 
 /// The state of the module at an address; of the base unit as show_base_unit_state() does it.
 void show_module_state(const Given&);

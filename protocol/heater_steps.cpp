@@ -7,20 +7,20 @@
 namespace
 {
 
-/// A setting of the heat-controller that the test changes.
-struct Setting {
+/// A setting of the heat-controller that the test changes, in the report's own words.
+struct TestSetting {
     const char* label;
-    const char* unit;
+    const char* unit; ///< Kept: none for the temperature.
     LibraryFunction<std::int32_t(const double*)> set;
 };
 
-constexpr Setting target_temperature = {"Target heater temperature", "",
-                                        LIB(SetHeatCtrlHeaterTemperature)};
-constexpr Setting power_limit = {"Power limit", "W", LIB(SetHeatCtrlPowerLimit)};
-constexpr Setting current_limit = {"Current limit", "A", LIB(SetHeatCtrlCurrentLimit)};
-constexpr Setting voltage_limit = {"Voltage limit", "V", LIB(SetHeatCtrlVoltageLimit)};
+constexpr TestSetting target_temperature = {"Target heater temperature", "",
+                                            LIB(SetHeatCtrlHeaterTemperature)};
+constexpr TestSetting power_limit = {"Power limit", "W", LIB(SetHeatCtrlPowerLimit)};
+constexpr TestSetting current_limit = {"Current limit", "A", LIB(SetHeatCtrlCurrentLimit)};
+constexpr TestSetting voltage_limit = {"Voltage limit", "V", LIB(SetHeatCtrlVoltageLimit)};
 
-bool set(Report& report, const Setting& setting, double value)
+bool set(Report& report, const TestSetting& setting, double value)
 {
     const double* const sent = &value;
     if (!call(setting.set, sent))
@@ -39,19 +39,19 @@ bool measure_run(Report& report, const char* title)
 bool run_under_limits(Report& report, const ProductData& data)
 {
     constexpr double part = 0.1; // of what the hardware allows, where a run is limited
-    return set(report, target_temperature, data.maximum_temperature) &&
-           set(report, power_limit, data.maximum_power) &&
-           set(report, current_limit, data.maximum_current) &&
-           set(report, voltage_limit, part * data.maximum_voltage) &&
+    const HeaterLimits& maxima = data.heater_maxima;
+    return set(report, target_temperature, maxima.temperature) &&
+           set(report, power_limit, maxima.power) && set(report, current_limit, maxima.current) &&
+           set(report, voltage_limit, part * maxima.voltage) &&
            activate_and_check(report, heat_controller, true) &&
            measure_run(report, "Monitoring data (voltage-limited)") &&
-           set(report, voltage_limit, data.maximum_voltage) &&
-           set(report, current_limit, part * data.maximum_current) &&
+           set(report, voltage_limit, maxima.voltage) &&
+           set(report, current_limit, part * maxima.current) &&
            measure_run(report, "Monitoring data (current-limited)") &&
-           set(report, current_limit, data.maximum_current) &&
-           set(report, power_limit, part * data.maximum_power) &&
+           set(report, current_limit, maxima.current) &&
+           set(report, power_limit, part * maxima.power) &&
            measure_run(report, "Monitoring data (power-limited)") &&
-           set(report, power_limit, data.maximum_power) &&
+           set(report, power_limit, maxima.power) &&
            measure_run(report, "Monitoring data (unlimited)") &&
            activate_and_check(report, heat_controller, false);
 }

@@ -3,6 +3,7 @@
 #include "frame/device_call.h"
 #include "frame/numbers.h"
 #include "modules/readings.h"
+#include "protocol/report_items.h"
 
 namespace
 {
@@ -94,6 +95,16 @@ bool measure_idle_supply(Report& report, unsigned address)
            set(true, true) && measure("Output data (negative)", "voltage", voltage_source(address));
 }
 
+/// The one value of a measurement at an output.
+Sample fetch_output(const char* (*attempt_measurement)(unsigned, OutputMeasurement&),
+                    unsigned address, std::span<double> values)
+{
+    OutputMeasurement measured;
+    const char* failed = attempt_measurement(address, measured);
+    values[0] = measured.value;
+    return {failed, measured.valid != 0};
+}
+
 bool measure_slot(Report& report, unsigned slot)
 {
     if (!measure_cpu_load(report, slot) || !measure_housekeeping(report, slot) ||
@@ -122,7 +133,7 @@ bool run_slot(Report& report, const ProductData& data, unsigned slot)
 
 void report_slot_heading(Report& report, unsigned slot)
 {
-    const std::string heading = formatted("Slot #%02u:", slot);
+    const std::string heading = slot_text(slot) + ':';
     report.heading(heading, heading);
 }
 
@@ -153,7 +164,7 @@ bool set_ranges_and_check(Report& report, unsigned address, MeasurementRanges ra
     MeasurementRanges read_back;
     if (!succeeded(attempt_ranges(address, read_back)))
         return false;
-    const bool current_is_set = report_range(report, "Current", ranges.high != 0 ? "high" : "low",
+    const bool current_is_set = report_range(report, "Current", ranges.current_range(),
                                              (read_back.high != 0) == (ranges.high != 0));
     const bool voltage_is_set = report_range(report, "Voltage", ranges.polarity(),
                                              (read_back.negative != 0) == (ranges.negative != 0));
@@ -195,10 +206,7 @@ SampleSource voltage_source(unsigned address)
             .count = 20,
             .ready_bit = ready_bit::output_voltage,
             .fetch = [address](std::span<double> values) {
-                std::uint8_t valid = 0;
-                const char* failed =
-                    attempt(LIB(GetHVsupplyOutputVoltage), address, &valid, &values[0]);
-                return Sample{failed, valid != 0};
+                return fetch_output(attempt_output_voltage, address, values);
             }};
 }
 
@@ -209,10 +217,7 @@ SampleSource current_source(unsigned address)
             .count = 100,
             .ready_bit = ready_bit::output_current,
             .fetch = [address](std::span<double> values) {
-                std::uint8_t valid = 0;
-                const char* failed =
-                    attempt(LIB(GetHVsupplyOutputCurrent), address, &valid, &values[0]);
-                return Sample{failed, valid != 0};
+                return fetch_output(attempt_output_current, address, values);
             }};
 }
 

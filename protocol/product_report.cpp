@@ -39,20 +39,20 @@ bool report_run(Report& report)
 bool report_scanned_module(Report& report, const std::string& place, std::uint8_t flag,
                            unsigned address)
 {
-    std::int32_t number = 0;
-    std::int32_t saved_number = 0;
-    std::uint32_t type = 0;
-    std::uint32_t saved_type = 0;
-    if (!call(LIB(GetScannedModuleParams), address, &number, &saved_number, &type, &saved_type))
+    ScannedModule module;
+    if (!succeeded(attempt_scanned_module(address, module)))
         return false;
-    const auto verdict = [](bool same) { return same ? "OK" : "fail"; };
+    const bool same_number = module.product_number == module.saved_product_number;
+    const bool same_type = module.hardware_type == module.saved_hardware_type;
+    const auto verdict = [](bool same) { return bare(ok_or_fail(same).text); };
     const std::string text =
         formatted("%s, P/N scanned: %6d, saved: %6d, %s   HW type scanned: %08Xh, saved: %08Xh, %s",
-                  presence_text(flag), number, saved_number, verdict(number == saved_number), type,
-                  saved_type, verdict(type == saved_type));
-    const bool good = number == saved_number && type == saved_type;
-    report.item(
-        {.label = place.c_str(), .value = text, .color = good ? Color::value : Color::not_good});
+                  presence_text(flag), module.product_number, module.saved_product_number,
+                  verdict(same_number).c_str(), module.hardware_type, module.saved_hardware_type,
+                  verdict(same_type).c_str());
+    report.item({.label = place.c_str(),
+                 .value = text,
+                 .color = same_number && same_type ? Color::value : Color::not_good});
     return true;
 }
 
@@ -62,8 +62,7 @@ bool report_module_scan(Report& report, ModulePresence& presence)
     std::uint8_t changed = 0;
     if (!call(LIB(GetScannedModuleState), &changed))
         return false;
-    report.item(word_item("Module state", changed != 0 ? Word{"changed", Color::not_good}
-                                                       : Word{"OK", Color::good}));
+    report.item(word_item("Module state", scan_state_word(changed != 0)));
     progress("Getting module-presence flags:\r\n");
     if (!succeeded(attempt_presence(presence)))
         return false;
@@ -72,8 +71,7 @@ bool report_module_scan(Report& report, ModulePresence& presence)
         return false;
     }
     for (unsigned slot = 0; slot < presence.slots(); ++slot) {
-        if (!report_scanned_module(report, formatted("Slot #%02u", slot), presence.flags[slot],
-                                   slot))
+        if (!report_scanned_module(report, slot_text(slot), presence.flags[slot], slot))
             return false;
     }
     return report_scanned_module(report, "Base unit",
@@ -108,25 +106,22 @@ bool report_module_state(Report& report, const ReportedUnit& unit)
     std::uint16_t state = 0;
     if (!call(LIB(GetModuleState), *unit.address, &state))
         return false;
-    const std::span<const BitField> fields = module_state_fields;
-    report_word(report, "Module state", state, 16,
-                {*unit.address == base_unit ? fields.first(1) : fields});
+    report_word(report, "Module state", state, 16, {module_state_fields_of(*unit.address)});
     return true;
 }
 
-bool report_heat_controller(Report& report, const ReportedUnit& unit, ProductData& data)
+bool report_heat_controller(Report& report, const ReportedUnit& unit, HeaterLimits& maxima)
 {
     unit.announce("hardware limits");
-    if (!call(LIB(GetHeatCtrlHwLimits), &data.maximum_voltage, &data.maximum_current,
-              &data.maximum_power, &data.maximum_temperature))
+    if (!succeeded(attempt_hardware_limits(maxima)))
         return false;
     const ReportItem limits[] = {
-        {.label = "voltage", .value = formatted("%.3lfV", data.maximum_voltage)},
-        {.label = "current", .value = formatted("%.3lfA", data.maximum_current)},
-        {.label = "power", .value = formatted("%.3lfW", data.maximum_power)},
+        {.label = "voltage", .value = formatted("%.3lfV", maxima.voltage)},
+        {.label = "current", .value = formatted("%.3lfA", maxima.current)},
+        {.label = "power", .value = formatted("%.3lfW", maxima.power)},
         {.label = "temperature",
-         .value = formatted("%.3lf" DEGREES_C, data.maximum_temperature),
-         .file_value = formatted("%.3lf" DEGREES_C_IN_FILE, data.maximum_temperature)}};
+         .value = formatted("%.3lf" DEGREES_C, maxima.temperature),
+         .file_value = formatted("%.3lf" DEGREES_C_IN_FILE, maxima.temperature)}};
     report.group("Hardware limits", limits);
     unit.announce("target heater power");
     double power = 0.0;
@@ -160,7 +155,7 @@ bool report_hv_supply(Report& report, const ReportedUnit& unit)
     if (!succeeded(attempt_ranges(*unit.address, ranges)))
         return false;
     const ReportItem items[] = {{.label = "Voltage", .value = ranges.polarity()},
-                                {.label = "Current", .value = ranges.high != 0 ? "high" : "low"}};
+                                {.label = "Current", .value = ranges.current_range()}};
     report.group("Measurement channels", items);
     return true;
 }
@@ -176,7 +171,7 @@ bool report_unit(Report& report, unsigned address, UnitKind& kind, ProductData& 
         !report_led_data(report, unit) || !report_module_state(report, unit))
         return false;
     if (address == heat_controller && kind.device_type == module_type::heat_controller)
-        return report_heat_controller(report, unit, data);
+        return report_heat_controller(report, unit, data.heater_maxima);
     if (is_hv_slot && kind.device_type == module_type::hv_supply)
         return report_hv_supply(report, unit);
     return true;
@@ -198,7 +193,8 @@ bool report_modules(Report& report, ProductData& data)
     data.base_device_type = kind.device_type;
     for (const unsigned slot : data.presence.present_slots()) {
         kind = {};
-        if (!report_under(formatted("Slot #%u:", slot), formatted("Slot #%02u:", slot), slot, kind))
+        // Kept: one digit on the console here, two in the file and in all other lines.
+        if (!report_under(formatted("Slot #%u:", slot), slot_text(slot) + ':', slot, kind))
             return false;
         data.device_types[slot] = kind.device_type;
         data.hardware_types[slot] = kind.hardware_type;
@@ -222,8 +218,8 @@ bool report_configurations(Report& report)
     report.item({.label = "Size of configuration data", .value = formatted("%u bytes", data_size)});
     report.item({.label = "Size of configuration name", .value = formatted("%u bytes", name_size)});
     progress("Getting list of configurations:\r\n");
-    std::array<std::uint8_t, 1024> active{};
-    std::array<std::uint8_t, 1024> valid{};
+    ConfigFlagList active{};
+    ConfigFlagList valid{};
     if (!call(LIB(GetConfigList), &active, &valid)) {
         report.indent(false);
         return false;

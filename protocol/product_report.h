@@ -6,18 +6,18 @@
 #include <cstdint>
 
 #include "modules/presence.h"
+#include "modules/readings.h"
 #include "protocol/report.h"
 
 /// What the measurements need to know of it.
 struct ProductData {
     std::uint16_t overall_state = 0;
     ModulePresence presence;
-    std::array<std::uint16_t, 8> device_types{};   ///< of the slots that are present
-    std::array<std::uint32_t, 8> hardware_types{}; ///< of the slots that are present
+    std::array<std::uint16_t, ModulePresence::most_slots> device_types{}; ///< of present slots
+    std::array<std::uint32_t, ModulePresence::most_slots> hardware_types{};
     std::uint16_t base_device_type = 0;
 
-    // What the heat-controller's hardware allows: V, A, W, degrees Celsius.
-    double maximum_voltage = 0, maximum_current = 0, maximum_power = 0, maximum_temperature = 0;
+    HeaterLimits heater_maxima; ///< what its hardware allows
 
     /// The module in a slot is of the kind that belongs there.
     [[nodiscard]] bool fits(unsigned slot) const;

@@ -20,6 +20,11 @@ std::string bare(std::string_view text)
                                            : std::string{text.substr(first, last - first + 1)};
 }
 
+std::string slot_text(unsigned slot)
+{
+    return formatted("Slot #%02u", slot);
+}
+
 ReportItem word_item(const char* label, const Word& word)
 {
     return {.label = label, .value = bare(word.text), .color = word.color};

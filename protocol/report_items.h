@@ -24,6 +24,9 @@ using ReportItems = std::vector<ReportItem>;
 /// Without the blanks that pad it on the live displays.
 [[nodiscard]] std::string bare(std::string_view text);
 
+/// "Slot #02"
+[[nodiscard]] std::string slot_text(unsigned slot);
+
 [[nodiscard]] ReportItem word_item(const char* label, const Word& word);
 
 /// The labels of the bit tables as the report shows them. The tables' own have the blanks, commas
