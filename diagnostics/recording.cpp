@@ -37,8 +37,8 @@ struct Counters {
     }
 };
 
-constexpr RateLayout recording_rates = {"Polling rate:", "c/s, Mean response time:", "%6.1lf", 7,
-                                        "ms, Errors: "};
+constexpr RateLayout recording_rates = {
+    "Polling rate:", "c/s, Mean response time:", MeanFormat::tenths, 7, "ms, Errors: "};
 
 // The degree sign alone stands behind a temperature here.
 #define DEGREES "\xF8"

@@ -1,7 +1,5 @@
 #include "frame/live_display.h"
 
-#include <cstdio>
-
 #include "frame/error_report.h"
 #include "frame/format.h"
 #include "frame/keys.h"
@@ -24,9 +22,18 @@ void RateFields::show(const CycleRates& rates, std::int64_t now_ms) const
     if (layout == nullptr)
         return;
     console.print_at(rate, Color::value, "%7.2lf", rates.per_second(now_ms));
-    char text[32];
-    std::snprintf(text, sizeof text, layout->mean_format, rates.mean_ms(now_ms));
-    console.print_at(mean, Color::value, "%s", text);
+    const double mean_ms = rates.mean_ms(now_ms);
+    switch (layout->mean_format) {
+    case MeanFormat::tenths:
+        console.print_at(mean, Color::value, "%6.1lf", mean_ms);
+        break;
+    case MeanFormat::tenths_ms:
+        console.print_at(mean, Color::value, "%6.1lfms", mean_ms);
+        break;
+    case MeanFormat::hundredths:
+        console.print_at(mean, Color::value, "%7.2lf", mean_ms);
+        break;
+    }
 }
 
 RateFields place_rates(const RateLayout& layout)

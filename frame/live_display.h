@@ -86,27 +86,34 @@ struct CycleRates {
     [[nodiscard]] double mean_ms(std::int64_t now_ms) const;
 };
 
+/// How the mean time of a cycle is shown.
+enum class MeanFormat : std::uint8_t {
+    tenths,    ///< "%6.1lf"
+    tenths_ms, ///< "%6.1lfms"
+    hundredths ///< "%7.2lf"
+};
+
 /// The texts around the two rates. Eight columns are left free for the rate ("%7.2lf").
 struct RateLayout {
     const char* before_rate;
     const char* before_mean;
-    const char* mean_format; ///< takes one double
-    int mean_columns;        ///< columns up to after_mean
+    MeanFormat mean_format;
+    int mean_columns; ///< columns up to after_mean
     const char* after_mean;
 };
 
 /// Behind the values, on their line.
 inline constexpr RateLayout rates_in_line = {
-    "   Polling rate:", "cycles/s   Mean response time:", "%6.1lfms", 0, ""};
+    "   Polling rate:", "cycles/s   Mean response time:", MeanFormat::tenths_ms, 0, ""};
 /// On the header line of a display whose values stand on lines of their own.
 inline constexpr RateLayout rates_in_header = {
-    "Polling rate:", "cycles/s, Mean response time:", "%6.1lfms", 0, ""};
+    "Polling rate:", "cycles/s, Mean response time:", MeanFormat::tenths_ms, 0, ""};
 /// The same with hundredths of a millisecond.
 inline constexpr RateLayout fine_rates_in_header = {
-    "Polling rate:", "cycles/s, Mean response time:", "%7.2lf", 8, "ms"};
+    "Polling rate:", "cycles/s, Mean response time:", MeanFormat::hundredths, 8, "ms"};
 /// Where new measurements are counted, not cycles.
 inline constexpr RateLayout data_rates_in_header = {
-    "Data rate:", "cycles/s, Mean measurement duration:", "%7.2lf", 8, "ms"};
+    "Data rate:", "cycles/s, Mean measurement duration:", MeanFormat::hundredths, 8, "ms"};
 
 /// Where the two rates are shown.
 struct RateFields {

@@ -40,8 +40,8 @@ void show_base_unit_state(const Given& given)
     struct Values {
         std::uint16_t state;
     };
-    constexpr RateLayout rates = {"Polling rate:", "cycles/s     Mean response time:", "%6.1lfms",
-                                  0, ""};
+    constexpr RateLayout rates = {
+        "Polling rate:", "cycles/s     Mean response time:", MeanFormat::tenths_ms, 0, ""};
     constexpr int columns_before_rates = 30;
     Place word, active;
     progress("Getting state of the base device:\r\n");
