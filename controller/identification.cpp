@@ -38,7 +38,8 @@ void show_manufacturing_date(const Given&)
     std::uint16_t year = 0;
     std::uint16_t week = 0;
     if (call(LIB(GetManufDate), &year, &week))
-        print_value_line("Product manufacturing date: ", "CW%02u %u", week, year);
+        print_value_line("Product manufacturing date: ", "%s",
+                         manufacturing_date_text(year, week).c_str());
 }
 
 void show_firmware_date(const Given&)

@@ -227,6 +227,11 @@ std::string significant_digits(const char* format, double value, int digits)
     return formatted(format, std::max(precision, 0), value);
 }
 
+std::string manufacturing_date_text(unsigned year, unsigned week)
+{
+    return formatted("CW%02u %u", week, year);
+}
+
 std::string version_text(unsigned version)
 {
     return formatted("%d-%02d", static_cast<int>(version >> 8), static_cast<int>(version & 0xFF));

@@ -105,6 +105,9 @@ inline constexpr Word disabled_word = {"disabled", Color::disabled};
 /// "%.*lfV".
 [[nodiscard]] std::string significant_digits(const char* format, double value, int digits);
 
+/// A manufacturing date, the calendar week first: "CW07 2024".
+[[nodiscard]] std::string manufacturing_date_text(unsigned year, unsigned week);
+
 /// A version word, major in the high byte, minor in the low one: "%d-%02d".
 [[nodiscard]] std::string version_text(unsigned version);
 

@@ -113,7 +113,7 @@ void show_module_manufacturing_date(const Given& given)
                        if (!succeeded(failed))
                            return false;
                        module.print_label();
-                       console.print(Color::value, "CW%02u %u", week, year);
+                       print_value(manufacturing_date_text(year, week));
                        return true;
                    });
 }

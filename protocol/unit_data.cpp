@@ -149,7 +149,7 @@ bool report_manufacturing_date(Report& report, const ReportedUnit& unit)
     if (!unit.ask(LIB(GetManufDate), LIB(GetModuleManufDate), &year, &week))
         return false;
     report.item(
-        {.label = "Product manufacturing date", .value = formatted("CW%02u %u", week, year)});
+        {.label = "Product manufacturing date", .value = manufacturing_date_text(year, week)});
     return true;
 }
 
