@@ -35,7 +35,7 @@ struct CpuData {
 };
 
 struct FanData {
-    std::uint8_t failed = 0;
+    std::uint8_t failed = 0;                         ///< 0 = the fan runs as it should
     std::uint16_t reserved = 0;                      ///< nobody shows it
     std::uint16_t set_speed = 0, measured_speed = 0; ///< rpm
     float pwm = 0;                                   ///< duty, a fraction: 1 is 100 %

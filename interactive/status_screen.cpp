@@ -127,12 +127,9 @@ bool read_screen_presence(ModulePresence& presence)
     progress("\r\nGetting module-presence flags:\r\n"); // below the firmware date
     if (!succeeds_on_screen(2, [&] { return attempt_presence(presence); }))
         return false;
-    if (presence.valid == 0) {
+    if (presence.valid == 0)
         console.print("\r\n");
-        console.print(Color::bad, "Module-presence flags invalid!");
-        console.print("\r\n");
-    }
-    return presence.valid != 0;
+    return check_valid(presence);
 }
 
 /// The echo of the last key, blanked after a while.

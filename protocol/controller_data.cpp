@@ -135,6 +135,7 @@ bool report_controller_state(Report& report, std::uint16_t& overall)
                               "Function of the slide switch 'Fan'", LIB(GetFanSwitchOverride),
                               {fan_switch_fields}) &&
            report_inputs(report) &&
+           // The second blank lets the two times stand below each other.
            report_times(report, "uptime", "Device uptime", ":  ", attempt_uptime) &&
            report_times(report, "operation time", "Operation time", ": ", attempt_operation_time);
 }

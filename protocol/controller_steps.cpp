@@ -139,7 +139,7 @@ bool measure_fan(Report& report)
         return false;
     report_series(report, title, source,
                   {{.label = "state",
-                    .value = has_failed ? "Fail" : "OK",
+                    .value = has_failed ? "Fail" : "OK", // Kept: with a capital letter.
                     .color = has_failed ? Color::bad : Color::good}});
     return may_go_on(report);
 }

@@ -147,6 +147,7 @@ bool activate_and_check(Report& report, unsigned address, bool on)
         return false;
     const std::string wanted = enabled_or_disabled(on).text;
     if ((state != 0) != on) {
+        // Kept: with the exclamation mark that the same line on the device has not.
         report.result("Module could not be " + wanted + '!', Color::bad);
         return false;
     }

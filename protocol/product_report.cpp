@@ -128,15 +128,15 @@ bool report_heat_controller(Report& report, const ReportedUnit& unit, HeaterLimi
     if (!call(LIB(GetHeatCtrlHeaterPower), &power))
         return false;
     report.item({.label = "Target heater power",
-                 .value = power < 0.0 ? "off" : formatted("%.3lfW", power)});
+                 .value = power < 0.0 ? off_word.text : formatted("%.3lfW", power)});
     unit.announce("target heater temperature");
     double temperature = 0.0;
     if (!call(LIB(GetHeatCtrlHeaterTemperature), &temperature))
         return false;
     const bool off = temperature < 0.0;
     report.item({.label = "Target heater temperature",
-                 .value = off ? "off" : formatted("%.3lf" DEGREES_C, temperature),
-                 .color = off ? Color::bad : Color::value,
+                 .value = off ? off_word.text : formatted("%.3lf" DEGREES_C, temperature),
+                 .color = off ? off_word.color : Color::value,
                  .file_value = off ? "" : formatted("%.3lf" DEGREES_C_IN_FILE, temperature)});
     return true;
 }
@@ -148,8 +148,8 @@ bool report_hv_supply(Report& report, const ReportedUnit& unit)
     if (!succeeded(attempt_target_voltage(*unit.address, volts)))
         return false;
     report.item({.label = "Target output voltage",
-                 .value = volts < 0.0 ? "off" : formatted("%.1lfV", volts),
-                 .color = volts < 0.0 ? Color::bad : Color::value});
+                 .value = volts < 0.0 ? off_word.text : formatted("%.1lfV", volts),
+                 .color = volts < 0.0 ? off_word.color : Color::value});
     unit.announce("measurement channels");
     MeasurementRanges ranges;
     if (!succeeded(attempt_ranges(*unit.address, ranges)))

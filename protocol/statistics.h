@@ -55,10 +55,14 @@ inline constexpr QuantityFormat volts = {3, "V", 1.0, "mV", 1e3};
 inline constexpr QuantityFormat amperes = {3, "A", 1.0, "mA", 1e3};
 inline constexpr QuantityFormat watts = {3, "W", 1.0, "mW", 1e3};
 inline constexpr QuantityFormat picoamperes = {0, "pA", 1e12, "pA", 1e12, true};
-inline constexpr QuantityFormat degrees = {1,     DEGREES_C,        1.0, DEGREES_C_IN_FILE, 1.0,
-                                           false, DEGREES_C_IN_FILE};
-inline constexpr QuantityFormat fine_degrees = {
-    3, DEGREES_C, 1.0, DEGREES_C_IN_FILE, 1.0, false, DEGREES_C_IN_FILE};
+inline constexpr QuantityFormat degrees = {.decimals = 1,
+                                           .unit = DEGREES_C,
+                                           .deviation_unit = DEGREES_C_IN_FILE,
+                                           .file_unit = DEGREES_C_IN_FILE};
+inline constexpr QuantityFormat fine_degrees = {.decimals = 3,
+                                                .unit = DEGREES_C,
+                                                .deviation_unit = DEGREES_C_IN_FILE,
+                                                .file_unit = DEGREES_C_IN_FILE};
 inline constexpr QuantityFormat rpm = {0, "rpm", 1.0, "rpm", 1.0};
 inline constexpr QuantityFormat percent = {1, "%", 1.0, "%", 1.0};
 inline constexpr QuantityFormat percent_of_one = {1, "%", 100.0, "%", 100.0}; ///< of a fraction

@@ -16,10 +16,17 @@ bool set_target(unsigned address, double volts)
     return call(LIB(SetHVsupplyTargetOutputVoltage), address, volts);
 }
 
-constexpr const char* columns[] = {"Target voltage set", "Target voltage get", "Measured voltage",
-                                   "Period", "Measured current"};
+/// The columns of the table in the file.
+namespace column
+{
+constexpr const char* target_set = "Target voltage set";
+constexpr const char* target_get = "Target voltage get";
+constexpr const char* voltage = "Measured voltage";
+constexpr const char* period = "Period";
+constexpr const char* current = "Measured current";
+} // namespace column
 
-/// One target: set, read back, settled, measured; a row of the table in the file.
+/// One target: set, read back, settled, measured; a row of that table.
 bool measure_target(Report& report, unsigned address, unsigned volts)
 {
     constexpr std::int64_t settling_ms = 20'000;
@@ -35,6 +42,7 @@ bool measure_target(Report& report, unsigned address, unsigned volts)
     console.print(Color::value, "%.3lfV", read_back);
     console.print(" get\n");
     std::array<SampleSource, 2> sources = {voltage_source(address), current_source(address)};
+    const auto& [voltage, current] = sources;
     if (!wait(report, settling_ms, SpaceKey::stops) ||
         !collect(report, "Output data", address, sources))
         return false;
@@ -46,11 +54,11 @@ bool measure_target(Report& report, unsigned address, unsigned volts)
                           .file_value = statistics_text(quantity, statistics)};
     };
     const ReportItem items[] = {
-        {.label = columns[0], .value = formatted("%uV", volts)},
-        {.label = columns[1], .value = formatted("%.3lfV", read_back)},
-        measured(columns[2], quantity::volts, sources[0]),
-        {.label = columns[3], .value = formatted("%.0lfms", sources[0].period_ms())},
-        measured(columns[4], quantity::picoamperes, sources[1])};
+        {.label = column::target_set, .value = formatted("%uV", volts)},
+        {.label = column::target_get, .value = formatted("%.3lfV", read_back)},
+        measured(column::voltage, quantity::volts, voltage),
+        {.label = column::period, .value = formatted("%.0lfms", voltage.period_ms())},
+        measured(column::current, quantity::picoamperes, current)};
     report.row(items);
     report.flush();
     return may_go_on(report);
@@ -66,8 +74,10 @@ bool measure_polarity(Report& report, unsigned address, std::uint32_t range, boo
         !activate_and_check(report, address, true))
         return false;
     report.text(formatted("Testing module %u output voltage, range %uV:", address, range));
+    // Kept: "Data" with a capital letter, unlike everywhere else.
     report.file_only(formatted("Output Data (%s):", ranges.polarity()));
-    report.columns(columns);
+    report.columns(std::array{column::target_set, column::target_get, column::voltage,
+                              column::period, column::current});
     // Whole volts: a range that is no multiple of ten has more targets, or ends below its top; one
     // below ten has none.
     const unsigned step = range / targets;

@@ -89,8 +89,7 @@ bool guarded(Step step)
 bool restore_once(const ConfigRecord& saved)
 {
     (void)guarded([] {
-        // The words are the device's point of view: it saves what it is given. Reading its settings
-        // is "Loading".
+        // Kept: to give the device its settings is "Saving", to read them "Loading".
         progress("Saving current configuration data:\n");
         return true;
     });

@@ -14,6 +14,8 @@ struct ReportedUnit {
     std::optional<unsigned> address; ///< none = the controller itself
     std::string of_name;             ///< " of HV-supply 1"; empty for the controller
 
+    /// Calls the controller's function, or the module's with its address before the results. False
+    /// after a failure, which has been reported.
     template <class ControllerFunction, class ModuleFunction, class... Results>
     [[nodiscard]] bool ask(LibraryFunction<ControllerFunction> of_controller,
                            LibraryFunction<ModuleFunction> of_module, Results... results) const
