@@ -41,6 +41,7 @@ template <class Fields>
 [[nodiscard]] std::vector<const char*> labels_of(const Fields& fields)
 {
     std::vector<const char*> labels;
+    labels.reserve(fields.size());
     for (const auto& field : fields)
         labels.push_back(field.label);
     return labels;
@@ -51,6 +52,7 @@ template <class Fields, class Value>
 [[nodiscard]] std::vector<Word> words_of(const Fields& fields, const Value& value)
 {
     std::vector<Word> words;
+    words.reserve(fields.size());
     for (const auto& field : fields)
         words.push_back(field.word(value));
     return words;

@@ -1,4 +1,5 @@
-/// The measurements on the controller as a whole.
+/// The measurements on the controller as a whole. What returns false has told the user, and the
+/// report, why.
 #pragma once
 
 #include "protocol/report.h"

@@ -4,5 +4,6 @@
 #include "protocol/product_report.h"
 #include "protocol/report.h"
 
-/// Does nothing without a heat-controller. Deactivates the module in the end.
+/// Does nothing without a heat-controller. Deactivates the module in the end. False when a step
+/// failed or the user stopped it; it has been told and reported.
 [[nodiscard]] bool run_heater_steps(Report& report, const ProductData& data);

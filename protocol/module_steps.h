@@ -1,4 +1,5 @@
-/// The measurements on each unit with the device off, and what all steps on modules share.
+/// The measurements on each unit with the device off, and what all steps on modules share. What
+/// returns false has told the user, and the report, why.
 #pragma once
 
 #include "modules/output.h"
