@@ -4,12 +4,12 @@
 #include "interactive/layout.h"
 #include "interactive/screen_readings.h"
 
-/// Which interlock inputs act on which modules.
+/// Which interlock inputs (interlock_bit) act on which modules.
 struct InterlockMasks {
     std::uint8_t hv_supply = 0;
     std::uint8_t heat_controller = 0;
 
-    /// True when an input (a bit of the masks) acts on anything.
+    /// True when an input acts on anything.
     [[nodiscard]] bool is_enabled(int bit) const
     {
         return ((hv_supply | heat_controller) >> bit & 1) != 0;

@@ -6,6 +6,7 @@
 
 #include "controller/readings.h"
 #include "frame/device_call.h"
+#include "frame/format.h"
 #include "frame/platform.h"
 #include "protocol/sampling.h"
 

@@ -1,6 +1,7 @@
 #include "protocol/module_steps.h"
 
 #include "frame/device_call.h"
+#include "frame/format.h"
 #include "frame/numbers.h"
 #include "modules/readings.h"
 #include "protocol/report_items.h"

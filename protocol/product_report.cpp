@@ -1,8 +1,6 @@
 #include "protocol/product_report.h"
 
 #include <algorithm>
-#include <array>
-#include <span>
 
 #include "frame/console.h"
 #include "frame/device_call.h"

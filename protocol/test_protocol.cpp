@@ -1,7 +1,6 @@
 #include "protocol/test_protocol.h"
 
 #include <exception>
-#include <string>
 
 #include "controller/readings.h"
 #include "controller/status_words.h"
