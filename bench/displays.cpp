@@ -32,13 +32,9 @@ void start_program()
 struct FullScreen {
     CompleteState state;
     ControllerHousekeeping controller;
-    std::array<ModuleHousekeeping, 5> housekeeping;
+    PerUnit<ModuleHousekeeping> housekeeping;
     HeaterMonitoring monitoring;
-    struct Output {
-        std::uint8_t valid;
-        double value;
-    };
-    std::array<Output, screen_slots> voltage, current;
+    std::array<OutputMeasurement, screen_slots> voltage, current;
 };
 
 bool read_values(FullScreen& screen)
@@ -69,8 +65,8 @@ bool read_values(FullScreen& screen)
                                                &heating.heater_voltage, &heating.current,
                                                &heating.temperature) == 0;
     for (unsigned slot = 1; slot < screen_slots; ++slot) {
-        FullScreen::Output& voltage = screen.voltage[slot];
-        FullScreen::Output& current = screen.current[slot];
+        OutputMeasurement& voltage = screen.voltage[slot];
+        OutputMeasurement& current = screen.current[slot];
         good &= COM_KOV_CTRL_GetHVsupplyOutputVoltage(slot, &voltage.valid, &voltage.value) == 0;
         good &= COM_KOV_CTRL_GetHVsupplyOutputCurrent(slot, &current.valid, &current.value) == 0;
     }
