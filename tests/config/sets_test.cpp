@@ -1,8 +1,6 @@
 #include <algorithm>
 #include <csignal>
 
-#include <gmock/gmock.h>
-
 #include "tests/config/config_trial.h"
 
 namespace
@@ -89,16 +87,15 @@ TEST(ConfigSets, WhatTheCommandsSay)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.command);
-        Trial trial;
-        make_sets(trial);
-        trial.pipe_in("yyyyy");
-        trial.run(std::string{"3 -q "} + c.command + " -T");
-        EXPECT_EQ(trial.display(), c.said);
-        Trial debug;
-        make_sets(debug);
-        debug.pipe_in("yyyyy");
-        debug.run(std::string{"3 -pn -g "} + c.command + " -T");
-        EXPECT_THAT(debug.display(), HasSubstr(std::string{"{.}\n"} + c.debug_line));
+        const auto display = [&c](const char* first_switches) {
+            Trial trial;
+            make_sets(trial);
+            trial.pipe_in("yyyyy");
+            trial.run(std::string{first_switches} + c.command + " -T");
+            return trial.display();
+        };
+        EXPECT_EQ(display("3 -q "), c.said);
+        EXPECT_THAT(display("3 -pn -g "), HasSubstr(std::string{"{.}\n"} + c.debug_line));
     }
 }
 
@@ -133,9 +130,8 @@ TEST(ConfigSets, OnlyYIsAYes)
 
 TEST(ConfigSets, MarkingPassesTheValidFlagAsItIs)
 {
-    Trial trial;
+    Trial trial{"reply GetConfigFlags.valid 7"};
     make_sets(trial);
-    trial.instrument("reply GetConfigFlags.valid 7");
     trial.pipe_in("yyy");
     trial.run("3 -XD1 -XU2 -XD -T");
     EXPECT_THAT(trial.calls,

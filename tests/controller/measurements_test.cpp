@@ -1,9 +1,3 @@
-#include <algorithm>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "frame/console.h"
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"
 
@@ -13,51 +7,27 @@ namespace
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 const std::string housekeeping_values = "  Voltages:  24V: {W}24.000V{.}  5V0: {W}5.000V{.}  "
                                         "3V3: {W}3.300V{.}  Temperature CPU:  {W}+30.0\xC2\xB0"
                                         "C{.}  PSU:  {W}+32.0\xC2\xB0"
                                         "C{.}\n";
 
-void set_housekeeping(Trial& trial)
-{
-    for (const char* line :
-         {"reply GetHousekeeping.voltage24 24", "reply GetHousekeeping.voltage5 5",
-          "reply GetHousekeeping.voltage33 3.3", "reply GetHousekeeping.temperatureCPU 30",
-          "reply GetHousekeeping.temperaturePSU 32"})
-        trial.instrument(line);
-}
-
 TEST(Housekeeping, OnceAndContinuously)
 {
-    Trial once;
-    set_housekeeping(once);
-    once.run("3 -pk -T");
-    EXPECT_EQ(once.display(), "Device housekeeping:\n" + housekeeping_values);
-
-    Trial live;
-    set_housekeeping(live);
-    live.instrument("latency 10");
-    live.type(75, "x\033");
-    live.run("3 -PK -T");
+    EXPECT_EQ(display_of("-pk"), "Device housekeeping:\n" + housekeeping_values);
     // Opening takes 20 ms; the sixth reading is over at 80 ms.
-    EXPECT_EQ(live.display(), "Device housekeeping, press {W}Esc{.} to quit: Polling rate: {W}"
-                              "100.00{.} cycles/s, Mean response time:  {W}10.0ms{.}\n" +
-                                  housekeeping_values);
-
-    Trial quiet; // loops as well, only without the prompt
-    set_housekeeping(quiet);
-    quiet.instrument("latency 10");
-    quiet.type(75, "\033");
-    quiet.run("3 -q -Pk -T");
-    EXPECT_EQ(quiet.screen(), "Device housekeeping: Polling rate: {W}100.00{.} cycles/s, "
-                              "Mean response time:  {W}10.0ms{.}\n" +
-                                  housekeeping_values);
-}
-
-TEST(Housekeeping, ShowsNoRateBeforeTimeHasPassed)
-{
-    Trial trial;
+    EXPECT_EQ(live_display_of("-PK", 75), "Device housekeeping, press {W}Esc{.} to quit: Polling "
+                                          "rate: {W}100.00{.} cycles/s, Mean response time:  "
+                                          "{W}10.0ms{.}\n" +
+                                              housekeeping_values);
+    // Quiet mode loops as well, only without the prompt.
+    EXPECT_EQ(live_display_of("-q -Pk", 75),
+              "Device housekeeping: Polling rate: {W}100.00{.} cycles/s, Mean response time:  "
+              "{W}10.0ms{.}\n" +
+                  housekeeping_values);
+    Trial trial; // no rate before time has passed
     trial.pipe_in("\033");
     trial.run("3 -PK -T");
     EXPECT_THAT(trial.display(), HasSubstr("Polling rate:   {W}0.00{.} cycles/s, Mean response "
@@ -67,34 +37,28 @@ TEST(Housekeeping, ShowsNoRateBeforeTimeHasPassed)
 TEST(Housekeeping, ColoursWhatIsOutOfTolerance)
 {
     const struct {
-        const char* name;
         const char* value;
         const char* shown;
     } cases[] = {
-        {"voltage24", "24.6", "24V: {M}24.600V"},
-        {"voltage24", "23.4", "24V: {C}23.400V"},
-        {"voltage24", "24.48", "24V: {W}24.480V"},
-        {"voltage5", "5.11", "5V0: {M}5.110V"},
-        {"voltage33", "3.23", "3V3: {C}3.230V"},
-        {"temperatureCPU", "40.1", "CPU:  {M}+40.1\xC2\xB0"},
-        {"temperatureCPU", "40", "CPU:  {W}+40.0\xC2\xB0"},
-        {"temperaturePSU", "9.9", "PSU:   {C}+9.9\xC2\xB0"},
-        {"temperaturePSU", "-5", "PSU:   {C}-5.0\xC2\xB0"},
-        {"voltage24", "nan", "24V:    {W}nanV"},
+        {"voltage24 24.6", "24V: {M}24.600V"},
+        {"voltage24 23.4", "24V: {C}23.400V"},
+        {"voltage24 24.48", "24V: {W}24.480V"},
+        {"voltage5 5.11", "5V0: {M}5.110V"},
+        {"voltage33 3.23", "3V3: {C}3.230V"},
+        {"temperatureCPU 40.1", "CPU:  {M}+40.1\xC2\xB0"},
+        {"temperatureCPU 40", "CPU:  {W}+40.0\xC2\xB0"},
+        {"temperaturePSU 9.9", "PSU:   {C}+9.9\xC2\xB0"},
+        {"temperaturePSU -5", "PSU:   {C}-5.0\xC2\xB0"},
+        {"voltage24 nan", "24V:    {W}nanV"},
     };
-    for (const auto& c : cases) {
-        Trial trial;
-        trial.instrument(std::string{"reply GetHousekeeping."} + c.name + ' ' + c.value);
-        trial.run("3 -pk -T");
-        EXPECT_THAT(trial.display(), HasSubstr(c.shown));
-    }
+    for (const auto& [value, shown] : cases)
+        EXPECT_THAT(display_of("-pk", {std::string{"reply GetHousekeeping."} + value}),
+                    HasSubstr(shown));
 }
 
 TEST(Housekeeping, EchoesTheKeyTwoRowsAboveTheHeader)
 {
-    Trial trial;
-    set_housekeeping(trial);
-    trial.instrument("latency 10");
+    Trial trial{"latency 10"};
     trial.type(55, "k");
     trial.type(500, "\033");
     virtual_platform.signals = {{61, 2}}; // stops it in the cycle that shows the key
@@ -103,103 +67,65 @@ TEST(Housekeeping, EchoesTheKeyTwoRowsAboveTheHeader)
     EXPECT_THAT(trial.display(), HasSubstr("\nProduct number: {W}240101{.}\nDevice housekeeping"));
     EXPECT_THAT(trial.output(), HasSubstr("'k'"));
 
-    Trial at_the_top; // above the program's own first row nothing is touched
-    at_the_top.instrument("latency 10");
+    Trial at_the_top{"latency 10"}; // above the program's own first row nothing is touched
     at_the_top.type(55, "k");
     at_the_top.type(100, "\033");
     at_the_top.run("3 -q -PK -T");
     EXPECT_THAT(at_the_top.output(), Not(HasSubstr("'k'")));
-}
 
-TEST(Housekeeping, ASingleReadingTouchesNothingAboveIt)
-{
-    Trial trial;
-    trial.run("3 -pe -pk -T");
-    EXPECT_THAT(trial.screen(),
-                testing::StartsWith("{W}COM3{.} opened for the communication stream\n"));
-    EXPECT_THAT(trial.output(), HasSubstr("opened for the communication stream\r\n"));
+    Trial single;
+    single.run("3 -pe -pk -T");
+    EXPECT_THAT(single.output(), HasSubstr("opened for the communication stream\r\n"));
 }
 
 TEST(Cpu, OneReadingASecondOnAFixedGrid)
 {
-    Trial once;
-    once.instrument("reply GetCPUdata.load 0.125");
-    once.instrument("reply GetCPUdata.frequency 72e6");
-    once.instrument("latency 10");
-    once.run("3 -pc -T");
-    EXPECT_EQ(once.display(), "CPU data:   Load: {W}12.5%{.}   Frequency: {W}72.00MHz{.}\n");
+    EXPECT_EQ(display_of("-pc", {"reply GetCPUdata.load 0.125", "reply GetCPUdata.frequency 72e6"}),
+              "CPU data:   Load: {W}12.5%{.}   Frequency: {W}72.00MHz{.}\n");
     EXPECT_GE(virtual_time::now_us(), 1'000'000);
 
-    Trial live; // Esc cuts the wait short, and one more reading is shown
-    live.instrument("reply GetCPUdata.load 0.1 0.2 0.3 1");
-    live.instrument("latency 10");
+    // Esc cuts the wait short, and one more reading is shown.
+    Trial live{"latency 10", "reply GetCPUdata.load 0.1 0.2 0.3 1"};
     live.type(2'100, "x");
     live.type(2'500, "\033");
     live.run("3 -PC -T");
-    EXPECT_THAT(live.display(), testing::StartsWith("CPU data, press {W}Esc{.} to quit:   Load: "
-                                                    "{W}30.0%{.}   Frequency: {W}"));
-    EXPECT_EQ(std::count(live.calls.begin(), live.calls.end(), "GetCPUdata()"), 3);
+    EXPECT_THAT(live.display(), StartsWith("CPU data, press {W}Esc{.} to quit:   Load: {W}30.0%{.} "
+                                           "  Frequency: {W}"));
+    EXPECT_EQ(live.calls_of("GetCPUdata()"), 3);
     EXPECT_LT(virtual_time::now_us(), 2'600'000);
-}
 
-TEST(Cpu, EndsAndKeepsItsGridWhenTheDeviceIsSlow)
-{
-    Trial trial;
-    trial.instrument("latency 1500");
-    trial.type(10'000, "\033");
-    trial.run("3 -PC -T");
-    EXPECT_LT(virtual_time::now_us(), 16'000'000);
-    Trial stopped; // what was missed is not made up for
-    stopped.instrument("block GetCPUdata at 2 for 60000");
+    Trial stopped{"block GetCPUdata at 2 for 60000"}; // what was missed is not made up for
     stopped.type(65'000, "\033");
     stopped.run("3 -PC -T");
-    EXPECT_LT(std::count(stopped.calls.begin(), stopped.calls.end(), "GetCPUdata()"), 9);
+    EXPECT_LT(stopped.calls_of("GetCPUdata()"), 9);
 }
 
-TEST(Uptime, BothTimesInOneLine)
+TEST(Uptime, BothTimesInOneLineWithoutRemainsOfLongerOnes)
 {
-    Trial trial;
-    for (const char* line :
-         {"reply GetUptimeInt.seconds 59", "reply GetUptimeInt.milliseconds 990",
-          "reply GetUptimeInt.totalSeconds 360000", "reply GetUptimeInt.totalMilliseconds 0",
-          "reply GetOptimeInt.seconds 61", "reply GetOptimeInt.milliseconds 5",
-          "reply GetOptimeInt.totalSeconds 3600", "reply GetOptimeInt.totalMilliseconds 0"})
-        trial.instrument(line);
-    trial.instrument("latency 10");
-    trial.type(100, "\033");
-    trial.run("3 -pu -PU -T");
     const std::string line = "Device uptime: {W}59.99 sec.{.}, total: {W}100:00:00.00 sec.{.}, "
-                             "Operation time: {W}1:01.00 sec.{.}, total: {W}1:00:00.00 sec.{.}\n";
-    EXPECT_EQ(trial.display(), line + "Press {W}Esc{.} to quit:\n" + line);
-}
-
-TEST(Uptime, LeavesNothingOfALongerText)
-{
-    Trial trial;
-    trial.instrument("reply GetOptimeInt.totalSeconds 36000 5");
-    trial.instrument("reply GetOptimeInt.totalMilliseconds 0");
-    trial.instrument("latency 10");
-    trial.type(100, "\033");
-    trial.run("3 -q -PU -T");
-    EXPECT_THAT(trial.display(), EndsWith(", total: {W}5.00 sec.{.}\n"));
+                             "Operation time: {W}1:01.00 sec.{.}, total: {W}5.00 sec.{.}\n";
+    EXPECT_EQ(
+        live_display_of(
+            "-PU", 100,
+            {"reply GetUptimeInt.seconds 59", "reply GetUptimeInt.milliseconds 990",
+             "reply GetUptimeInt.totalSeconds 360000", "reply GetUptimeInt.totalMilliseconds 0",
+             "reply GetOptimeInt.seconds 61", "reply GetOptimeInt.milliseconds 5",
+             "reply GetOptimeInt.totalSeconds 36000 5", "reply GetOptimeInt.totalMilliseconds 0"}),
+        "Press {W}Esc{.} to quit:\n" + line);
 }
 
 TEST(Fan, StateSpeedsAndDuty)
 {
-    Trial trial;
-    for (const char* line : {"reply GetFanData.failed 0 1", "reply GetFanData.setSpeed 2200",
-                             "reply GetFanData.measuredSpeed 2187", "reply GetFanData.pwm 0.5"})
-        trial.instrument(line);
-    trial.instrument("latency 10");
-    trial.type(45, "\033");
-    trial.run("3 -pb -PB -T");
     const auto values = [](const char* state) {
         return std::string{"  state OK: "} + state +
                "{.}        set:  {W}2200rpm{.}     measured:  {W}2187rpm{.}     PWM control: {W}"
                "50.00%{.}\n";
     };
-    EXPECT_EQ(trial.display(), "Fan data:\n" + values("{G}Y") +
-                                   "Fan data, press {W}Esc{.} to quit:\n" + values("{R}N"));
+    EXPECT_EQ(live_display_of("-pb -PB", 45,
+                              {"reply GetFanData.failed 0 1", "reply GetFanData.setSpeed 2200",
+                               "reply GetFanData.measuredSpeed 2187", "reply GetFanData.pwm 0.5"}),
+              "Fan data:\n" + values("{G}Y") + "Fan data, press {W}Esc{.} to quit:\n" +
+                  values("{R}N"));
 }
 
 TEST(Led, TheWordInTheColourOfTheLed)
@@ -220,11 +146,7 @@ TEST(Led, TheWordInTheColourOfTheLed)
                                        ", Green: " + green + ", Blue: " + blue +
                                        ", Color: " + colors[index] + "LED{.}\n");
     }
-    Trial live;
-    live.instrument("latency 10");
-    live.type(45, "\033");
-    live.run("3 -PL -T");
-    EXPECT_THAT(live.display(), testing::StartsWith("Press {W}Esc{.} to quit\nLED data"));
+    EXPECT_THAT(live_display_of("-PL", 45), StartsWith("Press {W}Esc{.} to quit\nLED data"));
 }
 
 } // namespace

@@ -1,23 +1,10 @@
-#include <algorithm>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "frame/console.h"
 #include "tests/support/trial.h"
 
 namespace
 {
 
 using testing::HasSubstr;
-
-std::string display_of(const std::string& reply, const std::string& arguments)
-{
-    Trial trial;
-    trial.instrument("reply " + reply);
-    trial.run("3 " + arguments + " -T");
-    return trial.display();
-}
+using testing::StartsWith;
 
 TEST(OverallState, EveryCode)
 {
@@ -38,7 +25,7 @@ TEST(OverallState, EveryCode)
         {"FFFFh", "{W}Unknown state{.}"},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(display_of(std::string{"GetState.state "} + c.code, "-s"),
+        EXPECT_EQ(display_of("-s", {std::string{"reply GetState.state "} + c.code}),
                   std::string{"Overall state: {W}"} + c.code + "{.} = " + c.word + "\n");
 }
 
@@ -49,7 +36,7 @@ TEST(DeviceState, SetBitsAreFaultsAndNothingRepeats)
     for (const char* arguments : {"-sd", "-SD"}) {
         for (const unsigned state : {0x00u, 0x01u, 0x02u, 0x04u, 0x08u, 0x10u, 0x1Fu, 0xE0u}) {
             const std::string display =
-                display_of("GetDeviceState.state " + std::to_string(state), arguments);
+                display_of(arguments, {"reply GetDeviceState.state " + std::to_string(state)});
             const auto word = [&](unsigned bit) {
                 return (state >> bit & 1u) != 0 ? std::string{fail} : std::string{ok} + "  ";
             };
@@ -63,54 +50,44 @@ TEST(DeviceState, SetBitsAreFaultsAndNothingRepeats)
                                   ((state & 0x10u) != 0 ? std::string{fail} : std::string{ok})));
         }
     }
-    EXPECT_THAT(display_of("GetDeviceState.state 1Fh", "-SD"),
-                testing::StartsWith("Device state: {W}1Fh{.}={W}0001 1111b{.}\n"));
+    EXPECT_THAT(display_of("-SD", {"reply GetDeviceState.state 1Fh"}),
+                StartsWith("Device state: {W}1Fh{.}={W}0001 1111b{.}\n"));
 }
 
 TEST(StateBytes, EveryFieldFromItsBit)
 {
-    const struct {
-        const char* reply;
-        const char* arguments;
-        const char* display;
-    } cases[] = {
-        {"GetVoltageState.state 37h", "-sv",
+    expect_shown({
+        {"reply GetVoltageState.state 37h", "-sv",
          "Voltage state: {W}37h{.}={W}0011 0111b{.},   +3V3: {G}OK{.}  +5V0: {G}OK{.}  +24V: "
          "{G}OK{.}  PSU: {G}OK{.}  Line: {G}OK{.}\n"},
-        {"GetVoltageState.state 07h", "-sv",
+        {"reply GetVoltageState.state 07h", "-sv",
          "Voltage state: {W}07h{.}={W}0000 0111b{.},   +3V3: {G}OK{.}  +5V0: {G}OK{.}  +24V: "
          "{G}OK{.}  PSU: {M}fail{.}Line: {M}fail{.}\n"},
-        {"GetVoltageState.state 25h", "-sv",
+        {"reply GetVoltageState.state 25h", "-sv",
          "Voltage state: {W}25h{.}={W}0010 0101b{.},   +3V3: {G}OK{.}  +5V0: {M}fail{.}+24V: "
          "{G}OK{.}  PSU: {G}OK{.}  Line: {M}fail{.}\n"},
-        {"GetVoltageState.state 1Ah", "-sv",
+        {"reply GetVoltageState.state 1Ah", "-sv",
          "Voltage state: {W}1Ah{.}={W}0001 1010b{.},   +3V3: {M}fail{.}+5V0: {G}OK{.}  +24V: "
          "{M}fail{.}PSU: {M}fail{.}Line: {G}OK{.}\n"},
-        {"GetTemperatureState.state 05h", "-st",
+        {"reply GetTemperatureState.state 05h", "-st",
          "Temperature state: {W}05h{.}={W}0000 0101b{.},   CPU: {R}hot{.} PSU: {G}OK{.}\n"},
-        {"GetTemperatureState.state 0Ah", "-st",
+        {"reply GetTemperatureState.state 0Ah", "-st",
          "Temperature state: {W}0Ah{.}={W}0000 1010b{.},   CPU: {G}OK{.}  PSU: {R}hot{.}\n"},
-        {"GetTemperatureState.state 0Ch", "-st",
+        {"reply GetTemperatureState.state 0Ch", "-st",
          "Temperature state: {W}0Ch{.}={W}0000 1100b{.},   CPU: {B}cold{.}PSU: {B}cold{.}\n"},
-        {"GetFanState.state 05h", "-sf",
+        {"reply GetFanState.state 05h", "-sf",
          "Fan state: {W}05h{.}={W}0000 0101b{.},   Fan OK: {G}OK{.}    Switch Fan current: "
          "{M}off{.}   last:  {G}on{.}   Fan enabled:  {M}no{.}\n"},
-        {"GetFanState.state 0Ah", "-sf",
+        {"reply GetFanState.state 0Ah", "-sf",
          "Fan state: {W}0Ah{.}={W}0000 1010b{.},   Fan OK: {M}fail{.}  Switch Fan current:  "
          "{G}on{.}   last: {M}off{.}   Fan enabled: {G}yes{.}\n"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(display_of(c.reply, c.arguments), c.display) << c.reply;
+    });
 }
 
 TEST(StateBytes, ContinuouslyTheFieldsStandOnTheirOwnLine)
 {
-    Trial trial;
-    trial.instrument("reply GetVoltageState.state 37h 36h");
-    trial.instrument("latency 10");
-    trial.type(10, "\033"); // counts as Esc at 60 ms
-    trial.run("3 -Sv -T");
-    EXPECT_EQ(trial.display(),
+    // What is typed at 10 ms counts as Esc at 60 ms.
+    EXPECT_EQ(live_display_of("-Sv", 10, {"reply GetVoltageState.state 37h 36h"}),
               "Voltage state, press {W}Esc{.} to quit: {W}36h{.}={W}0011 0110b{.}   Polling rate: "
               "{W}100.00{.} cycles/s   Mean response time:  {W}10.0ms{.}\n"
               "   +3V3: {M}fail{.}+5V0: {G}OK{.}  +24V: {G}OK{.}  PSU: {G}OK{.}  Line: {G}OK{.}\n");
@@ -137,73 +114,48 @@ TEST(InterlockState, EachFieldShowsItsOwnBit)
     };
     for (const auto& field : fields) {
         const std::string display =
-            display_of("GetInterlockState.state " + std::to_string(1 << field.bit), "-si");
+            display_of("-si", {"reply GetInterlockState.state " + std::to_string(1 << field.bit)});
         EXPECT_THAT(display, HasSubstr(std::string{field.before} + "{G}OK{.}")) << field.bit;
         EXPECT_EQ(display.find("{G}"), display.rfind("{G}")) << "one bit, one field";
     }
-    const std::string none = display_of("GetInterlockState.state F0h", "-si");
+    const std::string none = display_of("-si", {"reply GetInterlockState.state F0h"});
     EXPECT_EQ(none.find("{G}"), std::string::npos) << "the bits between are not shown";
 }
 
-TEST(InterlockState, RepeatsAFailedReadingOnce)
+TEST(InterlockState, ContinuouslyWithFinerRatesAndTheKeyboardBeforeTheReading)
 {
-    Trial once;
-    once.instrument("fail GetInterlockState at 1");
-    once.run("3 -si -T");
-    EXPECT_THAT(once.display(), testing::Not(HasSubstr("Error")));
-    Trial twice;
-    twice.instrument("latency 0");
-    twice.instrument("fail GetInterlockState always text \"no answer\"");
-    twice.run("3 -SI -pn -T");
-    EXPECT_EQ(std::count(twice.calls.begin(), twice.calls.end(), "GetInterlockState()"), 2);
-    EXPECT_THAT(twice.display(), HasSubstr("rear:\n" + error_line("GetInterlockState",
-                                                                  "09:26:53.589", "no answer")));
-    Trial live; // finer rates than elsewhere, and the keyboard comes before the reading
-    live.instrument("latency 10");
-    live.type(10, "\033");
-    live.run("3 -SI -T");
-    EXPECT_THAT(live.display(), HasSubstr("to quit: Polling rate: {W}100.00{.} cycles/s, Mean "
-                                          "response time:  {W}10.00{.} ms\n"));
+    EXPECT_THAT(live_display_of("-SI", 10),
+                HasSubstr("to quit: Polling rate: {W}100.00{.} cycles/s, Mean response time:  "
+                          "{W}10.00{.} ms\n"));
 }
 
 TEST(InputsAndMonitors, LettersAndWords)
 {
-    EXPECT_EQ(display_of("GetInputs.interlockFront 0", "-sn"),
-              "Device input levels:,   Interlock Front State: {R}N{.}   Interlock Rear Level: "
-              "{G}1{.}   Fan Enabled: {G}Y{.}\n");
-    EXPECT_THAT(display_of("GetInputs.interlockRear 0", "-sn"), HasSubstr("Level: {R}0{.}"));
-    EXPECT_THAT(display_of("GetInputs.fanEnabled 0", "-sn"), HasSubstr("Enabled: {R}N{.}"));
-    EXPECT_EQ(display_of("GetPowerMonitors.acInput 0", "-sp"),
-              "Power monitor state:,   AC input: {M}fail{.}   DC output: {G}OK{.}\n");
-    Trial live;
-    live.instrument("latency 10");
-    live.type(10, "\033");
-    live.run("3 -SP -T");
-    EXPECT_THAT(live.display(),
-                testing::StartsWith("Power monitor state, press {W}Esc{.} to quit:   Polling rate: "
-                                    "{W}100.00{.} cycles/s   Mean response time:  {W}10.0ms{.}\n"
-                                    "   AC input: {G}OK{.}"));
+    expect_shown({
+        {"reply GetInputs.interlockFront 0", "-sn",
+         "Device input levels:,   Interlock Front State: {R}N{.}   Interlock Rear Level: "
+         "{G}1{.}   Fan Enabled: {G}Y{.}\n"},
+        {"reply GetInputs.interlockRear 0", "-sn", HasSubstr("Level: {R}0{.}")},
+        {"reply GetInputs.fanEnabled 0", "-sn", HasSubstr("Enabled: {R}N{.}")},
+        {"reply GetPowerMonitors.acInput 0", "-sp",
+         "Power monitor state:,   AC input: {M}fail{.}   DC output: {G}OK{.}\n"},
+    });
+    EXPECT_THAT(live_display_of("-SP", 10),
+                StartsWith("Power monitor state, press {W}Esc{.} to quit:   Polling rate: "
+                           "{W}100.00{.} cycles/s   Mean response time:  {W}10.0ms{.}\n"
+                           "   AC input: {G}OK{.}"));
 }
 
-TEST(StatusDisplays, AFailureLeavesAFreshLineAndAVisibleCursor)
+TEST(StatusDisplays, AFailureIsToldOnAFreshLine)
 {
-    const struct {
-        const char* letters;
-        const char* function;
-    } cases[] = {{"S", "GetState"},         {"SD", "GetDeviceState"},
-                 {"SV", "GetVoltageState"}, {"ST", "GetTemperatureState"},
-                 {"SF", "GetFanState"},     {"SN", "GetInputs"},
-                 {"SP", "GetPowerMonitors"}};
-    for (const auto& c : cases) {
-        Trial trial;
-        trial.instrument(std::string{"fail "} + c.function + " at 1 text \"no answer\"");
-        trial.run(std::string{"3 -"} + c.letters + " -pn -T");
-        EXPECT_THAT(trial.screen(),
-                    HasSubstr("\n" + error_line(c.function, "09:26:53.589", "no answer")));
-        EXPECT_THAT(trial.display(), testing::EndsWith("\nProduct number: {W}240101{.}\n"));
-        EXPECT_EQ(std::count(trial.calls.begin(), trial.calls.end(), "GetCommError()"), 1);
-        EXPECT_TRUE(console.cursor_visible());
-    }
+    for (const auto& [letters, function] : {std::pair{"-S", "GetState"},
+                                            {"-SD", "GetDeviceState"},
+                                            {"-SV", "GetVoltageState"},
+                                            {"-SI", "GetInterlockState"},
+                                            {"-SN", "GetInputs"}})
+        EXPECT_THAT(display_of(letters, {std::string{"fail "} + function + " always"}),
+                    HasSubstr("\n{M}2026/03/14, 09:26:53.589: Error at COM_KOV_CTRL_" +
+                              std::string{function}));
 }
 
 } // namespace

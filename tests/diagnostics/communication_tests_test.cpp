@@ -1,9 +1,6 @@
 #include <algorithm>
 #include <set>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "tests/support/trial.h"
 
 namespace
@@ -19,8 +16,7 @@ const std::string started = "\n  Test started on  {W}2026/03/14, 09:26:53.589{.}
 
 TEST(ControllerTest, CountsDisplaysAndLooksAtKeysThere)
 {
-    Trial trial;
-    trial.instrument("block Test for 10");
+    Trial trial{"block Test for 10"};
     trial.type(1300, "\033"); // behind the first display, which comes at 1.23 s
     trial.run("3 -q -@ -T");
     EXPECT_EQ(trial.display(),
@@ -30,14 +26,12 @@ TEST(ControllerTest, CountsDisplaysAndLooksAtKeysThere)
                   "{W}490{.} ({W}4.90E+02{.}) bytes\n"
                   "    data rate: {W}0.195{.} KB/s, {W}100.82{.} cycles/s, mean response time: "
                   "{W}9.92{.} ms\n");
-    EXPECT_EQ(std::count(trial.calls.begin(), trial.calls.end(), "Test(\"\")"), 245);
+    EXPECT_EQ(trial.calls_of("Test(\"\")"), 245);
 }
 
 TEST(ControllerTest, TheSummaryStandsBelowTheError)
 {
-    Trial trial;
-    trial.instrument("block Test for 10");
-    trial.instrument("fail Test at 400 text \"gone\"");
+    Trial trial{"block Test for 10", "fail Test at 400 text \"gone\""};
     trial.type(3000, "x"); // shown by the third display, the last before the failure
     trial.run("3 -@0 -T");
     EXPECT_THAT(trial.display(),
@@ -45,17 +39,14 @@ TEST(ControllerTest, TheSummaryStandsBelowTheError)
                            ", run {W}#370{.} (  {W}2{.} bytes, {W}0.195{.} KB/s)\n" +
                            error_line("Test", "09:26:57.589", "gone")));
     EXPECT_THAT(trial.display(), HasSubstr("{.} after {W}403{.} cycles, {W}800{.} ("));
-    Trial at_once;
-    at_once.instrument("fail Test always");
-    at_once.run("3 -@0 -T -p");
-    EXPECT_THAT(at_once.screen(), HasSubstr(started + ", run\n{M}2026"));
-    EXPECT_THAT(at_once.screen(), EndsWith("time-out{.}\n\nProgram completed\n"));
+    const std::string at_once = display_of("-@0", {"fail Test always"});
+    EXPECT_THAT(at_once, HasSubstr(started + ", run\n{M}2026"));
+    EXPECT_THAT(at_once, EndsWith("time-out{.}\n\n"));
 }
 
 TEST(ControllerTest, SendsPrintableTextsUpToTheLength)
 {
-    Trial trial;
-    trial.instrument("fail Test at 2000");
+    Trial trial{"fail Test at 2000"};
     trial.run("3 -@1 -T");
     const std::set<std::string> sent(trial.calls.begin(), trial.calls.end());
     const auto texts = std::count_if(sent.begin(), sent.end(), [](const std::string& call) {
@@ -68,8 +59,7 @@ TEST(ControllerTest, SendsPrintableTextsUpToTheLength)
 
 TEST(ControllerTest, ARequestToEndIsNotKeptWaiting)
 {
-    Trial trial;
-    trial.instrument("block Test for 1000");
+    Trial trial{"block Test for 1000"};
     virtual_platform.signals = {{.at_ms = 2500, .number = 15}};
     trial.run("3 -@0 -T");
     EXPECT_THAT(trial.display(), HasSubstr(started + ", stopped by user\n  Test finished on "
@@ -110,7 +100,7 @@ TEST(ModuleTest, Partners)
         if (c.call == nullptr)
             continue;
         EXPECT_THAT(trial.display(), HasSubstr("after {W}2{.} cycles, {W}4{.} ("));
-        EXPECT_EQ(std::count(trial.calls.begin(), trial.calls.end(), c.call), 2);
+        EXPECT_EQ(trial.calls_of(c.call), 2);
     }
 }
 
@@ -132,11 +122,8 @@ TEST(ModuleTest, FailuresAndASingleCycle)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
-        Trial trial;
-        for (const char* slot : {"0", "1", "2"})
-            trial.instrument(std::string{"reply GetModulePresence.flags["} + slot + "] 0");
-        trial.instrument("block TestModule for 100");
-        trial.instrument(c.line);
+        Trial trial{"reply GetModulePresence.flags[0] 0", "reply GetModulePresence.flags[1] 0",
+                    "reply GetModulePresence.flags[2] 0", "block TestModule for 100", c.line};
         const bool fails = c.part.find('#') != std::string::npos;
         trial.pipe_in(fails ? "xxx" : "");
         trial.run("3 -g -&* 0 -T");

@@ -1,8 +1,4 @@
-#include <algorithm>
 #include <cstdio>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
@@ -14,12 +10,6 @@ using testing::HasSubstr;
 
 constexpr int lines = 262'304;
 constexpr int lines_of_memory = 0x40000;
-
-std::ptrdiff_t count(const Trial& trial, const std::string& function)
-{
-    return std::count_if(trial.calls.begin(), trial.calls.end(),
-                         [&](const std::string& call) { return call.starts_with(function + '('); });
-}
 
 /// An image in which every byte depends on its address; `format` writes one.
 std::string image(const char* format, int count)
@@ -66,14 +56,14 @@ TEST(MemoryImage, FilesRestoredAndSavedAgain)
         Trial trial;
         trial.pipe_in("yy");
         const TemporaryFile file;
-        file.write(c.text);
+        write_file(file.name(), c.text);
         run(trial, file, "-Y");
         EXPECT_THAT(trial.screen(), HasSubstr(c.end + file.name() + c.next));
-        EXPECT_EQ(count(trial, "SetMemoryData"), c.blocks);
-        EXPECT_EQ(count(trial, "UpdateMemoryData"), c.blocks == 1171 ? 1 : 0);
+        EXPECT_EQ(trial.calls_of("SetMemoryData("), c.blocks);
+        EXPECT_EQ(trial.calls_of("UpdateMemoryData("), c.blocks == 1171 ? 1 : 0);
         if (c.blocks < 1171)
             continue;
-        file.write("");
+        write_file(file.name(), "");
         run(trial, file, "-y");
         EXPECT_TRUE(file.text() == good);
         EXPECT_EQ(trial.display(),
@@ -115,32 +105,26 @@ TEST(MemoryImage, Failures)
         const char* switches;
         const char* line; ///< of the scenario
         const char* part; ///< of the display
-        const char* function;
         std::ptrdiff_t calls;
     } cases[] = {
-        {"-y", "fail GetMemoryData at 3", "Getting memory data, address: 001C0h\n{M}2026",
-         "GetMemoryData", 3},
-        {"-Y", "fail SetMemoryData at 3", "Setting memory data, address: 001C0h\n{M}2026",
-         "SetMemoryData", 3},
-        {"-Y", "fail UpdateMemoryData always", "(size=40000h):\n{M}2026", "SetMemoryData", 1171},
+        {"-y", "fail GetMemoryData at 3", "Getting memory data, address: 001C0h\n{M}2026", 3},
+        {"-Y", "fail SetMemoryData at 3", "Setting memory data, address: 001C0h\n{M}2026", 3},
+        {"-Y", "fail UpdateMemoryData always", "(size=40000h):\n{M}2026", 1171},
         {"-y", "block GetMemoryData for 100",
-         "\nSaving memory data stopped at address: 00380h, {Y}interrupted{.}\n", "GetMemoryData",
-         4},
+         "\nSaving memory data stopped at address: 00380h, {Y}interrupted{.}\n", 4},
         {"-Y", "block SetMemoryData for 100",
-         "\nLoading memory data stopped at address: 00380h, {Y}interrupted{.}\n", "SetMemoryData",
-         4},
+         "\nLoading memory data stopped at address: 00380h, {Y}interrupted{.}\n", 4},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.part);
-        Trial trial;
+        Trial trial{c.line};
         trial.pipe_in("yy");
-        trial.instrument(c.line);
         virtual_platform.signals = {{.at_ms = 350, .number = 15}};
         const TemporaryFile file;
-        file.write(image("%02X\n", lines));
+        write_file(file.name(), image("%02X\n", lines));
         run(trial, file, c.switches);
         EXPECT_THAT(trial.display(), HasSubstr(c.part));
-        EXPECT_EQ(count(trial, c.function), c.calls);
+        EXPECT_EQ(trial.calls_of("GetMemoryData(") + trial.calls_of("SetMemoryData("), c.calls);
         EXPECT_THAT(trial.display(), testing::Not(HasSubstr("Memory data ")));
     }
 }

@@ -1,8 +1,3 @@
-#include <algorithm>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
 
@@ -115,12 +110,11 @@ TEST(Recording, NothingReady)
 
 TEST(Recording, IsStoredOnceASecondAndAtTheEnds)
 {
-    Trial trial;
-    trial.instrument("latency 1");
+    Trial trial{"latency 1"};
     trial.type(5900, "\033");
     const TemporaryFile file;
     run(trial, file);
-    EXPECT_GT(std::count(trial.calls.begin(), trial.calls.end(), "GetHeatCtrlMonitoring()"), 50);
+    EXPECT_GT(trial.calls_of("GetHeatCtrlMonitoring()"), 50);
     EXPECT_EQ(virtual_platform.stores, 1 + 5 + 2) << "heading, seconds, trailer and close";
 }
 
@@ -128,18 +122,16 @@ TEST(Recording, FailsWithItsFirstReadings)
 {
     for (const char* line :
          {"fail GetHeatCtrlHousekeeping at 1", "fail GetHeatCtrlMonitoring at 1"}) {
-        Trial trial;
+        Trial trial{line};
         pace(trial, 0);
-        trial.instrument(line);
         const TemporaryFile file;
         run(trial, file);
-        EXPECT_THAT(trial.screen(),
+        EXPECT_THAT(trial.display(),
                     EndsWith("time-out{.}\nError recording data of heat-controller to file '" +
-                             file.name() + "'\nProgram completed\n"));
+                             file.name() + "'\n"));
     }
-    Trial trial;
-    trial.run("3 -HS /nowhere/at\033all -T");
-    EXPECT_EQ(trial.display(), "Error opening the data file '/nowhere/at\\eall'\n");
+    EXPECT_EQ(display_of("-HS /nowhere/at\033all"),
+              "Error opening the data file '/nowhere/at\\eall'\n");
 }
 
 } // namespace

@@ -3,8 +3,6 @@
 #include <cmath>
 #include <limits>
 
-#include <gtest/gtest.h>
-
 #include "tests/support/trial.h"
 
 namespace
@@ -32,22 +30,10 @@ TEST(Format, ColoursByDeviation)
             << c.value << " of " << c.nominal;
 }
 
-TEST(Format, ColoursByRange)
-{
-    EXPECT_EQ(range_color(40.0, 10.0, 40.0), Color::value);
-    EXPECT_EQ(range_color(40.1, 10.0, 40.0), Color::above);
-    EXPECT_EQ(range_color(10.0, 10.0, 40.0), Color::value);
-    EXPECT_EQ(range_color(9.9, 10.0, 40.0), Color::below);
-    EXPECT_EQ(range_color(std::nan(""), 10.0, 40.0), Color::value);
-}
-
 TEST(Format, Words)
 {
     EXPECT_STREQ(active_or_off(false).text, "off   ");
     EXPECT_EQ(active_or_off(false).color, Color::disabled);
-    EXPECT_STREQ(ok_fail_or_disabled(false, true).text, "dis.");
-    EXPECT_STREQ(ok_fail_or_disabled(true, true).text, "OK  ");
-    EXPECT_EQ(ok_fail_or_disabled(true, false).color, Color::bad);
     EXPECT_STREQ(led_color_name(true, false, true), "Pink");
     EXPECT_STREQ(led_color_name(false, true, true), "Cyan");
     EXPECT_STREQ(module_type_name(0), "Heat Controller");

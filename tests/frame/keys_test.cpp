@@ -1,7 +1,5 @@
 #include "frame/keys.h"
 
-#include <gtest/gtest.h>
-
 #include "frame/console.h"
 #include "frame/questions.h"
 #include "tests/support/trial.h"
@@ -10,7 +8,9 @@
 namespace
 {
 
-std::vector<int> decode(std::string_view bytes, bool late = false)
+using Codes = std::vector<int>;
+
+Codes decode(std::string_view bytes, bool late = false)
 {
     KeyDecoder decoder;
     for (const char byte : bytes)
@@ -19,127 +19,76 @@ std::vector<int> decode(std::string_view bytes, bool late = false)
     return {decoder.keys.begin(), decoder.keys.end()};
 }
 
-using Codes = std::vector<int>;
+constexpr int up = key::extended(0x48), down = key::extended(0x50), page_up = key::extended(0x49);
 
 TEST(KeyDecoder, KeysOfTheTerminals)
 {
     // clang-format off
     const struct {
-        const char* bytes;
-        int scan_code; ///< 0 = swallowed
+        int code;
+        std::vector<std::string> bytes;
     } cases[] = {
-        {"\033[A", 0x48},
-        {"\033OA", 0x48},
-        {"\033[B", 0x50},
-        {"\033[5~", 0x49},
-        {"\033[6~", 0x51},
-        {"\033[1;5A", 0x8D},
-        {"\033[1;5B", 0x91},
-        {"\033[1;3A", 0x98},
-        {"\033[1;3B", 0xA0},
-        {"\033[5;3~", 0x99},
-        {"\033[6;3~", 0xA1},
-        {"\033[5;5~", 0x84},
-        {"\033[6;5~", 0x76},
-        {"\033\033[A", 0x98},
-        {"\033\033OB", 0xA0},
-        {"\033\033[5~", 0x99},
-        {"\033Oa", 0x8D},
-        {"\033[5^", 0x84},
-        {"\033[6^", 0x76},
-        {"\033[[A", 0x3B},
-        {"\033OP", 0x3B},
-        {"\033[11~", 0x3B},
-        {"\033[24~", 0x86},
-        {"\033[1~", 0x47},
-        {"\033[H", 0x47},
-        {"\033[3~", 0x53},
-        {"\033a", 0x1E},
-        {"\033Z", 0x2C},
-        {"\x9B" "A", 0x48},
-        {"\x8F" "A", 0x48},
-        {"\xC2\x9B" "1;5A", 0x8D},
-        {"\033\x9B" "A", 0x98},
-        {"\033\xC2\x9B" "A", 0x98},
-        {"\033[1\x9B" "A", 0x48},
-        // Not one of the program's keys: never the letter at the end, never the key without Shift.
-        {"\033[1;2A", 0},
-        {"\033[1;4A", 0},
-        {"\033[1;6A", 0},
-        {"\033[1;7A", 0},
-        {"\033[1;8A", 0},
-        {"\033[a", 0},
-        {"\033[5$", 0},
-        {"\033[5@", 0},
-        {"\033[5;2~", 0},
-        {"\033\033[1;5A", 0},
-        {"\033[200~", 0},
-        {"\033[99A", 0},
-        {"\033[?1;2c", 0},
-        {"\033[I", 0},
-        {"\033[<0;5;5M", 0},
-        {"\033[M Aa", 0},
-        {"\033]0;SAS\a", 0},
-        {"\033]0;SAS\033\\", 0},
-        {"\033PAAA\033\\", 0},
-        {"\033[", 0},
-        {"\033[1;", 0},
-        {"\033O", 0},
-        {"\033]0;A", 0},
-        {"\033]0;\xC3\x9C" "A\a", 0},
-        {"\x90" "A\x9C", 0},
-        {"\x9D" "A\a", 0},
-        {"\xC2\x90" "A\xC2\x9C", 0},
-        {"\x8E" "A", 0},
-        {"\033NA", 0},
-        {"\033(A", 0},
-        {"\033)A", 0},
-        {"\033#A", 0},
-        {"\033 A", 0},
-        {"\033[\r1A", 0},
-        {"\033\xC3\x9B", 0},
+        {up, {"\033[A", "\033OA", "\x9B" "A", "\x8F" "A", "\033[1\x9B" "A"}},
+        {down, {"\033[B"}},
+        {page_up, {"\033[5~"}},
+        {key::extended(0x51), {"\033[6~"}},
+        {key::extended(0x8D), {"\033[1;5A", "\033Oa", "\xC2\x9B" "1;5A"}},
+        {key::extended(0x91), {"\033[1;5B"}},
+        {key::extended(0x98), {"\033[1;3A", "\033\033[A", "\033\x9B" "A", "\033\xC2\x9B" "A"}},
+        {key::extended(0xA0), {"\033[1;3B", "\033\033OB"}},
+        {key::extended(0x99), {"\033[5;3~", "\033\033[5~"}},
+        {key::extended(0xA1), {"\033[6;3~"}},
+        {key::extended(0x84), {"\033[5;5~", "\033[5^"}},
+        {key::extended(0x76), {"\033[6;5~", "\033[6^"}},
+        {key::extended(0x3B), {"\033[[A", "\033OP", "\033[11~"}},
+        {key::extended(0x86), {"\033[24~"}},
+        {key::extended(0x47), {"\033[1~", "\033[H"}},
+        {key::extended(0x53), {"\033[3~"}},
+        {key::extended(0x1E), {"\033a"}},
+        {key::extended(0x2C), {"\033Z"}},
+        {'A', {"A"}},
+        {13, {"\r"}},
+        {9, {"\t"}},
+        {8, {"\x7F"}},
+        {27, {"\033"}},
+        {0x84, {"\xC3\xA4"}}, // a letter of the code page
+        {0x8E, {"\xC3\x84\xC3\x9B"}}, // not what begins a sequence
+        {down, {"\033[1\033[B"}}, // torn by the next sequence
+    };
+    // Not one of the program's keys: never the letter at the end, never the key without Shift.
+    const std::vector<std::string> swallowed = {
+        "\033[1;2A", "\033[1;4A", "\033[1;6A", "\033[1;7A", "\033[1;8A", "\033[a", "\033[5$",
+        "\033[5@", "\033[5;2~", "\033\033[1;5A", "\033[200~", "\033[99A", "\033[?1;2c", "\033[I",
+        "\033[<0;5;5M", "\033[M Aa", "\033]0;SAS\a", "\033]0;SAS\033\\", "\033PAAA\033\\", "\033[",
+        "\033[1;", "\033O", "\033]0;A", "\033]0;\xC3\x9C" "A\a", "\x90" "A\x9C", "\x9D" "A\a",
+        "\xC2\x90" "A\xC2\x9C", "\x8E" "A", "\033NA", "\033(A", "\033)A", "\033#A", "\033 A",
+        "\033[\r1A", "\033\xC3\x9B", "\xE2\x82\xAC",
     };
     // clang-format on
     for (const auto& c : cases) {
-        const Codes expected = c.scan_code == 0 ? Codes{} : Codes{256 + c.scan_code};
-        EXPECT_EQ(decode(c.bytes), expected) << testing::PrintToString(std::string{c.bytes});
+        for (const std::string& bytes : c.bytes)
+            EXPECT_EQ(decode(bytes), Codes{c.code}) << testing::PrintToString(bytes);
     }
-}
-
-TEST(KeyDecoder, PlainKeys)
-{
-    EXPECT_EQ(decode("aA \r\t"), (Codes{'a', 'A', ' ', 13, 9}));
-    EXPECT_EQ(decode("\x7F"), Codes{8});
-    EXPECT_EQ(decode("\033"), Codes{27});
+    for (const std::string& bytes : swallowed)
+        EXPECT_EQ(decode(bytes), Codes{}) << testing::PrintToString(bytes);
     EXPECT_EQ(decode("\033\033"), (Codes{27, 27}));
-    EXPECT_EQ(decode("\xC3\xA4"), Codes{0x84}) << "a letter of the code page";
-    EXPECT_EQ(decode("\xE2\x82\xAC"), Codes{}) << "a letter that it does not have";
-    EXPECT_EQ(decode("\xE4"
-                     "a"),
-              (Codes{0xE4, 'a'}))
-        << "no UTF-8 at all";
-    EXPECT_EQ(decode("\xE4\x9B"
-                     "A"),
-              (Codes{0xE4, 256 + 0x48}))
-        << "nor an A";
-    EXPECT_EQ(decode("\xC3\x84\xC3\x9B"), Codes{0x8E}) << "not what begins a sequence";
-    EXPECT_EQ(decode("\033[1;2Ax\033[Ay"), (Codes{'x', 256 + 0x48, 'y'}));
-    EXPECT_EQ(decode("\033[1\033[B"), Codes{256 + 0x50}) << "torn by the next sequence";
+    EXPECT_EQ(decode("\033[1;2Ax\033[Ay"), (Codes{'x', up, 'y'}));
+    // No UTF-8 at all.
+    EXPECT_EQ(decode(std::string{"\xE4"} + 'a'), (Codes{0xE4, 'a'}));
+    EXPECT_EQ(decode(std::string{"\xE4\x9B"} + 'A'), (Codes{0xE4, up}));
 }
 
 TEST(KeyDecoder, LateKeysAreNoAltCombinations)
 {
     const struct {
-        const char* bytes;
+        std::string bytes;
         Codes keys;
     } cases[] = {
-        {"\033[A", {256 + 0x48}},
-        {"\033OA", {256 + 0x48}},
-        {"\033[1;3A", {256 + 0x98}},
-        {"\033\033[5~", {27, 256 + 0x49}},
-        {"\033\x9B" // an 8-bit PgUp
-         "5~",
-         {27, 256 + 0x49}},
+        {"\033[A", {up}},
+        {"\033OA", {up}},
+        {"\033[1;3A", {key::extended(0x98)}},
+        {"\033\033[5~", {27, page_up}},
+        {std::string{"\033\x9B"} + "5~", {27, page_up}}, // an 8-bit PgUp
         {"\033\033\033", {27, 27, 27}},
         {"\033a", {27, 'a'}},
         {"\033 ", {27, ' '}},
@@ -147,7 +96,7 @@ TEST(KeyDecoder, LateKeysAreNoAltCombinations)
         {"\033PA\033\\", {27}}, // still no A
     };
     for (const auto& c : cases)
-        EXPECT_EQ(decode(c.bytes, true), c.keys) << testing::PrintToString(std::string{c.bytes});
+        EXPECT_EQ(decode(c.bytes, true), c.keys) << testing::PrintToString(c.bytes);
 }
 
 TEST(KeyDecoder, TheRemainderOfATornSequenceIsSwallowed)
@@ -165,21 +114,27 @@ TEST(KeyDecoder, TheRemainderOfATornSequenceIsSwallowed)
     };
     for (const auto& c : cases) {
         KeyDecoder decoder;
-        for (const char byte : std::string_view{c.begin})
-            decoder.feed(static_cast<unsigned char>(byte));
-        decoder.expire();
-        for (const char byte : std::string_view{c.remainder})
-            decoder.feed(static_cast<unsigned char>(byte));
-        decoder.expire();
+        for (const std::string_view part : {c.begin, c.remainder}) {
+            for (const char byte : part)
+                decoder.feed(static_cast<unsigned char>(byte));
+            decoder.expire();
+        }
         EXPECT_EQ((Codes{decoder.keys.begin(), decoder.keys.end()}), c.keys) << c.begin;
     }
 }
 
+/// A keyboard that somebody looks at.
+struct KeyTrial : Trial {
+    KeyTrial()
+    {
+        console.start();
+        start_keys();
+    }
+};
+
 /// The keys that read_key() gives until the clock shows `until_ms`.
 Codes keys_until(std::int64_t until_ms)
 {
-    console.start();
-    start_keys();
     Codes codes;
     while (wait_for_key_until(until_ms))
         codes.push_back(read_key());
@@ -188,7 +143,7 @@ Codes keys_until(std::int64_t until_ms)
 
 TEST(Keyboard, ALoneEscIsEscAndATornSequenceIsNone)
 {
-    Trial trial;
+    KeyTrial trial;
     trial.type(10, "\033");
     trial.type(200, "\033[");
     trial.type(400, "1;2");
@@ -204,32 +159,25 @@ TEST(Keyboard, ALoneEscIsEscAndATornSequenceIsNone)
 TEST(Keyboard, KeysTypedWhileNobodyLooksAreKeysOfTheirOwn)
 {
     const std::string filler(70, 'x'); // more than is read at once
-    Trial trial;
+    KeyTrial trial;
     trial.type(100, filler + "\033");
     trial.type(700, "\033[5~");
     trial.type(1005, "\033\033[5~"); // while somebody waits
     trial.type(1100, "\033");
     trial.type(1600, "a");
-    console.start();
-    start_keys();
     EXPECT_FALSE(key_waiting());
     EXPECT_TRUE(wait_until(1000, false));
-    Codes codes;
-    while (wait_for_key_until(1110))
-        codes.push_back(read_key());
+    Codes codes = keys_until(1110);
     codes.erase(codes.begin(), codes.begin() + 70);
+    EXPECT_EQ(codes, (Codes{27, page_up, key::extended(0x99)}));
     EXPECT_TRUE(wait_until(2000, false));
-    while (wait_for_key_until(3000))
-        codes.push_back(read_key());
-    EXPECT_EQ(codes, (Codes{27, 256 + 0x49, 256 + 0x99, 27, 'a'}));
+    EXPECT_EQ(keys_until(3000), (Codes{27, 'a'}));
 }
 
 TEST(Keyboard, OutsideOfATerminalKeysAreBytesAndTheEndIsEsc)
 {
-    Trial trial;
+    KeyTrial trial;
     trial.pipe_in("\033[A");
-    console.start();
-    start_keys();
     EXPECT_EQ(read_key(), 27);
     EXPECT_EQ(read_key(), '[');
     flush_keys(); // keeps what was piped in
@@ -242,26 +190,25 @@ TEST(Keyboard, OutsideOfATerminalKeysAreBytesAndTheEndIsEsc)
 
 TEST(Keyboard, TheLineEndBehindAnAnswerBelongsToIt)
 {
-    for (const char* line_end : {"", "\n", "\r", "\r\n"}) {
-        SCOPED_TRACE(testing::PrintToString(std::string{line_end}));
-        Trial trial;
-        trial.pipe_in(std::string{"y"} + line_end + "n" + line_end);
-        console.start();
-        start_keys();
+    for (const std::string line_end : {"", "\n", "\r", "\r\n"}) {
+        SCOPED_TRACE(testing::PrintToString(line_end));
+        KeyTrial trial;
+        trial.pipe_in("y" + line_end + "n" + line_end);
         EXPECT_EQ(read_answer(), 'y');
         EXPECT_EQ(read_answer(), 'n');
         EXPECT_EQ(read_answer(), std::nullopt);
         EXPECT_EQ(trial.screen(), "yn\n");
     }
-    Trial trial; // an empty line is an answer, too; on a terminal Enter may come later
+    KeyTrial trial; // an empty line is an answer, too; on a terminal Enter may come later
     trial.type(5, "\r");
     trial.type(10, "y");
     trial.type(20, "\r");
     trial.type(30, "n");
-    console.start();
-    start_keys();
-    EXPECT_EQ(read_answer(), '\r');
-    EXPECT_EQ(read_answer(), 'y');
+    for (const char answer : {'\r', 'y', 'n'})
+        EXPECT_EQ(read_answer(), answer);
+    KeyTrial piped; // and no answer to the next question
+    piped.pipe_in("y\nn\n");
+    EXPECT_EQ(ask_yes_no(), YesNo::yes);
     EXPECT_EQ(read_answer(), 'n');
 }
 
@@ -278,34 +225,23 @@ TEST(Keyboard, QuestionsTakeYesNoAndEscOnly)
         {"\033", YesNo::interrupted, "{Y}interrupted{.}\n"},
     };
     for (const auto& c : cases) {
-        Trial trial;
+        KeyTrial trial;
         trial.type(0, "yyyy"); // typed ahead: not meant for this question
         trial.type(10, c.keys);
-        console.start();
-        start_keys();
         EXPECT_EQ(ask_yes_no(), c.answer) << c.keys;
         EXPECT_EQ(trial.screen(), c.screen);
         EXPECT_FALSE(key_waiting());
     }
-    Trial piped; // the line end of the first answer is not the second answer
-    piped.pipe_in("y\nn\n");
-    console.start();
-    start_keys();
-    EXPECT_EQ(ask_yes_no(), YesNo::yes);
-    EXPECT_EQ(read_answer(), 'n');
-    const Trial trial;
-    console.start();
+    const KeyTrial trial;
     print_wrong_value("module address");
     EXPECT_EQ(trial.screen(), "{Y}Wrong module address specified{.}\n");
 }
 
 TEST(Keyboard, TimedWaits)
 {
-    Trial trial;
+    KeyTrial trial;
     trial.type(10, "x\033");
     trial.type(70, " ");
-    console.start();
-    start_keys();
     EXPECT_TRUE(wait_until(40, true));
     EXPECT_EQ(virtual_time::now_us(), 40'000);
     EXPECT_FALSE(wait_until(100, true));
@@ -319,8 +255,7 @@ TEST(Keyboard, TimedWaits)
 
 TEST(Keyboard, IsLookedAtOncePerMillisecond)
 {
-    Trial trial;
-    start_keys();
+    KeyTrial trial;
     EXPECT_FALSE(key_waiting());
     trial.type(0, "ab");
     EXPECT_FALSE(key_waiting()) << "looked already in this millisecond";

@@ -1,8 +1,5 @@
 #include "frame/live_display.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "frame/keys.h"
 #include "frame/program.h"
 #include "tests/support/trial.h"
@@ -79,32 +76,32 @@ TEST(LiveDisplay, NeverWaitsForTheTerminal)
     EXPECT_THAT(trial.screen(), testing::HasSubstr("Value: {W}500{.}")) << "the end is shown";
 }
 
-TEST(LiveDisplay, CountsOnlyWhatIsNew)
+TEST(LiveDisplay, WaitsForWhatIsNewUntilEsc)
 {
-    Trial trial;
-    Display display{.options = {.title = "Test", .key_first = true}, .nothing_new_until = 50};
-    display.run();
-    EXPECT_EQ(display.readings, 51);
-    EXPECT_EQ(display.drawings, 1);
-    EXPECT_EQ(trial.screen(), "Test:   Value: {W}51{.}\n");
-
-    Trial escaped; // Esc ends even the wait of a single reading
-    escaped.type(10, "\033");
-    Display waiting{.options = {.title = "Test", .key_first = true}, .nothing_new_until = 500};
-    waiting.run();
-    EXPECT_EQ(waiting.readings, 60);
-    EXPECT_EQ(escaped.screen(), "Test:   Value:\n");
-
-    Trial unattended; // nobody can press Esc: a single reading is awaited, but not for ever
-    unattended.pipe_in("");
-    Display endless{.options = {.key_first = true}, .nothing_new_until = 1'000'000};
-    endless.run();
-    EXPECT_EQ(endless.readings, 10'000);
-    Trial patient;
-    patient.pipe_in("");
-    Display later{.options = {.key_first = true}, .nothing_new_until = 50};
-    later.run();
-    EXPECT_EQ(later.shown, 51);
+    const struct {
+        bool attended;         ///< somebody can press Esc, and does after 10 ms
+        int nothing_new_until; ///< readings
+        int readings;
+        const char* screen;
+    } cases[] = {
+        {true, 50, 51, "Test:   Value: {W}51{.}\n"},
+        {true, 500, 60, "Test:   Value:\n"},
+        {false, 50, 51, "Test:   Value: {W}51{.}\n"},
+        {false, 1'000'000, 10'000, "Test:   Value:\n"}, // but not for ever
+    };
+    for (const auto& c : cases) {
+        Trial trial;
+        if (c.attended)
+            trial.type(10, "\033");
+        else
+            trial.pipe_in("");
+        Display display{.options = {.title = "Test", .key_first = true},
+                        .nothing_new_until = c.nothing_new_until};
+        display.run();
+        EXPECT_EQ(display.readings, c.readings);
+        EXPECT_LE(display.drawings, 1);
+        EXPECT_EQ(trial.screen(), c.screen);
+    }
 }
 
 TEST(LiveDisplay, KeepsTheLastGoodValuesOnAFailure)

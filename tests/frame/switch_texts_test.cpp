@@ -2,16 +2,14 @@
 // the usage text, the manual page and the completions of bash and zsh.
 #include <algorithm>
 #include <cctype>
-#include <fstream>
-#include <iterator>
+#include <map>
 #include <regex>
 #include <set>
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include "frame/entry.h"
+#include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
 
 namespace
@@ -21,8 +19,7 @@ using Spellings = std::set<std::string>;
 
 std::string source_file(const char* name)
 {
-    std::ifstream file{std::string{KOV_SOURCE_FOLDER} + '/' + name, std::ios::binary};
-    return {std::istreambuf_iterator<char>{file}, {}};
+    return contents(std::string{KOV_SOURCE_FOLDER} + '/' + name);
 }
 
 /// What the pattern's first group matches.
@@ -76,23 +73,18 @@ Spellings spellings_for_zsh()
 /// What the usage text puts behind the letters for a value in the same argument.
 std::vector<const char*> placeholders(Attached attached)
 {
-    switch (attached) {
-    case Attached::nothing:
-        return {""};
-    case Attached::optional_number:
-    case Attached::optional_count:
-    case Attached::optional_set_number:
-        return {"u", "n"};
-    case Attached::address:
-    case Attached::hv_address:
-    case Attached::hv_address_with_optional_ranges:
-        return {"a", "m"};
-    case Attached::real:
-        return {"v", "a", "w"};
-    case Attached::set_number:
-        return {"u"};
-    }
-    return {};
+    static const std::map<Attached, std::vector<const char*>> behind = {
+        {Attached::nothing, {""}},
+        {Attached::optional_number, {"u", "n"}},
+        {Attached::optional_count, {"u", "n"}},
+        {Attached::optional_set_number, {"u", "n"}},
+        {Attached::address, {"a", "m"}},
+        {Attached::hv_address, {"a", "m"}},
+        {Attached::hv_address_with_optional_ranges, {"a", "m"}},
+        {Attached::real, {"v", "a", "w"}},
+        {Attached::set_number, {"u"}},
+    };
+    return behind.at(attached);
 }
 
 std::string in_lower_case(std::string text)

@@ -1,8 +1,5 @@
 #include <algorithm>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "frame/console.h"
 #include "frame/error_report.h"
 #include "tests/support/trial.h"
@@ -10,13 +7,13 @@
 namespace
 {
 
-using testing::Contains;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
 /// A trial on a window that is just large enough, Esc at the given time.
 struct ScreenTrial : Trial {
-    explicit ScreenTrial(std::int64_t escape_ms = 500)
+    explicit ScreenTrial(std::int64_t escape_ms, ScenarioLines lines = {}) : Trial{lines}
     {
         virtual_platform.size = {.columns = 132, .rows = 60};
         instrument("latency 10");
@@ -24,46 +21,40 @@ struct ScreenTrial : Trial {
             type(escape_ms, "\033");
     }
 
-    /// What stands on the screen from its first row on.
-    [[nodiscard]] std::string shown() const
+    /// Runs the screen; what stands there from its first row on.
+    std::string shown(const char* command_line = "3")
     {
+        run(command_line);
         const std::string all = screen();
         const std::size_t title = all.find("{C}K O V");
         return title == std::string::npos ? all : all.substr(all.rfind('\n', title) + 1);
     }
 };
 
-std::ptrdiff_t count(const Trial& trial, const std::string& call)
-{
-    return std::count(trial.calls.begin(), trial.calls.end(), call);
-}
-
 TEST(StatusScreen, TheWholeInstrument)
 {
-    ScreenTrial trial(5'000);
-    trial.instrument("reply GetHousekeeping.temperaturePSU 40.1");
-    trial.instrument("reply GetHVsupplyHousekeeping.voltageMinus22@2 -23.2");
-    trial.instrument("reply GetHeatCtrlMonitoring.outputVoltage 10");
-    trial.instrument("reply GetHeatCtrlMonitoring.heaterVoltage 9.5");
-    trial.instrument("reply GetHeatCtrlMonitoring.current 2");
-    trial.instrument("reply GetHeatCtrlMonitoring.temperature 80");
-    trial.instrument("reply GetHVsupplyOutputVoltage.voltage@1 2999.5");
-    trial.instrument("reply GetHVsupplyOutputCurrent.current@3 -1.25e-7");
-    trial.instrument("reply GetCompleteState.temperatureState 9");
-    trial.instrument("reply GetHVsupplyInterlockEnable.mask 1");
-    trial.instrument("reply GetHeatCtrlInterlockEnable.mask 4");
-    trial.run("3 -UY");
+    ScreenTrial trial(5'000, {"reply GetHousekeeping.temperaturePSU 40.1",
+                              "reply GetHVsupplyHousekeeping.voltageMinus22@2 -23.2",
+                              "reply GetHeatCtrlMonitoring.outputVoltage 10",
+                              "reply GetHeatCtrlMonitoring.heaterVoltage 9.5",
+                              "reply GetHeatCtrlMonitoring.current 2",
+                              "reply GetHeatCtrlMonitoring.temperature 80",
+                              "reply GetHVsupplyOutputVoltage.voltage@1 2999.5",
+                              "reply GetHVsupplyOutputCurrent.current@3 -1.25e-7",
+                              "reply GetCompleteState.temperatureState 9",
+                              "reply GetHVsupplyInterlockEnable.mask 1",
+                              "reply GetHeatCtrlInterlockEnable.mask 4"});
+    const std::string shown = trial.shown("3 -UY");
     const std::string supplies = "Voltages:  +24V: {W}+24.000V{.}  +5V0:  {W}+5.000V{.}  +3V3:  "
                                  "{W}+3.300V{.}  Temperature CPU: {W}+30.0\xC2\xB0"
                                  "C{.}  ";
     EXPECT_THAT(
-        trial.shown(),
-        testing::StartsWith(
-            "                                            {C}K O V   C O N T R O L L E R{.}\n"
-            "\n"
-            "Port: {W}COM3{.}, data rate: {W}9600{.} baud, polling rate:"));
+        shown, testing::StartsWith(
+                   "                                            {C}K O V   C O N T R O L L E R{.}\n"
+                   "\n"
+                   "Port: {W}COM3{.}, data rate: {W}9600{.} baud, polling rate:"));
     EXPECT_THAT(
-        trial.shown(),
+        shown,
         HasSubstr("\nDevice: {W}KOV-CTRL, Controller, Rev. 1-00{.}     Product number: {W}240101{.}"
                   "                       Product manufacturing date: {W}CW7 2024{.}\n"
                   "        Device type: {W}8ED6h{.} = {W}KOV-CTRL{.}       Hardware type: "
@@ -116,41 +107,38 @@ TEST(StatusScreen, TheWholeInstrument)
                          "    front enabled: {G}yes{.}  current: {G}OK{.}    last: {G}OK{.}       "
                          "rear enabled:  {Y}no{.}  current: {G}OK{.}    last: {G}OK{.}\n"},
          })
-        EXPECT_THAT(trial.shown(), HasSubstr(part));
-    EXPECT_THAT(trial.shown(), testing::EndsWith("\nProgram completed\n"));
+        EXPECT_THAT(shown, HasSubstr(part));
+    EXPECT_THAT(shown, EndsWith("\nProgram completed\n"));
     EXPECT_TRUE(console.cursor_visible());
 }
 
 TEST(StatusScreen, EverythingEndsAboveTheMessageArea)
 {
     for (const int columns : {132, 200}) {
-        ScreenTrial trial;
+        ScreenTrial trial(500);
         virtual_platform.size.columns = columns;
-        trial.run("3 -g");
+        EXPECT_THAT(trial.shown("3 -g"),
+                    HasSubstr("\nGetting module-presence flags:\n\n\nHousekeeping"));
         int last_row = 0;
-        for (int row = 1; row <= 60; ++row) {
-            const int absolute = console.screen_place(row, 1).row;
-            if (!console.cells(absolute).empty() && row < 59)
+        for (int row = 1; row < 59; ++row) {
+            if (!console.cells(console.screen_place(row, 1).row).empty())
                 last_row = row;
         }
         EXPECT_LT(last_row, message_area_row);
-        EXPECT_THAT(trial.shown(), HasSubstr("\nGetting module-presence flags:\n\n\nHousekeeping"));
     }
 }
 
 TEST(StatusScreen, NeedsALargeEnoughWindow)
 {
     const std::string refusal = "\n\n{M}In interactive mode, the utility requires a window with a "
-                                "width of at least 132 and "
-                                "a height of at";
+                                "width of at least 132 and a height of at";
     for (const platform::WindowSize size : {platform::WindowSize{131, 60}, {132, 59}}) {
         ScreenTrial trial(0);
         virtual_platform.size = size;
-        trial.run("3");
-        EXPECT_THAT(trial.shown(), HasSubstr(refusal));
-        EXPECT_THAT(trial.shown(),
-                    testing::EndsWith("restart the utility.{.}\n\nProgram completed\n"));
-        EXPECT_THAT(trial.calls, Not(Contains("GetProductID()")));
+        const std::string shown = trial.shown();
+        EXPECT_THAT(shown, HasSubstr(refusal));
+        EXPECT_THAT(shown, EndsWith("restart the utility.{.}\n\nProgram completed\n"));
+        EXPECT_EQ(trial.calls_of("GetProductID()"), 0);
     }
     Trial piped;
     virtual_platform.output_is_terminal = false;
@@ -160,11 +148,9 @@ TEST(StatusScreen, NeedsALargeEnoughWindow)
 
 TEST(StatusScreen, EmptySlotsAreNeverRead)
 {
-    ScreenTrial trial(4'000);
-    trial.instrument("reply GetModulePresence.flags[0] 0");
-    trial.instrument("reply GetModulePresence.flags[2] 2");
-    trial.instrument("reply GetModulePresence.flags[4] 0");
-    trial.run("3");
+    ScreenTrial trial(4'000,
+                      {"reply GetModulePresence.flags[0] 0", "reply GetModulePresence.flags[2] 2",
+                       "reply GetModulePresence.flags[4] 0"});
     const std::string shown = trial.shown();
     std::size_t dashes = 0;
     for (std::size_t at = shown.find("  slot #0:-\n"); at != std::string::npos;
@@ -173,105 +159,87 @@ TEST(StatusScreen, EmptySlotsAreNeverRead)
     EXPECT_EQ(dashes, 3u);
     EXPECT_THAT(shown, HasSubstr("  slot #2:-\n"));
     EXPECT_THAT(shown, HasSubstr("  base unit:  -\n"));
-    EXPECT_THAT(trial.calls, Not(Contains("GetHeatCtrlHousekeeping()")));
-    EXPECT_THAT(trial.calls, Not(Contains("GetHVsupplyHousekeeping(2)")));
-    EXPECT_THAT(trial.calls, Contains("GetHVsupplyHousekeeping(3)"));
+    EXPECT_EQ(trial.calls_of("GetHeatCtrlHousekeeping()"), 0);
+    EXPECT_EQ(trial.calls_of("GetHVsupplyHousekeeping(2)"), 0);
+    EXPECT_GT(trial.calls_of("GetHVsupplyHousekeeping(3)"), 0);
+}
+
+/// Whether a call is made between a first one and the next cycle.
+bool follows(const Trial& trial, const char* first, const char* call)
+{
+    const auto begin = std::find(trial.calls.begin(), trial.calls.end(), first);
+    const auto end = std::find(begin, trial.calls.end(), "GetCompleteState()");
+    return std::find(begin, end, call) != end;
 }
 
 TEST(StatusScreen, CountsAndReportsWhatFails)
 {
-    ScreenTrial trial(4'000);
-    trial.instrument("fail GetCompleteState at 3 text \"no answer\"");
-    trial.instrument("fail GetHVsupplyHousekeeping@1 at 1");
-    trial.instrument("fail GetProductNo at 1");
-    trial.run("3");
+    ScreenTrial trial(4'000, {"fail GetCompleteState at 3 text \"no answer\"",
+                              "fail GetHVsupplyHousekeeping@1 at 1", "fail GetProductNo at 1"});
     const std::string shown = trial.shown();
     EXPECT_THAT(shown, HasSubstr("ms, errors: {M}1{.}"));
     EXPECT_THAT(shown, HasSubstr("Product number:                              Product manuf"));
     EXPECT_THAT(shown, HasSubstr(", Error at COM_KOV_CTRL_GetCompleteState: no answer{.}\n{M}last "
                                  "I/O error message: time-out, last communication stream error: "));
-    EXPECT_THAT(shown, HasSubstr("{M}2026/03/14, "));
     EXPECT_THAT(shown, HasSubstr("ms, errors/overflows: {W}1{.}/{W}"));
-    EXPECT_THAT(trial.calls, Not(Contains("Purge()"))) << "no call took longer than a second";
+    EXPECT_EQ(trial.calls_of("Purge()"), 0) << "no call took longer than a second";
     // After a failed module the program goes on with the next kind of data.
-    const auto failed =
-        std::find(trial.calls.begin(), trial.calls.end(), "GetHVsupplyHousekeeping(1)");
-    const auto next = std::find(failed, trial.calls.end(), "GetCompleteState()");
-    EXPECT_EQ(std::find(failed, next, "GetHVsupplyHousekeeping(2)"), next);
-    EXPECT_NE(std::find(failed, next, "GetHeatCtrlMonitoring()"), next);
-}
+    EXPECT_FALSE(follows(trial, "GetHVsupplyHousekeeping(1)", "GetHVsupplyHousekeeping(2)"));
+    EXPECT_TRUE(follows(trial, "GetHVsupplyHousekeeping(1)", "GetHeatCtrlMonitoring()"));
 
-TEST(StatusScreen, AFailedControllerReadingSkipsTheRestOfItsCycle)
-{
-    ScreenTrial trial(4'000);
-    trial.instrument("fail GetHousekeeping at 1");
-    trial.run("3");
-    const auto failed = std::find(trial.calls.begin(), trial.calls.end(), "GetHousekeeping()");
-    const auto next = std::find(failed, trial.calls.end(), "GetCompleteState()");
-    EXPECT_EQ(std::find(failed, next, "GetHeatCtrlMonitoring()"), next);
-    EXPECT_THAT(trial.shown(), HasSubstr("Measurement duration: "));
+    ScreenTrial controller(4'000,
+                           {"fail GetHousekeeping at 1"}); // the rest of its cycle is skipped
+    EXPECT_THAT(controller.shown(), HasSubstr("Measurement duration: "));
+    EXPECT_FALSE(follows(controller, "GetHousekeeping()", "GetHeatCtrlMonitoring()"));
+
+    ScreenTrial slow(4'000, {"block GetCompleteState at 2 for 1500", "fail GetCompleteState at 2"});
+    (void)slow.shown();
+    EXPECT_EQ(slow.calls_of("Purge()"), 1);
 }
 
 TEST(StatusScreen, ShowsNothingOfACycleThatFailed)
 {
-    ScreenTrial no_words(2'000); // the state is read, the controller's values are not
-    no_words.instrument("reply GetCompleteState.dataReady 1");
-    no_words.instrument("fail GetHousekeeping always");
-    no_words.run("3");
+    // The state is read, the controller's values are not.
+    ScreenTrial no_words(2'000,
+                         {"reply GetCompleteState.dataReady 1", "fail GetHousekeeping always"});
     EXPECT_THAT(no_words.shown(), HasSubstr("  Device state:\n"));
-    ScreenTrial no_figures(4'000);
-    no_figures.instrument("after 2000 fail GetCompleteState always");
-    no_figures.run("3");
+    ScreenTrial no_figures(4'000, {"after 2000 fail GetCompleteState always"});
     EXPECT_THAT(no_figures.shown(), HasSubstr("ms, errors: {W}0{.}"));
-}
-
-TEST(StatusScreen, PurgesAfterACallThatTookTooLong)
-{
-    ScreenTrial trial(4'000);
-    trial.instrument("block GetCompleteState at 2 for 1500");
-    trial.instrument("fail GetCompleteState at 2");
-    trial.run("3");
-    EXPECT_EQ(count(trial, "Purge()"), 1);
 }
 
 TEST(StatusScreen, OverflowsFromBeforeAreNotCounted)
 {
     for (const bool again : {false, true}) {
-        ScreenTrial trial(1'000);
-        trial.instrument(again ? "reply GetCompleteState.dataReady 2 2 0"
-                               : "reply GetCompleteState.dataReady 2 0");
-        trial.instrument(again ? "reply GetCompleteState.moduleDataReady[1] A8h A8h 0"
-                               : "reply GetCompleteState.moduleDataReady[1] A8h 0");
-        trial.instrument("reply GetCompleteState.moduleDataReady[0] 0");
-        trial.run("3");
+        const std::string flags = again ? "A8h A8h 0" : "A8h 0";
+        ScreenTrial trial(1'000, {again ? "reply GetCompleteState.dataReady 2 2 0"
+                                        : "reply GetCompleteState.dataReady 2 0",
+                                  "reply GetCompleteState.moduleDataReady[1] " + flags,
+                                  "reply GetCompleteState.moduleDataReady[0] 0"});
         const std::string shown = trial.shown();
         const std::string counter = again ? "{W}0{.}/{W}1{.}" : "{W}0{.}/{W}0{.}";
         const std::size_t slot_1 = shown.find("  slot #1");
-        EXPECT_EQ(shown.find(counter) < shown.find("  slot #0"), true) << again;
-        EXPECT_EQ(shown.find(counter, slot_1) < shown.find("  slot #2", slot_1), true) << again;
+        EXPECT_LT(shown.find(counter), shown.find("  slot #0")) << again;
+        EXPECT_LT(shown.find(counter, slot_1), shown.find("  slot #2", slot_1)) << again;
     }
 }
 
 TEST(StatusScreen, InvalidPresenceFlagsEndIt)
 {
-    ScreenTrial trial(0);
-    trial.instrument("reply GetModulePresence.valid 0");
-    trial.run("3");
+    ScreenTrial trial(0, {"reply GetModulePresence.valid 0"});
     EXPECT_THAT(trial.shown(), HasSubstr("{M}Module-presence flags invalid!{.}\n"));
-    EXPECT_THAT(trial.calls, Not(Contains("GetCompleteState()")));
+    EXPECT_EQ(trial.calls_of("GetCompleteState()"), 0);
     EXPECT_EQ(trial.exit_status, 0);
 }
 
 TEST(StatusScreen, UnknownCodes)
 {
-    ScreenTrial trial(1'000);
-    trial.instrument("reply GetDevType.type 8ED6h 1234h");
-    trial.instrument("reply GetCompleteState.state 2");
-    trial.run("3");
-    EXPECT_THAT(trial.shown(), HasSubstr("Device type: {W}1234h{.}                  Hardware"));
+    ScreenTrial trial(1'000,
+                      {"reply GetDevType.type 8ED6h 1234h", "reply GetCompleteState.state 2"});
+    const std::string shown = trial.shown();
+    EXPECT_THAT(shown, HasSubstr("Device type: {W}1234h{.}                  Hardware"));
     // Green, because the colour goes by the code alone.
-    EXPECT_THAT(trial.shown(), HasSubstr("{W}0002h{.} = {W}0000 0000 0000 0010b{.}  {G}Unknown "
-                                         "error{.}\n"));
+    EXPECT_THAT(shown,
+                HasSubstr("{W}0002h{.} = {W}0000 0000 0000 0010b{.}  {G}Unknown error{.}\n"));
 }
 
 TEST(StatusScreen, EchoesKeysForAQuarterOfASecond)
@@ -280,7 +248,6 @@ TEST(StatusScreen, EchoesKeysForAQuarterOfASecond)
         ScreenTrial trial(0);
         trial.type(1'000, key);
         virtual_platform.signals = {{time_ms, 2}};
-        trial.run("3");
         const std::string shown = trial.shown();
         const std::size_t at = shown.find("errors: {W}0{.}");
         return shown.substr(at, shown.find('\n', at) - at);
@@ -295,9 +262,8 @@ TEST(StatusScreen, RunsTwiceWhenAskedFor)
 {
     ScreenTrial trial(1'000);
     trial.type(3'000, "\033");
-    trial.run("3 -N");
-    EXPECT_EQ(count(trial, "GetModulePresence()"), 2);
-    EXPECT_THAT(trial.screen(), testing::EndsWith("Program completed\n"));
+    EXPECT_THAT(trial.shown("3 -N"), EndsWith("Program completed\n"));
+    EXPECT_EQ(trial.calls_of("GetModulePresence()"), 2);
 }
 
 } // namespace

@@ -1,12 +1,10 @@
 /// Faults, waits, forced replies, the trace and the last error: what all functions share.
 #include "tests/simulator/instrument_test.h"
+#include "tests/support/temporary_file.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
-#include <fstream>
-#include <iterator>
 
 namespace
 {
@@ -82,18 +80,6 @@ TEST_F(CallTest, LastErrorStaysUntilTheNextFailure)
     EXPECT_STREQ(COM_KOV_CTRL_GetIOStateMessage(99), "unknown I/O state 99");
 }
 
-TEST_F(CallTest, AnswersAndBlockedCallsTakeTheirTime)
-{
-    apply("latency 2.5");
-    apply("block GetState at 2 for 1500");
-    for (const std::int64_t time_us : {2'500, 1'505'000, 1'507'500}) {
-        EXPECT_FALSE(state_fails());
-        EXPECT_EQ(virtual_time::now_us(), time_us);
-    }
-    COM_KOV_CTRL_GetSWVersion(); // asks the library alone
-    EXPECT_EQ(virtual_time::now_us(), 1'507'500);
-}
-
 TEST_F(CallTest, RepliesReachElementsAddressesAndRealNumbers)
 {
     apply("reply GetModulePresence.flags[2] 7");
@@ -132,7 +118,8 @@ TEST_F(CallTest, TextsNeverLeaveTheirBuffer)
 
 TEST_F(CallTest, TraceHasOneReadableLineACall)
 {
-    std::string name = testing::TempDir() + "simulator_trace.txt";
+    const TemporaryFile file;
+    std::string name = file.name();
     std::replace(name.begin(), name.end(), '\\', '/'); // which the trace shows as it is
     ASSERT_EQ(COM_KOV_CTRL_OpenDebugFile(name.c_str()), 0);
     wait_seconds(1.5);
@@ -146,9 +133,7 @@ TEST_F(CallTest, TraceHasOneReadableLineACall)
     EXPECT_TRUE(state_fails());
     ASSERT_EQ(COM_KOV_CTRL_CloseDebugFile(), 0);
     got(COM_KOV_CTRL_GetState);
-    std::ifstream file(name);
-    const std::string trace{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_EQ(trace,
+    EXPECT_EQ(file.text(),
               "2026/03/14 09:26:53.589  COM_KOV_CTRL_OpenDebugFile(\"" + name + "\")  OK\n" +
                   R"(2026/03/14 09:26:55.089  COM_KOV_CTRL_SetBaudRate(100000)  baud=102400  OK
 2026/03/14 09:26:55.089  COM_KOV_CTRL_GetModuleState(128)  state=0000h  OK
@@ -156,7 +141,6 @@ TEST_F(CallTest, TraceHasOneReadableLineACall)
 2026/03/14 09:26:55.089  COM_KOV_CTRL_GetMemoryData(0003FFFFh, 2)  data=00 FF  OK
 2026/03/14 09:26:55.089  COM_KOV_CTRL_GetState()  error -7: "no answer from the device"
 )");
-    std::remove(name.c_str());
     EXPECT_NE(COM_KOV_CTRL_OpenDebugFile("/no/such/folder/Debug.txt"), 0);
 }
 

@@ -31,33 +31,22 @@ protected:
     const std::string folder = top + "/a/b";
 };
 
-TEST_F(HostTest, DamagedFilesGetNamesOfTheirOwn)
+TEST_F(HostTest, FilesAreReplacedAsAWholeAndDamagedOnesGetNamesOfTheirOwn)
 {
     const std::string path = folder + "/x.state";
     std::string problem;
     std::string bytes;
-    for (const char* const content : {"one", "two"}) {
+    for (const std::string& content : {std::string(300'000, 'x'), std::string{"small"}}) {
+        ASSERT_TRUE(host::replace_file(path, "before", false, problem)) << problem;
         ASSERT_TRUE(host::replace_file(path, content, true, problem)) << problem;
+        EXPECT_FALSE(std::filesystem::exists(path + ".new"));
         const auto name = host::set_aside(path);
         ASSERT_TRUE(name.has_value());
         ASSERT_EQ(host::read_file(*name, bytes, problem), host::Reading::done);
         EXPECT_EQ(bytes, content);
         EXPECT_EQ(host::read_file(path, bytes, problem), host::Reading::missing);
     }
-    EXPECT_TRUE(std::filesystem::exists(path + ".damaged1"));
-}
-
-TEST_F(HostTest, FileIsReplacedAsAWhole)
-{
-    const std::string path = folder + "/x.state";
-    const std::string large(300'000, 'x');
-    std::string problem;
-    std::string bytes;
-    ASSERT_TRUE(host::replace_file(path, large, false, problem)) << problem;
-    ASSERT_TRUE(host::replace_file(path, "small", true, problem)) << problem;
-    ASSERT_EQ(host::read_file(path, bytes, problem), host::Reading::done);
-    EXPECT_EQ(bytes, "small");
-    EXPECT_FALSE(std::filesystem::exists(path + ".new"));
+    problem.clear();
     EXPECT_FALSE(host::replace_file(folder, "a folder", true, problem));
     EXPECT_FALSE(problem.empty());
 }

@@ -2,7 +2,6 @@
 #include "tests/simulator/instrument_test.h"
 
 #include <array>
-#include <functional>
 
 namespace
 {
@@ -41,16 +40,6 @@ bool read_supply(std::int32_t (*getter)(std::uint32_t, std::uint8_t*, double*))
     return valid != 0;
 }
 
-bool read_voltage()
-{
-    return read_supply(COM_KOV_CTRL_GetHVsupplyOutputVoltage);
-}
-
-bool read_current()
-{
-    return read_supply(COM_KOV_CTRL_GetHVsupplyOutputCurrent);
-}
-
 bool read_controller()
 {
     const bool ready = (got(COM_KOV_CTRL_GetDataReadyFlags) & 1) != 0;
@@ -81,8 +70,8 @@ constexpr Kind kinds[] = {
     {"fan", 255, 2, 10, read_fan},
     {"heater monitoring", 0, 0, 100, [] { return monitoring().ready; }},
     {"HV housekeeping", 2, 2, 10, read_supply_housekeeping},
-    {"HV voltage", 2, 4, 50, read_voltage},
-    {"HV current", 2, 6, 100, read_current},
+    {"HV voltage", 2, 4, 50, [] { return read_supply(COM_KOV_CTRL_GetHVsupplyOutputVoltage); }},
+    {"HV current", 2, 6, 100, [] { return read_supply(COM_KOV_CTRL_GetHVsupplyOutputCurrent); }},
 };
 
 unsigned flags(const Kind& kind)
@@ -93,30 +82,23 @@ unsigned flags(const Kind& kind)
     return unsigned{all} >> kind.shift & 3U;
 }
 
-TEST_F(MeasurementTest, EveryKindComesAtItsRate)
+TEST_F(MeasurementTest, EveryKindComesAtItsRateAndOverflowsUnread)
 {
     for (const Kind& kind : kinds) {
+        SCOPED_TRACE(kind.name);
         kind.read();
         unsigned fresh = 0;
         for (int millisecond = 0; millisecond < 10'000; ++millisecond) {
             wait_seconds(0.001);
             fresh += kind.read() ? 1U : 0U;
         }
-        EXPECT_EQ(fresh, kind.per_10_seconds) << kind.name;
-    }
-}
-
-TEST_F(MeasurementTest, UnreadMeasurementOverflowsAndAReadingTakesBoth)
-{
-    for (const Kind& kind : kinds) {
-        kind.read();
-        EXPECT_EQ(flags(kind), 0U) << kind.name;
-        wait_seconds(10.0 / kind.per_10_seconds);
-        EXPECT_EQ(flags(kind), 1U) << kind.name;
-        wait_seconds(10.0 / kind.per_10_seconds);
-        EXPECT_EQ(flags(kind), 3U) << kind.name;
-        EXPECT_TRUE(kind.read()) << kind.name;
-        EXPECT_EQ(flags(kind), 0U) << kind.name;
+        EXPECT_EQ(fresh, kind.per_10_seconds);
+        for (const unsigned expected : {0U, 1U, 3U}) {
+            EXPECT_EQ(flags(kind), expected);
+            wait_seconds(10.0 / kind.per_10_seconds);
+        }
+        EXPECT_TRUE(kind.read()) << "a reading takes both flags";
+        EXPECT_EQ(flags(kind), 0U);
     }
 }
 

@@ -67,13 +67,4 @@ TEST_F(ModuleTest, RestartConcernsOneModule)
     EXPECT_EQ(times(COM_KOV_CTRL_GetModuleUptimeInt, 1U), (Times{504, 504}));
 }
 
-TEST_F(ModuleTest, ModuleOfAnotherKindDoesNotDoItsSlotsWork)
-{
-    apply("slot0.device_type 2573");
-    double target = 50;
-    EXPECT_NE(COM_KOV_CTRL_SetHeatCtrlHeaterTemperature(&target), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleDataReadyFlags, 0), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 0x11);
-}
-
 } // namespace

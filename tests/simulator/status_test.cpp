@@ -1,8 +1,6 @@
 /// One state, whichever word is read: what each cause does to words, levels, LEDs and control.
 #include "tests/simulator/instrument_test.h"
 
-#include <array>
-
 namespace
 {
 
@@ -137,42 +135,6 @@ TEST_F(StatusTest, FanFollowsSwitchOverrideAndTemperature)
         EXPECT_EQ(std::pair(set, measured), std::pair(row.set, row.measured)) << row.line;
         EXPECT_FLOAT_EQ(pwm, static_cast<float>(row.set) / 4500) << row.line;
     }
-}
-
-TEST_F(StatusTest, CompleteStateIsWhatTheSingleGettersSay)
-{
-    COM_KOV_CTRL_SetEnable(1);
-    COM_KOV_CTRL_SetModuleActivationState(2, 1);
-    COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(2, 500);
-    apply("interlock.1 noisy");
-    apply("fan.switch off");
-    apply("psu.temperature 3");
-    apply("slot3.present 0");
-    COM_KOV_CTRL_UpdateModulePresence();
-    got(COM_KOV_CTRL_GetInterlockState);
-    got(COM_KOV_CTRL_GetFanState);
-    wait_seconds(1.05);
-    std::uint8_t ready = 0, device = 0, voltage = 0, temperature = 0, fan = 0;
-    std::uint16_t interlock = 0, state = 0;
-    std::array<std::uint8_t, 5> module_ready{};
-    std::array<std::uint16_t, 5> module_state{};
-    ASSERT_EQ(COM_KOV_CTRL_GetCompleteState(&ready, &device, &voltage, &temperature, &fan,
-                                            &interlock, &state, module_ready.data(),
-                                            module_state.data()),
-              0);
-    EXPECT_EQ(ready, got(COM_KOV_CTRL_GetDataReadyFlags));
-    EXPECT_EQ(device, got(COM_KOV_CTRL_GetDeviceState));
-    EXPECT_EQ(voltage, got(COM_KOV_CTRL_GetVoltageState));
-    EXPECT_EQ(temperature, got(COM_KOV_CTRL_GetTemperatureState));
-    EXPECT_EQ(fan, got(COM_KOV_CTRL_GetFanState));
-    EXPECT_EQ(interlock, got(COM_KOV_CTRL_GetInterlockState));
-    EXPECT_EQ(state, got(COM_KOV_CTRL_GetState));
-    for (const std::uint32_t address : {0U, 1U, 2U, 128U}) {
-        const std::size_t place = address == 128 ? 4 : address;
-        EXPECT_EQ(module_ready[place], got(COM_KOV_CTRL_GetModuleDataReadyFlags, address));
-        EXPECT_EQ(module_state[place], got(COM_KOV_CTRL_GetModuleState, address));
-    }
-    EXPECT_EQ(module_ready[3], 0);
 }
 
 } // namespace

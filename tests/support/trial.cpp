@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <gtest/gtest.h>
-
 #include "frame/characters.h"
 #include "frame/console.h"
 #include "frame/entry.h"
@@ -69,7 +67,7 @@ std::string marked_row(int row)
 
 } // namespace
 
-Trial::Trial()
+Trial::Trial(ScenarioLines lines)
 {
     reset_virtual_platform();
     simulator::reset_for_test();
@@ -79,6 +77,8 @@ Trial::Trial()
             name.remove_prefix(library_prefix.size());
         calls.push_back(std::string{name} + '(' + call.inputs + ')');
     });
+    for (const ScenarioLine& line : lines)
+        instrument(line.text);
 }
 
 Trial::~Trial()
@@ -143,6 +143,57 @@ std::string Trial::display() const
             text.erase(at, frame.size());
     }
     return text;
+}
+
+std::ptrdiff_t Trial::calls_of(std::string_view beginning) const
+{
+    return std::count_if(calls.begin(), calls.end(), [beginning](const std::string& call) {
+        return call.starts_with(beginning);
+    });
+}
+
+QuickTrial::QuickTrial()
+    : Trial{"latency 10",
+            "uptime 100",
+            "period.housekeeping 10",
+            "period.fan 10",
+            "period.monitoring 10",
+            "period.voltage 10",
+            "period.current 10",
+            "reply GetModulePresence.flags[2] 0",
+            "reply GetModulePresence.flags[3] 0",
+            "reply GetModuleHwType.type@1 051C800Ah"}
+{
+}
+
+std::string display_of(const std::string& switches, ScenarioLines lines)
+{
+    Trial trial{lines};
+    trial.run("3 " + switches + " -T");
+    return trial.display();
+}
+
+std::string live_display_of(const std::string& switches, std::int64_t escape_ms,
+                            ScenarioLines lines)
+{
+    Trial trial{lines};
+    trial.instrument("latency 10");
+    trial.type(escape_ms, "\033");
+    trial.run("3 " + switches + " -T");
+    return trial.display();
+}
+
+void expect_shown(std::initializer_list<Shown> cases)
+{
+    for (const Shown& c : cases) {
+        SCOPED_TRACE(c.switches + ", " + std::string{c.line});
+        Trial trial;
+        if (!c.line.empty())
+            trial.instrument(c.line);
+        trial.run("3 " + c.switches + " -T");
+        EXPECT_THAT(trial.display(), c.display);
+        EXPECT_TRUE(c.call == nullptr || trial.calls_of(c.call) > 0) << c.call;
+    }
 }
 
 std::string error_line(std::string_view function, std::string_view time, std::string_view message)

@@ -10,22 +10,37 @@
 /// green, {Y} yellow, {R} light red, {B} light blue, {K} dark grey, {.} back to grey.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include "tests/support/virtual_platform.h"
+
+/// A line of the simulator's scenario language.
+struct ScenarioLine {
+    ScenarioLine(const char* line) : text{line} {}
+    ScenarioLine(const std::string& line) : text{line} {}
+    std::string_view text;
+};
+
+using ScenarioLines = std::initializer_list<ScenarioLine>;
 
 class Trial
 {
 public:
-    Trial();
+    /// On an instrument that is set up with these lines.
+    Trial(ScenarioLines lines = {});
     ~Trial();
     Trial(const Trial&) = delete;
     Trial& operator=(const Trial&) = delete;
 
-    /// One line of the simulator's scenario language; a wrong one fails the test.
+    /// Sets the instrument up with one more line; a wrong one fails the test.
     void instrument(std::string_view line);
 
     /// Keys that the user types when the clock shows that time.
@@ -46,9 +61,35 @@ public:
     /// What left the program for standard output.
     [[nodiscard]] const std::string& output() const { return virtual_platform.output; }
 
+    /// How many calls begin like this: "GetModuleState(1)", "SetMemoryData(".
+    [[nodiscard]] std::ptrdiff_t calls_of(std::string_view beginning) const;
+
     int exit_status = 0;
     std::vector<std::string> calls; ///< "GetModuleState(1)", without the library's prefix
 };
+
+/// A trial of an instrument on which an acceptance test is short: measurements come fast, and of
+/// the HV-supplies only one is there, with ten targets of 1 V for each polarity.
+struct QuickTrial : Trial {
+    QuickTrial();
+};
+
+/// What these switches display on an instrument that is set up with these lines.
+[[nodiscard]] std::string display_of(const std::string& switches, ScenarioLines lines = {});
+
+/// The same where each answer takes 10 ms and the user types Esc at that time.
+[[nodiscard]] std::string live_display_of(const std::string& switches, std::int64_t escape_ms,
+                                          ScenarioLines lines = {});
+
+/// What switches show on an instrument that is set up with a line, and one of their calls.
+struct Shown {
+    std::string_view line; ///< may be empty
+    std::string switches;
+    testing::Matcher<std::string> display;
+    const char* call = nullptr; ///< null = whatever they are
+};
+
+void expect_shown(std::initializer_list<Shown> cases);
 
 /// What stands in the error report of a library function at the start of virtual time.
 [[nodiscard]] std::string error_line(std::string_view function, std::string_view time,

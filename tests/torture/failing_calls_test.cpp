@@ -7,15 +7,12 @@
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "frame/console.h"
 #include "frame/entry.h"
 #include "simulator/functions.h"
 #include "simulator/simulator.h"
 #include "tests/config/config_trial.h"
-#include "tests/support/trial.h"
+#include "tests/support/temporary_file.h"
 
 namespace
 {
@@ -40,15 +37,8 @@ struct Outcome {
 
 Outcome outcome_of(const std::string& switches, const std::vector<std::size_t>& failing = {})
 {
-    Trial trial;
-    // Of the HV-supplies only one is there, and measurements come fast: the acceptance test is
-    // short.
-    for (const char* line :
-         {"uptime 100", "latency 1", "period.housekeeping 10", "period.fan 10",
-          "period.monitoring 10", "period.voltage 10", "period.current 10",
-          "reply GetModulePresence.flags[2] 0", "reply GetModulePresence.flags[3] 0",
-          "reply GetModuleHwType.type@1 051C800Ah"})
-        trial.instrument(line);
+    QuickTrial trial;
+    trial.instrument("latency 1");
     make_set(trial, 5, "active", true);
     make_set(trial, 7, "deleted", false);
     trial.pipe_in("yyyyyyyyyy"); // answers all questions; for displays so many cycles, then Esc
@@ -81,27 +71,18 @@ struct Command {
 
 std::vector<std::string> attached_values(Attached kind)
 {
-    switch (kind) {
-    case Attached::nothing:
-        return {""};
-    case Attached::optional_number:
-        return {"", "9600"};
-    case Attached::optional_count:
-        return {"5"};
-    case Attached::address:
-        return {"0", "1", "_", "*"};
-    case Attached::hv_address:
-        return {"1"};
-    case Attached::hv_address_with_optional_ranges:
-        return {"1", "1YN"};
-    case Attached::real:
-        return {"12.5"};
-    case Attached::set_number:
-        return {"5"};
-    case Attached::optional_set_number:
-        return {"", "5", "7"};
-    }
-    return {};
+    static const std::map<Attached, std::vector<std::string>> values = {
+        {Attached::nothing, {""}},
+        {Attached::optional_number, {"", "9600"}},
+        {Attached::optional_count, {"5"}},
+        {Attached::address, {"0", "1", "_", "*"}},
+        {Attached::hv_address, {"1"}},
+        {Attached::hv_address_with_optional_ranges, {"1", "1YN"}},
+        {Attached::real, {"12.5"}},
+        {Attached::set_number, {"5"}},
+        {Attached::optional_set_number, {"", "5", "7"}},
+    };
+    return values.at(kind);
 }
 
 std::string next_value(const Switch& row, const std::string& letters)
@@ -150,6 +131,13 @@ std::vector<Command> commands_of(SwitchTable table)
 
 // ---- What is expected ----
 
+std::string in_capitals(std::string text)
+{
+    for (char& c : text)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
 /// Calls to a module are repeated once when they fail, others are not; but the first row that fits
 /// decides. Switches are told by how they begin, functions by a part of their names.
 bool is_repeated(const Command& command, const std::string& function)
@@ -181,9 +169,7 @@ bool is_repeated(const Command& command, const std::string& function)
         {"VK", "GetHVsupplyHousekeeping", false},
         {"HK", "GetHeatCtrlHousekeeping", false},
     };
-    std::string switches = command.switches.substr(1);
-    for (char& c : switches)
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    const std::string switches = in_capitals(command.switches).substr(1);
     const auto has = [&function](const char* part) {
         return function.find(part) != std::string::npos;
     };
@@ -197,14 +183,21 @@ bool is_repeated(const Command& command, const std::string& function)
 /// The function that the report names; some commands name another one than the one that failed.
 std::string reported_function(const Command& command, const std::string& function)
 {
-    const auto is = [&command](const char* switches) { return command.switches == switches; };
-    if (function == "GetModuleManufDate" && command.letters != "R" && command.letters != "r" &&
-        !is("-MM*") && !is("-mm*"))
-        return "KOV_CTRL_GetModuleProductNo";
-    if (function == "GetHVsupplyHousekeeping" && (is("-MK*") || is("-mk*")))
-        return "KOV_CTRL_GetModuleHousekeeping";
-    if (function == "GetConfigName" && (command.letters == "XW" || command.letters == "xw"))
-        return "ZELOP7UK_GetConfigName";
+    constexpr struct {
+        const char* function;
+        const char* switches; ///< the beginning, in capitals
+        const char* reported;
+    } others[] = {
+        {"GetModuleManufDate", "-R", "KOV_CTRL_GetModuleManufDate"},
+        {"GetModuleManufDate", "-MM*", "KOV_CTRL_GetModuleManufDate"},
+        {"GetModuleManufDate", "-", "KOV_CTRL_GetModuleProductNo"},
+        {"GetHVsupplyHousekeeping", "-MK*", "KOV_CTRL_GetModuleHousekeeping"},
+        {"GetConfigName", "-XW", "ZELOP7UK_GetConfigName"},
+    };
+    for (const auto& other : others) {
+        if (function == other.function && in_capitals(command.switches).starts_with(other.switches))
+            return other.reported;
+    }
     return "KOV_CTRL_" + function;
 }
 
