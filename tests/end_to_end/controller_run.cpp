@@ -1,11 +1,5 @@
 #include "tests/end_to_end/controller_run.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -42,10 +36,9 @@ reply GetHousekeeping.temperaturePSU -1.0
 reply GetCPUdata.load 0.125
 reply GetCPUdata.frequency 168e6
 )";
-    folder = testing::TempDir() + "controller-XXXXXX";
-    if (mkdtemp(folder.data()) == nullptr)
-        throw std::runtime_error{"no temporary folder"};
-    std::ofstream{folder + "/scenario"} << steady_instrument << scenario;
+    folder = temporary_name();
+    std::filesystem::create_directory(folder);
+    write_file(folder + "/scenario", std::string{steady_instrument} += scenario);
     program = CONTROLLER_PROGRAM;
     set_command_line(command_line);
     environment = {{"TERM", "xterm-256color"},
@@ -55,8 +48,7 @@ reply GetCPUdata.frequency 168e6
 
 ControllerRun::~ControllerRun()
 {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
+    std::filesystem::remove_all(folder);
 }
 
 void ControllerRun::set_command_line(std::string_view command_line)
@@ -83,9 +75,8 @@ WindowsRun::WindowsRun(std::string_view command_line, std::string_view scenario)
 
 bool was_called(const ControllerRun& run, std::string_view function)
 {
-    std::ifstream file{run.folder + "/Debug.txt", std::ios::binary};
-    const std::string trace{std::istreambuf_iterator<char>{file}, {}};
-    return trace.find("  COM_KOV_CTRL_" + std::string{function} + '(') != std::string::npos;
+    return contents(run.folder + "/Debug.txt")
+               .find("  COM_KOV_CTRL_" + std::string{function} + '(') != std::string::npos;
 }
 
 std::string transcript(const TerminalEmulator& screen)

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "tests/support/pseudo_terminal.h"
+#include "tests/support/temporary_file.h"
 
 /// What to run; to be changed before a PseudoTerminal gets it. Its folder is a temporary one.
 struct ControllerRun : Launch {
@@ -26,6 +27,12 @@ protected:
 struct WindowsRun : ControllerRun {
     explicit WindowsRun(std::string_view command_line, std::string_view scenario = {});
 };
+
+/// The values of the display -pk.
+inline constexpr const char* housekeeping_values =
+    "  Voltages:  24V: 24.000V  5V0: 4.800V  3V3: 3.400V  Temperature CPU:  +65.5\xC2\xB0"
+    "C  PSU:   -1.0\xC2\xB0"
+    "C\n";
 
 /// The program's own trace (switch -G) tells of this call.
 [[nodiscard]] bool was_called(const ControllerRun& run, std::string_view function);

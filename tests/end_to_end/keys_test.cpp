@@ -38,35 +38,4 @@ TEST(Keys, AreEchoedByTheHousekeepingDisplay)
     expect_terminal_restored(terminal);
 }
 
-TEST(WrongDevice, IsUsedOnlyWhenTheUserSaysSo)
-{
-    struct {
-        const char* keys;
-        const char* echo;
-        bool used;
-    } constexpr cases[] = {
-        {"n", "N", false},
-        {"\033", "interrupted", false},
-        {"\r\n q1\033[Ay", "Y", true}, // none of these is an answer, Enter neither
-    };
-    for (const auto& [keys, echo, used] : cases) {
-        SCOPED_TRACE(echo);
-        const ControllerRun run{"3 -PI -T", "reply GetDevType.type 1234h\n"};
-        PseudoTerminal terminal{run};
-        ASSERT_TRUE(terminal.shows("proceed anyway (Y/N)?"));
-        // What is typed before the question is taken back: answer now and then.
-        unsigned looks = 0;
-        EXPECT_TRUE(terminal.wait_until([&] {
-            const bool answered = terminal.screen.row_of("Program completed") != 0;
-            if (!answered && terminal.modes_are_raw() && looks++ % 50 == 0)
-                terminal.type(keys);
-            return answered;
-        }));
-        EXPECT_EQ(terminal.exit_status(), 0);
-        EXPECT_EQ(terminal.screen.row(3), echo);
-        EXPECT_EQ(terminal.screen.row_of("Product identification: "), used ? 4 : 0);
-        expect_terminal_restored(terminal);
-    }
-}
-
 } // namespace

@@ -19,52 +19,36 @@ using testing::Not;
 namespace
 {
 
-struct WayOut {
-    const char* name;
-    const char* arguments;
-    const char* keys;
-    int exit_status;
-    const char* ending; ///< stands on the screen
-};
-
-void PrintTo(const WayOut& way, std::ostream* stream)
-{
-    *stream << way.name;
-}
-
-constexpr const char* then_type = "3 -G -PK -PE -T";
 constexpr const char* completed = "Program completed";
 
-// clang-format off
-const WayOut ways[] = {
-    {"Esc", "3 -G -PK -T", "\033", 0, completed},
-    {"Ctrl-C", then_type, "\003", 128 + SIGINT, completed},
-    {"Ctrl-backslash", then_type, "\034", 128 + SIGQUIT, completed},
-    {"bad command line", "3 -G -PK -PX -PE", "\033", 255, "Error parsing argument #4: -PX"},
-};
-// clang-format on
-
-class WaysOut : public testing::TestWithParam<WayOut>
+TEST(WayOut, OfADisplayLeavesTheTerminalAsItWas)
 {
-};
-
-TEST_P(WaysOut, LeaveTheTerminalAsItWas)
-{
-    const WayOut& way = GetParam();
-    const ControllerRun run{way.arguments};
-    PseudoTerminal terminal{run};
-    ASSERT_TRUE(terminal.shows("24.000V"));
-    EXPECT_FALSE(terminal.screen.cursor_visible());
-    terminal.type(way.keys);
-    EXPECT_EQ(terminal.exit_status(), way.exit_status);
-    EXPECT_THAT(terminal.screen.screen(), HasSubstr(way.ending));
-    EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("Device type:")));
-    // A bad command line ends without closing the port.
-    EXPECT_EQ(was_called(run, "Close"), way.exit_status != 255);
-    expect_terminal_restored(terminal);
+    const struct {
+        const char* arguments;
+        const char* keys;
+        int exit_status;
+        const char* ending; ///< stands on the screen
+    } ways[] = {
+        {"3 -G -PK -T", "\033", 0, completed},
+        {"3 -G -PK -PE -T", "\003", 128 + SIGINT, completed},
+        {"3 -G -PK -PE -T", "\034", 128 + SIGQUIT, completed},
+        {"3 -G -PK -PX -PE", "\033", 255, "Error parsing argument #4: -PX"},
+    };
+    for (const auto& way : ways) {
+        SCOPED_TRACE(way.exit_status);
+        const ControllerRun run{way.arguments};
+        PseudoTerminal terminal{run};
+        ASSERT_TRUE(terminal.shows("24.000V"));
+        EXPECT_FALSE(terminal.screen.cursor_visible());
+        terminal.type(way.keys);
+        EXPECT_EQ(terminal.exit_status(), way.exit_status);
+        EXPECT_THAT(terminal.screen.screen(), HasSubstr(way.ending));
+        EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("Device type:")));
+        // A bad command line ends without closing the port.
+        EXPECT_EQ(was_called(run, "Close"), way.exit_status != 255);
+        expect_terminal_restored(terminal);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(, WaysOut, testing::ValuesIn(ways));
 
 TEST(WayOut, SecondSignalEndsAtOnceWhateverTheLibraryDoes)
 {
@@ -231,26 +215,11 @@ TEST(Suspended, HandsTheTerminalBackAndTakesItAgain)
     expect_terminal_restored(terminal);
 }
 
-TEST(SlowPipe, IsWrittenToItsEndWhateverHappens)
+TEST(SlowPipe, IsWrittenToItsEndWhateverSignalComes)
 {
-    const struct {
-        const char* what;
-        void (*happen)(PseudoTerminal& terminal);
-        int exit_status;
-        const char* ending;
-    } cases[] = {
-        {"resize",
-         [](PseudoTerminal& terminal) {
-             terminal.resize({100, 30});
-         },
-         0, "saved to"},
-        {"continue", [](PseudoTerminal& terminal) { terminal.send_signal(SIGCONT); }, 0,
-         "saved to"},
-        {"stop", [](PseudoTerminal& terminal) { terminal.send_signal(SIGINT); }, 128 + SIGINT,
-         "stopped at address"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const int signal : {SIGWINCH, SIGCONT, SIGINT}) {
+        SCOPED_TRACE(signal);
+        const bool stops = signal == SIGINT;
         const ControllerRun run{"3 -y pipe -T", "latency 0\n"};
         const std::string pipe_name = run.folder + "/pipe";
         ASSERT_EQ(mkfifo(pipe_name.c_str(), 0600), 0);
@@ -263,7 +232,7 @@ TEST(SlowPipe, IsWrittenToItsEndWhateverHappens)
             looks = ioctl(pipe, FIONREAD, &waiting) == 0 && waiting == full ? looks + 1 : 0;
             return looks == 5;
         }));
-        c.happen(terminal);
+        terminal.send_signal(signal);
         std::array<char, 4096> bytes;
         EXPECT_TRUE(terminal.wait_until([&] {
             while (--looks < 0 && read(pipe, bytes.data(), bytes.size()) > 0) {
@@ -271,8 +240,8 @@ TEST(SlowPipe, IsWrittenToItsEndWhateverHappens)
             return terminal.has_ended();
         }));
         close(pipe);
-        EXPECT_EQ(terminal.exit_status(), c.exit_status);
-        EXPECT_THAT(terminal.screen.screen(), HasSubstr(c.ending));
+        EXPECT_EQ(terminal.exit_status(), stops ? 128 + SIGINT : 0);
+        EXPECT_THAT(terminal.screen.screen(), HasSubstr(stops ? "stopped at address" : "saved to"));
         EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("Error")));
     }
 }

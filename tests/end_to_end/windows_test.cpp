@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -17,12 +15,6 @@ using testing::Not;
 
 namespace
 {
-
-std::string contents(const ControllerRun& run, const std::string& file_name)
-{
-    std::ifstream file{run.folder + '/' + file_name, std::ios::binary};
-    return {std::istreambuf_iterator<char>{file}, {}};
-}
 
 /// A text file of this system with the line ends of Windows.
 std::string with_cr(const std::string& text)
@@ -41,11 +33,21 @@ std::string without_numbers(std::string text)
     return text;
 }
 
-void pipe_both_ways(ControllerRun& run, const char* piped_in)
+/// Runs both programs with the same input; what the one for Windows wrote.
+std::string expect_same_runs(ControllerRun& here, WindowsRun& there, const char* piped_in,
+                             int exit_status)
 {
-    run.input = Launch::Stream::pipe;
-    run.output = Launch::Stream::pipe;
-    run.piped_in = piped_in;
+    for (ControllerRun* run : {&here, static_cast<ControllerRun*>(&there)}) {
+        run->input = run->output = Launch::Stream::pipe;
+        run->piped_in = piped_in;
+    }
+    PseudoTerminal expected{here};
+    PseudoTerminal run{there};
+    EXPECT_EQ(expected.exit_status(), exit_status);
+    EXPECT_EQ(run.exit_status(), exit_status); // of -1, too, the low eight bits remain
+    EXPECT_EQ(without_numbers(run.piped_out()), without_numbers(expected.piped_out()));
+    EXPECT_NE(run.piped_out(), "");
+    return run.piped_out();
 }
 
 TEST(Windows, WritesTheSameAndEndsTheSameWay)
@@ -68,14 +70,7 @@ TEST(Windows, WritesTheSameAndEndsTheSameWay)
         SCOPED_TRACE(arguments);
         ControllerRun here{arguments, "noise off\n"};
         WindowsRun there{arguments, "noise off\n"};
-        pipe_both_ways(here, piped_in);
-        pipe_both_ways(there, piped_in);
-        PseudoTerminal expected{here};
-        PseudoTerminal run{there};
-        EXPECT_EQ(expected.exit_status(), exit_status);
-        EXPECT_EQ(run.exit_status(), exit_status); // of -1, too, the low eight bits remain
-        EXPECT_EQ(without_numbers(run.piped_out()), without_numbers(expected.piped_out()));
-        EXPECT_NE(run.piped_out(), "");
+        (void)expect_same_runs(here, there, piped_in, exit_status);
     }
 }
 
@@ -85,20 +80,14 @@ TEST(Windows, FilesAreTheSameButForTheirLineEnds)
                                   "-G -XL sets.ini -Y image.txt -T";
     ControllerRun here{arguments};
     WindowsRun there{arguments};
-    pipe_both_ways(here, "yy");
-    pipe_both_ways(there, "yy");
-    PseudoTerminal expected{here};
-    PseudoTerminal run{there};
-    EXPECT_EQ(expected.exit_status(), 0);
-    EXPECT_EQ(run.exit_status(), 0);
-    EXPECT_EQ(run.piped_out(), expected.piped_out());
-    EXPECT_THAT(run.piped_out(), HasSubstr("Memory data loaded from file 'image.txt'"));
+    EXPECT_THAT(expect_same_runs(here, there, "yy", 0),
+                HasSubstr("Memory data loaded from file 'image.txt'"));
     for (const char* name : {"sets.ini", "settings.ini", "image.txt"}) {
-        const std::string ours = contents(here, name);
+        const std::string ours = contents(here.folder + '/' + name);
         EXPECT_GT(ours.size(), 100U);
-        EXPECT_TRUE(contents(there, name) == with_cr(ours)) << name;
+        EXPECT_TRUE(contents(there.folder + '/' + name) == with_cr(ours)) << name;
     }
-    EXPECT_THAT(contents(there, "Debug.txt"), HasSubstr("COM_KOV_CTRL_Close()  OK\r\n"));
+    EXPECT_THAT(contents(there.folder + "/Debug.txt"), HasSubstr("COM_KOV_CTRL_Close()  OK\r\n"));
 }
 
 TEST(Windows, DisplayStandsAndTakesKeys)
@@ -134,35 +123,6 @@ TEST(Windows, DisplayStandsAndTakesKeys)
     EXPECT_EQ(terminal.exit_status(), 0);
     EXPECT_TRUE(terminal.screen.pen_is_neutral());
     EXPECT_TRUE(terminal.screen.cursor_visible());
-}
-
-TEST(Windows, StatusScreenIsTheSame)
-{
-    ControllerRun here{"3", "noise off\n"};
-    here.size = {.columns = 132, .rows = 60};
-    const WindowsRun there{"3", "noise off\n"};
-    PseudoTerminal expected{here};
-    PseudoTerminal run{there};
-    const auto text_of = [](const PseudoTerminal& terminal) {
-        std::string text;
-        for (int row = 4; row <= 60; ++row) // behind the rates and the wheel
-            text += terminal.screen.row(row) + '\n';
-        std::replace(text.begin(), text.end(), '-', '+');
-        return without_numbers(text);
-    };
-    EXPECT_TRUE(run.wait_until([&] {
-        int looks = 0;
-        (void)expected.wait_until([&looks] { return ++looks > 3; });
-        return run.screen.row_of("front enabled:") != 0 && text_of(run) == text_of(expected);
-    })) << text_of(run)
-        << text_of(expected);
-    EXPECT_THAT(run.screen.row(1), HasSubstr("K O V   C O N T R O L L E R"));
-    EXPECT_THAT(run.screen.row(3), HasSubstr("Port: COM3, data rate: "));
-    for (PseudoTerminal* terminal : {&expected, &run}) {
-        terminal->type("\033");
-        EXPECT_TRUE(terminal->shows("Program completed"));
-        EXPECT_EQ(terminal->exit_status(), 0);
-    }
 }
 
 TEST(Windows, ControlCEndsInOrder)

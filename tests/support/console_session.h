@@ -11,31 +11,24 @@
 
 #include <gtest/gtest.h>
 
-#include "frame/characters.h"
 #include "frame/console.h"
 #include "tests/support/terminal_emulator.h"
 #include "tests/support/virtual_platform.h"
-
-inline std::string numbered_line(int number)
-{
-    return std::string{"#"} + std::to_string(number);
-}
 
 /// A terminal with lines of somebody else on it, and the console that starts below them.
 class RandomSession
 {
 public:
     /// `choose` gives one of the whole numbers from its first argument to its second.
-    explicit RandomSession(std::function<int(int, int)> choose) : number_{std::move(choose)}
+    explicit RandomSession(std::function<int(int, int)> choose) : choose_{std::move(choose)}
     {
         reset_virtual_platform();
         resize();
-        terminal_size_ = virtual_platform.size;
-        terminal_ = std::make_unique<TerminalEmulator>(emulated(terminal_size_));
-        const int lines = number(0, terminal_size_.rows + 2);
-        for (int line = 1; line <= lines; ++line)
-            terminal_->feed(numbered_line(line) + "\r\n");
-        older_lines_ = origin_ = lines;
+        terminal_ = std::make_unique<TerminalEmulator>(
+            TerminalSize{virtual_platform.size.columns, virtual_platform.size.rows});
+        origin_ = older_lines_ = number(0, virtual_platform.size.rows + 2);
+        for (int line = 1; line <= older_lines_; ++line)
+            terminal_->feed(older_line(line) + "\r\n");
         console.start();
     }
 
@@ -46,20 +39,29 @@ public:
         if (number(0, 3) != 0)
             return true;
         flush();
-        return is_right();
+        return rows_are_right() && cursor_is_right() && scrollback_is_right();
     }
 
+    /// What was done, with the numbers that were chosen, and what was wrong then.
     [[nodiscard]] const std::string& log() const { return log_; }
 
 private:
-    int number(int from, int to) { return number_(from, to); }
+    static std::string older_line(int number) { return std::string{"#"} + std::to_string(number); }
 
-    static TerminalSize emulated(platform::WindowSize size)
+    int number(int from, int to)
     {
-        return {.columns = size.columns, .rows = size.rows};
+        const int chosen = choose_(from, to);
+        log_ += ' ' + std::to_string(chosen);
+        return chosen;
     }
 
-    void note(const std::string& what) { log_ += what + '\n'; }
+    void note(const std::string& what) { log_ += '\n' + what; }
+
+    bool is_wrong(const std::string& what)
+    {
+        note(what + '\n');
+        return false;
+    }
 
     void resize() { virtual_platform.size = {.columns = number(3, 30), .rows = number(2, 9)}; }
 
@@ -75,8 +77,8 @@ private:
         // clang-format on
         std::string text;
         for (int count = number(1, 5); count > 0; --count)
-            text +=
-                pieces[static_cast<std::size_t>(number(0, static_cast<int>(pieces.size()) - 1))];
+            text += pieces[static_cast<unsigned>(number(0, static_cast<int>(pieces.size()) - 1))];
+        log_ += testing::PrintToString(text);
         return text;
     }
 
@@ -84,109 +86,67 @@ private:
     {
         const int rows = virtual_platform.size.rows;
         const int bottom = cleared_ ? console.screen_place(rows, 1).row : console.last_row();
-        return {.row = bottom - number(-1, rows),
-                .column = number(1, virtual_platform.size.columns + 4)};
+        const int row = bottom - number(-1, rows);
+        return {.row = row, .column = number(1, virtual_platform.size.columns + 4)};
     }
 
     void do_something()
     {
-        const auto shown = [](Place place) {
-            return std::to_string(place.row) + ", " + std::to_string(place.column);
-        };
-        const auto color = [this] { return static_cast<Color>(number(0, 15)); };
-        switch (number(0, 17)) {
-        case 0:
-        case 1:
-        case 2:
-        case 3: {
+        note("print 0-3, write 4, at 5-7, move 8, skip 9, clear 10-12, window 13-14, display "
+             "15-16:");
+        const int kind = number(0, 17);
+        if (kind <= 7) {
             const std::string printed = text();
-            const Color its_color = color();
-            note("print " + testing::PrintToString(printed));
-            console.print(its_color, "%s", printed.c_str());
-            break;
-        }
-        case 4: {
-            const std::string printed = text();
-            console.set_color(color());
-            note("write " + testing::PrintToString(printed));
-            console.write(printed);
-            break;
-        }
-        case 5:
-        case 6:
-        case 7: {
-            const std::string printed = text();
-            const Place place = somewhere();
-            note("print at " + shown(place) + ": " + testing::PrintToString(printed));
-            console.print_at(place, color(), "%s", printed.c_str());
-            break;
-        }
-        case 8: {
-            const Place place = somewhere();
-            note("move to " + shown(place));
-            console.move_to(place);
-            break;
-        }
-        case 9:
-            note("skip");
+            const Place place = kind <= 4 ? console.place() : somewhere();
+            const auto color = static_cast<Color>(number(0, 15));
+            if (kind == 4) {
+                console.set_color(color);
+                console.write(printed);
+            } else if (kind < 4) {
+                console.print(color, "%s", printed.c_str());
+            } else {
+                console.print_at(place, color, "%s", printed.c_str());
+            }
+        } else if (kind == 8) {
+            console.move_to(somewhere());
+        } else if (kind == 9) {
             console.skip(number(0, 6));
-            break;
-        case 10:
-            note("clear to end of line");
+        } else if (kind == 10) {
             console.clear_to_end_of_line();
-            break;
-        case 11:
-            note("clear line");
+        } else if (kind == 11) {
             console.clear_line();
-            break;
-        case 12:
-            if (number(0, 5) == 0) {
-                note("clear screen");
-                console.clear_screen();
-                take_output();
-                cleared_ = true;
-                trusted_from_ = console.screen_place(1, 1).row;
-            }
-            break;
-        case 13:
-            if (cleared_) {
-                const int first = number(1, virtual_platform.size.rows);
-                note("window from " + std::to_string(first));
-                console.set_window(first);
-            }
-            break;
-        case 14:
-            note("no window");
+        } else if (kind == 12 && number(0, 5) == 0) {
+            console.clear_screen();
+            take_output();
+            cleared_ = true;
+            trusted_from_ = console.screen_place(1, 1).row;
+        } else if (kind == 13 && cleared_) {
+            console.set_window(number(1, virtual_platform.size.rows));
+        } else if (kind == 14) {
             console.clear_window();
-            break;
-        case 15:
-            note("begin display");
+        } else if (kind == 15) {
             if (depth_++ == 0)
                 display_first_ = console.place().row;
             console.begin_display();
-            break;
-        case 16:
-            if (depth_ > 0) {
-                note("end display");
-                --depth_;
-                console.end_display(number(0, 4) != 0);
-            }
-            break;
-        default:
-            if (number(0, 1) == 0) {
-                const bool visible = number(0, 1) != 0;
-                note(visible ? "show cursor" : "hide cursor");
-                console.show_cursor(visible);
-            } else if (number(0, 2) == 0) {
-                change_window();
-            } else if (number(0, 2) == 0) {
-                stop_and_resume();
-            } else {
-                flush_to_slow_terminal();
-            }
-            break;
+        } else if (kind == 16 && depth_ > 0) {
+            --depth_;
+            console.end_display(number(0, 4) != 0);
+        } else if (kind == 17) {
+            do_something_rare();
         }
         take_output();
+    }
+
+    void do_something_rare()
+    {
+        if (number(0, 1) == 0)
+            console.show_cursor(number(0, 1) != 0);
+        else if (number(0, 2) == 0)
+            change_window();
+        else if (number(0, 2) == 0)
+            stop_and_resume();
+        else
+            flush_to_slow_terminal();
     }
 
     void change_window()
@@ -197,9 +157,7 @@ private:
         // Where a terminal leaves its cursor when the rows below it go is its own affair.
         if (!cleared_)
             virtual_platform.size.rows = std::max(virtual_platform.size.rows, rows_before);
-        note("resize to " + testing::PrintToString(virtual_platform.size.columns) + "x" +
-             std::to_string(virtual_platform.size.rows));
-        terminal_->resize(emulated(virtual_platform.size));
+        terminal_->resize({virtual_platform.size.columns, virtual_platform.size.rows});
         // What the terminal made of the lines that are not repainted is its own affair.
         if (!cleared_) {
             floor_ = std::max(floor_, console.last_row() - rows_before + 1);
@@ -215,11 +173,10 @@ private:
         const int first_on_screen = console.last_row() - virtual_platform.size.rows + 1;
         if (!cleared_ && (depth_ == 0 || display_first_ < std::max(first_on_screen, trusted_from_)))
             return; // that the program goes on below is all that can be said
-        note("stop and resume");
         terminal_->feed("\033[0m\033[?25h\033[99B\r\n$ fg\r\n");
         if (!cleared_) {
             trusted_from_ = floor_ = display_first_;
-            origin_ = scrolled_out() + terminal_->cursor_row() - display_first_;
+            origin_ = scrolled_out() + terminal_->cursor().row - display_first_;
         }
         happened(platform::WindowChange::resumed);
     }
@@ -236,7 +193,6 @@ private:
     void flush_to_slow_terminal()
     {
         virtual_platform.output_room = static_cast<std::size_t>(number(0, 40));
-        note("flush to a terminal that takes " + std::to_string(virtual_platform.output_room));
         console.flush_without_waiting();
         virtual_platform.output_room = std::string::npos;
         is_behind_ = true;
@@ -244,7 +200,6 @@ private:
 
     void flush()
     {
-        note("flush");
         console.flush();
         is_behind_ = false;
         take_output();
@@ -289,96 +244,57 @@ private:
         return cells;
     }
 
-    bool is_right()
+    bool rows_are_right()
     {
-        bool right = true;
+        const int last = terminal_->size().rows;
         for (int row = std::max(console.first_row(), trusted_from_); row <= console.last_row();
              ++row) {
             const int at = terminal_row(row);
-            if (at < 1 || (cleared_ && at > terminal_->size().rows))
+            if (at < 1 || (cleared_ && at > last))
                 continue;
-            const std::vector<EmulatedCell> shown =
-                at <= terminal_->size().rows ? terminal_->cells(at) : std::vector<EmulatedCell>{};
-            if (shown == expected(row))
-                continue;
-            right = false;
-            note("row " + std::to_string(row) + " of the model: " + text_of(expected(row)));
-            note("row " + std::to_string(at) + " of the terminal: " + text_of(shown));
+            if (at > last ? !expected(row).empty() : terminal_->cells(at) != expected(row))
+                return is_wrong("row " + std::to_string(row) + ": " + text_of(expected(row), true) +
+                                "\nshown in row " + std::to_string(at) + ": " +
+                                terminal_->marked_row(at));
         }
-        return right && cursor_is_right() && older_lines_are_right() && scrollback_is_right();
+        return true;
     }
 
     bool cursor_is_right()
     {
-        if (terminal_->cursor_visible() != console.cursor_visible()) {
-            note("the cursor's visibility is wrong");
-            return false;
-        }
+        if (terminal_->cursor_visible() != console.cursor_visible())
+            return is_wrong("the cursor's visibility");
         // Rows come into being when something is printed there.
         const int model_row = std::min(console.place().row, console.last_row());
         const int row = std::min(terminal_row(model_row), terminal_->size().rows);
         const int column = std::clamp(console.place().column, 1, terminal_->size().columns);
         if (!console.cursor_visible() || row < 1 || model_row < trusted_from_ ||
-            model_row < console.first_row() ||
-            (terminal_->cursor_row() == row && terminal_->cursor_column() == column))
+            model_row < console.first_row() || terminal_->cursor() == EmulatedCursor{row, column})
             return true;
-        note("cursor at " + std::to_string(terminal_->cursor_row()) + ", " +
-             std::to_string(terminal_->cursor_column()) + " instead of " + std::to_string(row) +
-             ", " + std::to_string(column));
-        return false;
+        return is_wrong("the cursor should be at " + std::to_string(row) + ", " +
+                        std::to_string(column));
     }
 
-    /// What scrolled out of the terminal has the form that the model kept.
+    /// Older lines are not touched; what scrolled out has the form that the model kept.
     bool scrollback_is_right()
-    {
-        const int last = undisturbed_ && !cleared_ ? scrolled_out() - origin_ : 0;
-        for (int row = console.first_row(); row <= last; ++row) {
-            std::string text;
-            for (const EmulatedCell& cell : expected(row)) {
-                if (cell.character != 0)
-                    append_utf8(text, cell.character);
-            }
-            const std::string& kept =
-                terminal_->scrollback()[static_cast<std::size_t>(origin_ + row) - 1];
-            if (kept == text)
-                continue;
-            note("row " + std::to_string(row) + " scrolled out as: " + kept + "\nnot as: " + text);
-            return false;
-        }
-        return true;
-    }
-
-    bool older_lines_are_right()
     {
         const std::vector<std::string>& scrollback = terminal_->scrollback();
         for (int line = 1; line <= older_lines_; ++line) {
             const int at = line - scrolled_out();
-            const std::string shown =
-                at < 1 ? scrollback[static_cast<std::size_t>(line) - 1] : terminal_->row(at);
-            if (shown != numbered_line(line)) {
-                note("older line " + std::to_string(line) + " reads " + shown);
-                return false;
-            }
+            if ((at < 1 ? scrollback[static_cast<std::size_t>(line) - 1] : terminal_->row(at)) !=
+                older_line(line))
+                return is_wrong("older line " + std::to_string(line));
+        }
+        const int last = undisturbed_ && !cleared_ ? scrolled_out() - origin_ : 0;
+        for (int row = console.first_row(); row <= last; ++row) {
+            const std::string& kept = scrollback[static_cast<std::size_t>(origin_ + row) - 1];
+            if (kept != text_of(expected(row), false))
+                return is_wrong("row " + std::to_string(row) + " scrolled out as: " + kept);
         }
         return true;
     }
 
-    static std::string text_of(const std::vector<EmulatedCell>& cells)
-    {
-        std::string text;
-        for (const EmulatedCell& cell : cells) {
-            if (cell.character == 0)
-                text += '<';
-            else
-                append_utf8(text, cell.character);
-            if (cell.character != U' ')
-                text += std::string{"("} + std::to_string(cell.color) + ")";
-        }
-        return text;
-    }
-
-    std::function<int(int, int)> number_;
-    platform::WindowSize terminal_size_{};
+    std::function<int(int, int)> choose_;
     std::unique_ptr<TerminalEmulator> terminal_;
     std::size_t taken_ = 0;
     int older_lines_ = 0;

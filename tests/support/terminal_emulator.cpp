@@ -1,21 +1,9 @@
 #include "tests/support/terminal_emulator.h"
 
+#include "frame/characters.h"
+
 namespace
 {
-
-void append_utf8(std::string& text, char32_t character)
-{
-    const auto add = [&text](char32_t byte) { text += static_cast<char>(byte); };
-    if (character < 0x80) {
-        add(character);
-        return;
-    }
-    const int further = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
-    constexpr char32_t leads[] = {0, 0xC0, 0xE0, 0xF0};
-    add(leads[further] | character >> (6 * further));
-    for (int i = further - 1; i >= 0; --i)
-        add(0x80 | (character >> (6 * i) & 0x3F));
-}
 
 int color_of(const VTermScreenCell& cell)
 {
@@ -52,6 +40,8 @@ void cut_trailing_blanks(std::vector<EmulatedCell>& cells)
         cells.pop_back();
 }
 
+} // namespace
+
 std::string text_of(const std::vector<EmulatedCell>& cells, bool marked)
 {
     constexpr std::string_view marks = "?0123456.KBGCRMYW";
@@ -72,8 +62,6 @@ std::string text_of(const std::vector<EmulatedCell>& cells, bool marked)
     change_to(7);
     return text;
 }
-
-} // namespace
 
 TerminalEmulator::TerminalEmulator(TerminalSize size)
     : terminal_{vterm_new(size.rows, size.columns)},
@@ -136,16 +124,6 @@ std::vector<EmulatedCell> TerminalEmulator::cells(int row) const
     return cells;
 }
 
-std::string TerminalEmulator::row(int row) const
-{
-    return text_of(cells(row), false);
-}
-
-std::string TerminalEmulator::marked_row(int row) const
-{
-    return text_of(cells(row), true);
-}
-
 std::string TerminalEmulator::screen() const
 {
     std::string text;
@@ -164,18 +142,11 @@ int TerminalEmulator::row_of(std::string_view text) const
     return 0;
 }
 
-int TerminalEmulator::cursor_row() const
+EmulatedCursor TerminalEmulator::cursor() const
 {
     VTermPos position = {};
     vterm_state_get_cursorpos(vterm_obtain_state(terminal_.get()), &position);
-    return position.row + 1;
-}
-
-int TerminalEmulator::cursor_column() const
-{
-    VTermPos position = {};
-    vterm_state_get_cursorpos(vterm_obtain_state(terminal_.get()), &position);
-    return position.col + 1;
+    return {position.row + 1, position.col + 1};
 }
 
 bool TerminalEmulator::pen_is_neutral() const

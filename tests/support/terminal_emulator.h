@@ -30,6 +30,16 @@ struct EmulatedCell {
     bool operator==(const EmulatedCell&) const = default;
 };
 
+struct EmulatedCursor {
+    int row = 1;
+    int column = 1;
+
+    bool operator==(const EmulatedCursor&) const = default;
+};
+
+/// The text of such cells, with marks at the colours or without.
+[[nodiscard]] std::string text_of(const std::vector<EmulatedCell>& cells, bool marked);
+
 class TerminalEmulator
 {
 public:
@@ -43,8 +53,8 @@ public:
     [[nodiscard]] TerminalSize size() const { return size_; }
     /// The cells of a row (from 1) without trailing blanks.
     [[nodiscard]] std::vector<EmulatedCell> cells(int row) const;
-    [[nodiscard]] std::string row(int row) const;
-    [[nodiscard]] std::string marked_row(int row) const;
+    [[nodiscard]] std::string row(int row) const { return text_of(cells(row), false); }
+    [[nodiscard]] std::string marked_row(int row) const { return text_of(cells(row), true); }
     /// The rows down to the last one that is not blank, a line end behind each.
     [[nodiscard]] std::string screen() const;
     /// What was scrolled out at the top, oldest first.
@@ -52,8 +62,7 @@ public:
     /// The row (from 1) of the first line that holds the text, 0 when there is none.
     [[nodiscard]] int row_of(std::string_view text) const;
 
-    [[nodiscard]] int cursor_row() const;
-    [[nodiscard]] int cursor_column() const;
+    [[nodiscard]] EmulatedCursor cursor() const;
     [[nodiscard]] bool cursor_visible() const { return cursor_visible_; }
     /// How often the cursor was switched off.
     [[nodiscard]] int cursor_hidings() const { return cursor_hidings_; }
