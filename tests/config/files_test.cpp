@@ -7,9 +7,6 @@
 namespace
 {
 
-using testing::EndsWith;
-using testing::HasSubstr;
-
 const std::string zero_entries =
     "DeviceEnable=N\nHvPsInterlockEnable=N,N,N,N\nHeatControlInterlockEnable=N,N,N,N\n"
     "FanSwitchOverride=No\nHeaterLimitVolt=0.000\nHeaterLimitAmp=0.000\nHeaterLimitWatt=0.000\n"
@@ -61,22 +58,22 @@ TEST_F(ConfigFiles, OneSet)
     make_set(trial, 4, "four", true, false);
     trial.run("3 -XL7 a.ini -xn7 -XS7 b.ini -XL8 a.ini -xn8 -XL9 a.ini -XS1 c.ini -XS2 c.ini "
               "-XS4 c.ini -g -q -XL7 a.ini -XS7 b.ini -T");
-    EXPECT_THAT(trial.display(),
-                testing::StartsWith(
-                    "Configuration #7 loaded from data file 'a.ini'\n"
-                    "Name of configuration #7: 'Bake\\tout'\n"
-                    "Configuration #7 saved to data file 'b.ini'\n"
-                    "Configuration #8 loaded from data file 'a.ini'\n"
-                    "Name of configuration #8: '" +
-                    std::string(133, 'x') + '\n' + std::string(69, 'x') +
-                    "'\n"
-                    "Error reading the data file 'a.ini', Section 'Configuration9', Entry 'Name'\n"
-                    "Cannot save the configuration #1 since it is invalid!\n"
-                    "Cannot save the configuration #2 'two\\n' since it was deleted!\n"
-                    "Cannot save the configuration #4 since it is invalid!\n"
-                    "Loading configuration #7 from file 'a.ini':\n"
-                    "Saving configuration #7 into file 'b.ini':\n"
-                    "Closing"));
+    EXPECT_THAT(
+        trial.display(),
+        StartsWith("Configuration #7 loaded from data file 'a.ini'\n"
+                   "Name of configuration #7: 'Bake\\tout'\n"
+                   "Configuration #7 saved to data file 'b.ini'\n"
+                   "Configuration #8 loaded from data file 'a.ini'\n"
+                   "Name of configuration #8: '" +
+                   std::string(133, 'x') + '\n' + std::string(69, 'x') +
+                   "'\n"
+                   "Error reading the data file 'a.ini', Section 'Configuration9', Entry 'Name'\n"
+                   "Cannot save the configuration #1 since it is invalid!\n"
+                   "Cannot save the configuration #2 'two\\n' since it was deleted!\n"
+                   "Cannot save the configuration #4 since it is invalid!\n"
+                   "Loading configuration #7 from file 'a.ini':\n"
+                   "Saving configuration #7 into file 'b.ini':\n"
+                   "Closing"));
     EXPECT_EQ(contents("b.ini"), set_section(7, "Bake\\tout"));
     EXPECT_FALSE(std::filesystem::exists("c.ini"));
 }

@@ -31,7 +31,7 @@ TEST(Identification, OneLineAValue)
         const std::string lines = std::string{"Getting "} + c.progress + ":\n" + c.line;
         for (const char* first : {"P", "p"})
             EXPECT_THAT(display_of(std::string{"-pd -g -"} + first + c.letter, {c.reply}),
-                        testing::HasSubstr("{.}\n" + lines));
+                        HasSubstr("{.}\n" + lines));
     }
 }
 

@@ -4,11 +4,6 @@
 namespace
 {
 
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
-
 const std::string housekeeping_values = "  Voltages:  24V: {W}24.000V{.}  5V0: {W}5.000V{.}  "
                                         "3V3: {W}3.300V{.}  Temperature CPU:  {W}+30.0\xC2\xB0"
                                         "C{.}  PSU:  {W}+32.0\xC2\xB0"
@@ -36,24 +31,18 @@ TEST(Housekeeping, OnceAndContinuously)
 
 TEST(Housekeeping, ColoursWhatIsOutOfTolerance)
 {
-    const struct {
-        const char* value;
-        const char* shown;
-    } cases[] = {
-        {"voltage24 24.6", "24V: {M}24.600V"},
-        {"voltage24 23.4", "24V: {C}23.400V"},
-        {"voltage24 24.48", "24V: {W}24.480V"},
-        {"voltage5 5.11", "5V0: {M}5.110V"},
-        {"voltage33 3.23", "3V3: {C}3.230V"},
-        {"temperatureCPU 40.1", "CPU:  {M}+40.1\xC2\xB0"},
-        {"temperatureCPU 40", "CPU:  {W}+40.0\xC2\xB0"},
-        {"temperaturePSU 9.9", "PSU:   {C}+9.9\xC2\xB0"},
-        {"temperaturePSU -5", "PSU:   {C}-5.0\xC2\xB0"},
-        {"voltage24 nan", "24V:    {W}nanV"},
-    };
-    for (const auto& [value, shown] : cases)
-        EXPECT_THAT(display_of("-pk", {std::string{"reply GetHousekeeping."} + value}),
-                    HasSubstr(shown));
+    expect_shown({
+        {"reply GetHousekeeping.voltage24 24.6", "-pk", HasSubstr("24V: {M}24.600V")},
+        {"reply GetHousekeeping.voltage24 23.4", "-pk", HasSubstr("24V: {C}23.400V")},
+        {"reply GetHousekeeping.voltage24 24.48", "-pk", HasSubstr("24V: {W}24.480V")},
+        {"reply GetHousekeeping.voltage5 5.11", "-pk", HasSubstr("5V0: {M}5.110V")},
+        {"reply GetHousekeeping.voltage33 3.23", "-pk", HasSubstr("3V3: {C}3.230V")},
+        {"reply GetHousekeeping.temperatureCPU 40.1", "-pk", HasSubstr("CPU:  {M}+40.1\xC2\xB0")},
+        {"reply GetHousekeeping.temperatureCPU 40", "-pk", HasSubstr("CPU:  {W}+40.0\xC2\xB0")},
+        {"reply GetHousekeeping.temperaturePSU 9.9", "-pk", HasSubstr("PSU:   {C}+9.9\xC2\xB0")},
+        {"reply GetHousekeeping.temperaturePSU -5", "-pk", HasSubstr("PSU:   {C}-5.0\xC2\xB0")},
+        {"reply GetHousekeeping.voltage24 nan", "-pk", HasSubstr("24V:    {W}nanV")},
+    });
 }
 
 TEST(Housekeeping, EchoesTheKeyTwoRowsAboveTheHeader)

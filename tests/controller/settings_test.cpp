@@ -3,8 +3,6 @@
 namespace
 {
 
-using testing::HasSubstr;
-
 TEST(Settings, LinesAndCalls)
 {
     const std::string all_on = "{.}, interlock enable:   HTCTR#1:  {G}on{.}  HTCTR#2:  {G}on{.}  "

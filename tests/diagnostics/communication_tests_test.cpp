@@ -6,10 +6,6 @@
 namespace
 {
 
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::StartsWith;
-
 const std::string header_0 = "data sets of up to {W}0{.} bytes ({W}2{.} bytes total), press "
                              "{W}Esc{.} to quit: ";
 const std::string started = "\n  Test started on  {W}2026/03/14, 09:26:53.589{.}";

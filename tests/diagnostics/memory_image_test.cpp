@@ -6,8 +6,6 @@
 namespace
 {
 
-using testing::HasSubstr;
-
 constexpr int lines = 262'304;
 constexpr int lines_of_memory = 0x40000;
 
@@ -125,7 +123,7 @@ TEST(MemoryImage, Failures)
         run(trial, file, c.switches);
         EXPECT_THAT(trial.display(), HasSubstr(c.part));
         EXPECT_EQ(trial.calls_of("GetMemoryData(") + trial.calls_of("SetMemoryData("), c.calls);
-        EXPECT_THAT(trial.display(), testing::Not(HasSubstr("Memory data ")));
+        EXPECT_THAT(trial.display(), Not(HasSubstr("Memory data ")));
     }
 }
 

@@ -4,9 +4,6 @@
 namespace
 {
 
-using testing::EndsWith;
-using testing::StartsWith;
-
 const std::string heading = "Housekeeping and monitoring data of:\theat-controller\n"
                             "Data acquisition started on:\tSat, 03/14/2026, 09:26:53\n\n"
                             "Time/s\t3V3/V\t5V0/V\t24V/V\tT_CPU/\xB0"

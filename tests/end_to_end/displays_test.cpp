@@ -1,4 +1,5 @@
-// The live displays as they stand on terminals of several sizes.
+// The live displays as they stand on terminals of several sizes, what is typed there, and whose
+// library they ask.
 #include <ostream>
 #include <string>
 
@@ -93,6 +94,50 @@ TEST(Resize, ShowsMoreOrLessOfTheSameLines)
     EXPECT_EQ(transcript(terminal.screen), "COM3 opened for the communication stream01Bh\n" + type +
                                                '\n' + display(160) + completed);
     expect_terminal_restored(terminal);
+}
+
+TEST(Keys, AreEchoedByTheHousekeepingDisplay)
+{
+    // So slow that each echo stands for a while.
+    const ControllerRun run{"3 -PE -PT -PK -T", "latency 150\n"};
+    PseudoTerminal terminal{run};
+    ASSERT_TRUE(terminal.shows("24.000V"));
+    struct {
+        const char* first;
+        const char* rest; ///< arrives later
+        const char* echo;
+    } constexpr cases[] = {
+        {"a", "", "'a'"},       {"\r", "", "00Dh"},        {"\033[A", "", "148h"},
+        {"\033[", "A", "148h"}, {"\033[1;", "5D", "173h"}, {"\xC3", "\xA4", "084h"},
+    };
+    for (const auto& [first, rest, echo] : cases) {
+        terminal.type(first);
+        ASSERT_TRUE(terminal.keys_are_taken());
+        terminal.type(rest);
+        const std::string echoed = "Device type: 8ED6h                      " + std::string{echo};
+        EXPECT_TRUE(terminal.wait_until([&] { return terminal.screen.row(2) == echoed; }))
+            << echoed << '\n'
+            << terminal.screen.screen();
+        EXPECT_EQ(terminal.screen.row(3), "Hardware type: 0000F100h");
+        ASSERT_TRUE(terminal.wait_until([&] { return terminal.screen.row(2).size() < 20; }));
+    }
+    terminal.type("\033");
+    EXPECT_EQ(terminal.exit_status(), 0);
+    expect_terminal_restored(terminal);
+}
+
+/// A library that a user puts on the search path takes the place of the one beside the program.
+TEST(DeviceLibrary, IsTheOneOnTheSearchPath)
+{
+    ControllerRun run{"3 -PI -T"};
+    PseudoTerminal ours{run};
+    EXPECT_EQ(ours.exit_status(), 0);
+    EXPECT_EQ(ours.screen.row(2), "Product identification: KOV-CTRL, Controller, Rev. 1-00");
+
+    run.environment["LD_LIBRARY_PATH"] = OTHER_LIBRARY_FOLDER;
+    PseudoTerminal other{run};
+    EXPECT_EQ(other.exit_status(), 0);
+    EXPECT_EQ(other.screen.row(2), "Product identification: Another library");
 }
 
 } // namespace

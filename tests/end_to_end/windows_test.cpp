@@ -138,16 +138,6 @@ TEST(Windows, ControlCEndsInOrder)
     EXPECT_TRUE(terminal.screen.cursor_visible());
 }
 
-TEST(Windows, EndsWhenNobodyReadsIt)
-{
-    WindowsRun run{"3 -G -PE -PK -PI -T"};
-    run.output = Launch::Stream::closed_pipe; // Wine tells of it when something is written
-    PseudoTerminal terminal{run};
-    EXPECT_EQ(terminal.exit_status(), 128 + SIGPIPE);
-    EXPECT_TRUE(was_called(run, "Close"));
-    EXPECT_FALSE(was_called(run, "GetProductID"));
-}
-
 TEST(Windows, AnInstrumentIsKeptAndUsedByOneProgram)
 {
     WindowsRun first{"3 -UY -PK -T"};

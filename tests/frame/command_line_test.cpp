@@ -12,9 +12,6 @@ namespace
 {
 
 using testing::ElementsAre;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
 
 struct BadLine {
     const char* arguments;
@@ -70,27 +67,15 @@ TEST(CommandLine, BadOnesTellWhere)
 
 TEST(CommandLine, GoodOnesInEveryNotation)
 {
-    for (const char* arguments : {"3 -T",
-                                  "3 /t",
-                                  "3x -T",
-                                  "3 -$115200 -T",
-                                  "3 -$ -T",
-                                  "3 -$1C200h -T",
-                                  "3 -@ -T",
-                                  "3 -@100h -T",
-                                  "3 -&* 256 -T",
-                                  "3 -pK -T -nonsense",
-                                  "3 -Se 5 -T",
-                                  "3 -sE -T",
-                                  "3 -Un -T",
-                                  "3 -MI_ -T",
-                                  "3 -mi11b -T",
-                                  "3 -MA* Y -T",
-                                  "3 -bz -BZ -bZ -T",
-                                  "3 -HT35abc -T",
-                                  "3 -HT-1 -ht -HK -hm -HS /dev/null -hs /dev/null -T",
-                                  "3 -VG1Yn -Vg1 -vg_ -VV* -5.5 -T",
-                                  "3 -XS f -XL -T -xl -T -XL3 f -XC1023 -XN3ffh -n -xN1 -xi -T"}) {
+    // clang-format off
+    for (const char* arguments :
+         {"3 /t", "3x -T", "3 -$115200 -$ -$1C200h -T", "3 -@ -@100h -T", "3 -&* 256 -T",
+          "3 -pK -T -nonsense", "3 -Se 5 -sE -T", "3 -Un -T", "3 -MI_ -mi11b -T", "3 -MA* Y -T",
+          "3 -bz -BZ -bZ -T", "3 -HT35abc -T",
+          "3 -HT-1 -ht -HK -hm -HS /dev/null -hs /dev/null -T",
+          "3 -VG1Yn -Vg1 -vg_ -VV* -5.5 -T",
+          "3 -XS f -XL -T -xl -T -XL3 f -XC1023 -XN3ffh -n -xN1 -xi -T"}) {
+        // clang-format on
         SCOPED_TRACE(arguments);
         Trial trial;
         trial.pipe_in(""); // ends what goes on until Esc
@@ -161,13 +146,8 @@ TEST(CommandLine, TheProgramsName)
 {
     EXPECT_EQ(program_name("C:\\tools\\KOV-Controller.exe"), "KOV-Controller.exe");
     EXPECT_EQ(program_name("/opt/v1.2/KOV-Controller"), "KOV-Controller");
-    EXPECT_EQ(program_name(""), "KOV-Controller");
-    EXPECT_EQ(program_name(nullptr), "KOV-Controller");
-    EXPECT_EQ(program_name("tools/"), "KOV-Controller");
-    const Trial trial;
-    console.start();
-    print_program_name("KOV-Controller.exe.bak");
-    EXPECT_EQ(trial.screen(), "KOV-Controller\n");
+    for (const char* unusable : {"", "tools/", static_cast<const char*>(nullptr)})
+        EXPECT_EQ(program_name(unusable), "KOV-Controller");
 }
 
 TEST(CommandLine, NoRowStandsTwice)

@@ -1,6 +1,5 @@
 #include "frame/format.h"
 
-#include <cmath>
 #include <limits>
 
 #include "tests/support/trial.h"
@@ -10,24 +9,19 @@ namespace
 
 TEST(Format, ColoursByDeviation)
 {
-    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const struct {
         double value, nominal, tolerance;
         Color color;
     } cases[] = {
-        {24.2, 24.0, 2.0, Color::value},     {24.6, 24.0, 2.0, Color::above},
-        {23.4, 24.0, 2.0, Color::below},     {24.48, 24.0, 2.0, Color::value},
-        {24.4801, 24.0, 2.0, Color::above},  {23.52, 24.0, 2.0, Color::value},
-        {23.5199, 24.0, 2.0, Color::below},  {3.40, 3.3, 2.0, Color::above},
+        {24.48, 24.0, 2.0, Color::value},    {24.4801, 24.0, 2.0, Color::above},
+        {23.52, 24.0, 2.0, Color::value},    {23.5199, 24.0, 2.0, Color::below},
         {-23.2, -22.0, 5.0, Color::above}, // further from 0 than it should be
-        {-20.8, -22.0, 5.0, Color::below},   {-23.1, -22.0, 5.0, Color::value},
-        {5.0, 0.0, 1.0, Color::value},       {nan, 24.0, 2.0, Color::value},
+        {-20.8, -22.0, 5.0, Color::below},   {5.0, 0.0, 1.0, Color::value},
         {infinity, 24.0, 2.0, Color::value},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(deviation_color(c.value, c.nominal, c.tolerance), c.color)
-            << c.value << " of " << c.nominal;
+        EXPECT_EQ(deviation_color(c.value, c.nominal, c.tolerance), c.color) << c.value;
 }
 
 TEST(Format, Words)
@@ -103,15 +97,6 @@ TEST(Format, Durations)
     EXPECT_EQ(duration_text("%6.2lf sec.", 125.5), "2:05.50 sec.");
     EXPECT_EQ(duration_text("%.0lfs", 3725.0), "1:02:05s");
     EXPECT_EQ(duration_text("%lf", 61.5), "1:1.500000");
-}
-
-TEST(Format, Uptimes)
-{
-    EXPECT_EQ(uptime_text(59, 990), "59.99 sec.");
-    EXPECT_EQ(uptime_text(59, 999), "59.99 sec."); // cut, not rounded
-    EXPECT_EQ(uptime_text(61, 5), "1:01.00 sec.");
-    EXPECT_EQ(uptime_text(3600, 0), "1:00:00.00 sec.");
-    EXPECT_EQ(uptime_text(360000, 0), "100:00:00.00 sec.");
 }
 
 TEST(Format, TimestampAndSpinner)

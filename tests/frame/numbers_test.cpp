@@ -49,19 +49,6 @@ TEST(Numbers, IntegersInThreeNotations)
         EXPECT_EQ(read_unsigned(text, none), NumberResult::no_number) << text;
 }
 
-TEST(Numbers, Addresses)
-{
-    constexpr struct {
-        const char* text;
-        int address;
-    } cases[] = {
-        {"0", 0}, {"3", 3},   {"3h", 3},  {"11b", 3},         {"_", 128}, {"*", 255}, {"4", -1},
-        {"", -1}, {"_1", -1}, {"**", -1}, {"4294967297", -1}, {"-1", -1}, {"x", -1},
-    };
-    for (const auto& expected : cases)
-        EXPECT_EQ(read_address(expected.text), expected.address) << expected.text;
-}
-
 TEST(Numbers, RealsIgnoreWhatFollowsThem)
 {
     constexpr struct {

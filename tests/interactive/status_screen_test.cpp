@@ -7,10 +7,6 @@
 namespace
 {
 
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
-
 /// A trial on a window that is just large enough, Esc at the given time.
 struct ScreenTrial : Trial {
     explicit ScreenTrial(std::int64_t escape_ms, ScenarioLines lines = {}) : Trial{lines}
@@ -49,8 +45,8 @@ TEST(StatusScreen, TheWholeInstrument)
                                  "{W}+3.300V{.}  Temperature CPU: {W}+30.0\xC2\xB0"
                                  "C{.}  ";
     EXPECT_THAT(
-        shown, testing::StartsWith(
-                   "                                            {C}K O V   C O N T R O L L E R{.}\n"
+        shown,
+        StartsWith("                                            {C}K O V   C O N T R O L L E R{.}\n"
                    "\n"
                    "Port: {W}COM3{.}, data rate: {W}9600{.} baud, polling rate:"));
     EXPECT_THAT(

@@ -3,10 +3,6 @@
 namespace
 {
 
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
-
 #define CELSIUS                                                                                    \
     "\xC2\xB0"                                                                                     \
     "C"

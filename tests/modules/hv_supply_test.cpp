@@ -3,10 +3,6 @@
 namespace
 {
 
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::StartsWith;
-
 void set_output(Trial& trial, const std::string& voltage, const std::string& current)
 {
     trial.instrument("reply GetHVsupplyOutputVoltage.voltage " + voltage);

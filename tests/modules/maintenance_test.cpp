@@ -4,11 +4,6 @@
 namespace
 {
 
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
-
 void set_flags(Trial& trial, const std::string& flags)
 {
     for (std::size_t i = 0; i < flags.size(); ++i)

@@ -3,8 +3,6 @@
 namespace
 {
 
-using testing::HasSubstr;
-
 struct Command {
     const char* letter; ///< behind M
     const char* function;
@@ -126,26 +124,23 @@ TEST(OneModuleOrAll, TypesThatDoNotFitTheirPlace)
 
 TEST(Housekeeping, OfModulesIsShownAsReadInTheColoursOfItsTolerances)
 {
-    const struct {
-        const char* value;
-        const char* shown;
-    } cases[] = {
-        {"valid 0", "+3V3: {W}3.300V"},
-        {"voltage33 3.37", "+3V3: {M}3.370V"},
-        {"voltage5 4.89", " 5V0: {C}4.890V"},
-        {"voltageMinus22 -20.9", "-22V: {W}-20.900V"},
-        {"voltageMinus22 -20.89", "-22V: {C}-20.890V"},
-        {"voltage18 -18.1", "+18V: {C}-18.100V"},
-        {"voltageMinus18 -18.37", "-18V: {M}-18.370V"},
-        {"voltageVc 1.5149", "+Vc: {W}+1.515V"},
-        {"voltageVc 1.5151", "+Vc: {M}+1.515V"},
-        {"analogGround 9.5", "AGnd: {W}+9.500V"},
-        {"temperatureCPU 40.01", "CPU: {M}+40"},
-        {"voltage24 nan", "+24V:    {W}nanV"},
-    };
-    for (const auto& [value, shown] : cases)
-        EXPECT_THAT(display_of("-mk1", {std::string{"reply GetHVsupplyHousekeeping."} + value}),
-                    HasSubstr(shown));
+    expect_shown({
+        {"reply GetHVsupplyHousekeeping.valid 0", "-mk1", HasSubstr("+3V3: {W}3.300V")},
+        {"reply GetHVsupplyHousekeeping.voltage33 3.37", "-mk1", HasSubstr("+3V3: {M}3.370V")},
+        {"reply GetHVsupplyHousekeeping.voltage5 4.89", "-mk1", HasSubstr(" 5V0: {C}4.890V")},
+        {"reply GetHVsupplyHousekeeping.voltageMinus22 -20.9", "-mk1",
+         HasSubstr("-22V: {W}-20.900V")},
+        {"reply GetHVsupplyHousekeeping.voltageMinus22 -20.89", "-mk1",
+         HasSubstr("-22V: {C}-20.890V")},
+        {"reply GetHVsupplyHousekeeping.voltage18 -18.1", "-mk1", HasSubstr("+18V: {C}-18.100V")},
+        {"reply GetHVsupplyHousekeeping.voltageMinus18 -18.37", "-mk1",
+         HasSubstr("-18V: {M}-18.370V")},
+        {"reply GetHVsupplyHousekeeping.voltageVc 1.5149", "-mk1", HasSubstr("+Vc: {W}+1.515V")},
+        {"reply GetHVsupplyHousekeeping.voltageVc 1.5151", "-mk1", HasSubstr("+Vc: {M}+1.515V")},
+        {"reply GetHVsupplyHousekeeping.analogGround 9.5", "-mk1", HasSubstr("AGnd: {W}+9.500V")},
+        {"reply GetHVsupplyHousekeeping.temperatureCPU 40.01", "-mk1", HasSubstr("CPU: {M}+40")},
+        {"reply GetHVsupplyHousekeeping.voltage24 nan", "-mk1", HasSubstr("+24V:    {W}nanV")},
+    });
 }
 
 TEST(Activation, IsSetForOneOrAll)
@@ -178,11 +173,11 @@ TEST(State, OfTheBaseUnit)
 TEST(ProductData, EachOnceAndWhateverFails)
 {
     const std::string base = display_of("-B", {"fail GetModuleFwVersion always"});
-    EXPECT_THAT(base, testing::StartsWith("Product identification of base module: "));
+    EXPECT_THAT(base, StartsWith("Product identification of base module: "));
     EXPECT_THAT(base, HasSubstr("Error at COM_KOV_CTRL_GetModuleFwVersion"));
-    EXPECT_THAT(base, testing::EndsWith("CPU data of base module: {W}10.0%{.}\n"
-                                        "Base-device state: {W}0000h{.}={W}0000 0000 0000 0000b{.}"
-                                        "\n  Device active:  {M}no{.}\n"));
+    EXPECT_THAT(base, EndsWith("CPU data of base module: {W}10.0%{.}\n"
+                               "Base-device state: {W}0000h{.}={W}0000 0000 0000 0000b{.}"
+                               "\n  Device active:  {M}no{.}\n"));
     const std::string heater = display_of("-H", {"fail GetHeatCtrlHwLimits always"});
     std::size_t behind = 0;
     for (const char* line :

@@ -6,11 +6,6 @@
 namespace
 {
 
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
-
 class VoltageTuning : public testing::Test
 {
 protected:

@@ -10,10 +10,6 @@
 namespace
 {
 
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::StartsWith;
-
 const std::string aborted_line = "*** Test protocol aborted due to an error ***\n";
 
 /// The settings before the test, the test, the settings after it.

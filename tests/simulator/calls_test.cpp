@@ -49,17 +49,6 @@ TEST_F(CallTest, FaultsStrikeTheCallsTheyName)
     }
 }
 
-TEST_F(CallTest, FaultConcernsOneAddressAndItsCallDoesNothing)
-{
-    apply("fail SetModuleActivationState@2 always");
-    EXPECT_EQ(COM_KOV_CTRL_SetModuleActivationState(1, 1), 0);
-    EXPECT_NE(COM_KOV_CTRL_SetModuleActivationState(2, 1), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleActivationState, 1), 1);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleActivationState, 2), 0);
-    apply("fail SetModuleActivationState@2 never");
-    EXPECT_EQ(COM_KOV_CTRL_SetModuleActivationState(2, 1), 0);
-}
-
 TEST_F(CallTest, LastErrorStaysUntilTheNextFailure)
 {
     apply("fail GetState at 1 text \"broken\\tcable\"");

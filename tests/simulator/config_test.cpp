@@ -57,22 +57,6 @@ TEST_F(ConfigTest, EverySetterShowsInTheCurrentConfiguration)
     }
 }
 
-TEST_F(ConfigTest, CurrentConfigurationActsOnEverything)
-{
-    COM_KOV_CTRL_SetEnable(1);
-    COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(2, 800);
-    COM_KOV_CTRL_SetModuleActivationState(2, 1);
-    const ConfigRecord on = current();
-    const ConfigRecord zero{};
-    ASSERT_EQ(COM_KOV_CTRL_SetCurrentConfig(&zero), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetHeatCtrlInterlockEnable), 0);
-    EXPECT_DOUBLE_EQ(got(COM_KOV_CTRL_GetHeatCtrlHeaterTemperature), -273.15);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 2), 0);
-    ASSERT_EQ(COM_KOV_CTRL_SetCurrentConfig(&on), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleState, 2), 0xC100);
-}
-
 TEST_F(ConfigTest, SetsAreSavedAndLoaded)
 {
     EXPECT_NE(COM_KOV_CTRL_LoadCurrentConfig(1022), 0); // nothing in it

@@ -16,32 +16,6 @@ void heat_to(double target)
     COM_KOV_CTRL_SetModuleActivationState(0, 1);
 }
 
-TEST_F(HeaterTest, EachLimitInTurnIsTheActiveOne)
-{
-    struct {
-        std::int32_t (*set)(const double*);
-        double limit;
-        double (*limited)(const Monitoring&);
-    } constexpr cases[] = {
-        {COM_KOV_CTRL_SetHeatCtrlVoltageLimit, 14, [](const Monitoring& m) { return m.heater; }},
-        {COM_KOV_CTRL_SetHeatCtrlCurrentLimit, 2.5, [](const Monitoring& m) { return m.current; }},
-        {COM_KOV_CTRL_SetHeatCtrlPowerLimit, 35,
-         [](const Monitoring& m) { return m.heater * m.current; }},
-    };
-    for (const auto& row : cases) {
-        SetUp();
-        ASSERT_EQ(row.set(&row.limit), 0);
-        heat_to(80);
-        for (int second = 0; second < 20; ++second) {
-            wait_seconds(1);
-            EXPECT_NEAR(row.limited(monitoring()), row.limit, row.limit * 0.001);
-        }
-        wait_seconds(600);
-        EXPECT_NEAR(monitoring().temperature, 80, 0.05);
-        EXPECT_LT(row.limited(monitoring()), row.limit * 0.95);
-    }
-}
-
 TEST_F(HeaterTest, HardwareLimitsHoldWhateverIsSet)
 {
     const double huge = 1e9;

@@ -1,11 +1,9 @@
 /// The simulator on the computer itself: its files and its clock.
-#include "devlib/COM-KOV-CTRL.h"
 #include "simulator/host.h"
 #include "simulator/simulator.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -49,19 +47,6 @@ TEST_F(HostTest, FilesAreReplacedAsAWholeAndDamagedOnesGetNamesOfTheirOwn)
     problem.clear();
     EXPECT_FALSE(host::replace_file(folder, "a folder", true, problem));
     EXPECT_FALSE(problem.empty());
-}
-
-TEST_F(HostTest, AnswerTimeIsNeverShort)
-{
-    static char stateless[] = "KOV_SIMULATOR_STATE=none";
-    putenv(stateless);
-    std::string problem;
-    ASSERT_TRUE(simulator::apply("latency 2", problem));
-    ASSERT_EQ(COM_KOV_CTRL_Open(7), 0);
-    std::uint16_t state = 0;
-    const std::int64_t asked_us = host::monotonic_us();
-    ASSERT_EQ(COM_KOV_CTRL_GetState(&state), 0);
-    EXPECT_GE(host::monotonic_us() - asked_us, 2'000);
 }
 
 } // namespace

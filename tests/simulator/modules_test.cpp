@@ -58,13 +58,4 @@ TEST_F(ModuleTest, ChangedModulesHaveToBeSaved)
     EXPECT_EQ(got(COM_KOV_CTRL_GetState), 0);
 }
 
-TEST_F(ModuleTest, RestartConcernsOneModule)
-{
-    wait_seconds(500);
-    ASSERT_EQ(COM_KOV_CTRL_RestartModule(2), 0);
-    wait_seconds(4);
-    EXPECT_EQ(times(COM_KOV_CTRL_GetModuleUptimeInt, 2U), (Times{4, 504}));
-    EXPECT_EQ(times(COM_KOV_CTRL_GetModuleUptimeInt, 1U), (Times{504, 504}));
-}
-
 } // namespace

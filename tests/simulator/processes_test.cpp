@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -33,43 +34,31 @@ protected:
     std::string folder;
 };
 
-/// Runs `body` in a process of its own; what it returns is the exit status.
-template <typename Body>
-int in_another_process(const Body& body)
+bool is_true_in_another_process(const std::function<bool()>& condition)
 {
     const pid_t child = fork();
     if (child == 0)
-        _exit(body());
+        _exit(condition() ? 42 : 1);
     int status = 0;
     waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 255;
-}
-
-TEST_F(ProcessesTest, SecondProgramIsRefusedAndToldTheHolder)
-{
-    ASSERT_EQ(COM_KOV_CTRL_Open(7), 0) << COM_KOV_CTRL_GetErrorMessage();
-    const std::string expected =
-        "COM7 is used by another program, process " + std::to_string(getpid());
-    EXPECT_EQ(in_another_process([&] {
-                  simulator::reset_for_test();
-                  return COM_KOV_CTRL_Open(7) != 0 && COM_KOV_CTRL_GetErrorMessage() == expected
-                             ? 42
-                             : 1;
-              }),
-              42);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 42;
 }
 
 TEST_F(ProcessesTest, LockAndStateOutliveAKilledProgramAsTheyShould)
 {
-    EXPECT_EQ(in_another_process([] {
-                  const bool changed = COM_KOV_CTRL_Open(7) == 0 && COM_KOV_CTRL_SetEnable(1) == 0;
-                  return changed ? 42 : 1; // leaves without closing
-              }),
-              42);
+    const auto enables = [] { return COM_KOV_CTRL_Open(7) == 0 && COM_KOV_CTRL_SetEnable(1) == 0; };
+    EXPECT_TRUE(is_true_in_another_process(enables)); // which leaves without closing
     ASSERT_EQ(COM_KOV_CTRL_Open(7), 0) << COM_KOV_CTRL_GetErrorMessage();
     std::uint8_t enabled = 0;
     ASSERT_EQ(COM_KOV_CTRL_GetEnable(&enabled), 0);
     EXPECT_EQ(enabled, 1);
+    const auto is_refused_and_told_the_holder = [holder = getpid()] {
+        simulator::reset_for_test();
+        return COM_KOV_CTRL_Open(7) != 0 &&
+               COM_KOV_CTRL_GetErrorMessage() ==
+                   "COM7 is used by another program, process " + std::to_string(holder);
+    };
+    EXPECT_TRUE(is_true_in_another_process(is_refused_and_told_the_holder));
 }
 
 } // namespace

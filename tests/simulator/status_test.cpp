@@ -108,33 +108,4 @@ TEST_F(StatusTest, InterlockWordLatchesUntilItIsRead)
     EXPECT_EQ(std::tuple(front, rear, fan), std::tuple(1, 0, 1));
 }
 
-TEST_F(StatusTest, FanFollowsSwitchOverrideAndTemperature)
-{
-    struct FanCase {
-        const char* line;
-        std::uint32_t override;
-        std::uint8_t word;
-        std::uint16_t set, measured;
-    };
-    // 32 degrees: 1500 rpm and 100 rpm for each degree above 25.
-    const FanCase cases[] = {
-        {"fan.switch on", 0, 0x0F, 2200, 2200},      {"fan.switch off", 0, 0x05, 0, 0},
-        {"fan.switch off", 3, 0x0D, 2200, 2200},     {"fan.switch on", 1, 0x07, 0, 0},
-        {"fan.failed on", 0, 0x0E, 2200, 0},         {"psu.temperature 45", 0, 0x0F, 3500, 3500},
-        {"psu.temperature 90", 0, 0x0F, 4500, 4500},
-    };
-    for (const FanCase& row : cases) {
-        SetUp();
-        apply(row.line);
-        COM_KOV_CTRL_SetFanSwitchOverride(row.override);
-        EXPECT_EQ(got(COM_KOV_CTRL_GetFanState), row.word) << row.line;
-        std::uint8_t failed = 0;
-        std::uint16_t reserved = 0, set = 0, measured = 0;
-        float pwm = 0;
-        ASSERT_EQ(COM_KOV_CTRL_GetFanData(&failed, &reserved, &set, &measured, &pwm), 0);
-        EXPECT_EQ(std::pair(set, measured), std::pair(row.set, row.measured)) << row.line;
-        EXPECT_FLOAT_EQ(pwm, static_cast<float>(row.set) / 4500) << row.line;
-    }
-}
-
 } // namespace

@@ -1,5 +1,5 @@
 /// The computer that the simulator finds in a test: the clock of virtual_time, environment
-/// variables and files that exist only here. Another process may be said to hold a lock.
+/// variables and files that exist only here.
 #pragma once
 
 #include <cstdint>
@@ -12,13 +12,11 @@ namespace virtual_host
 struct Computer {
     /// No state file and no scenario unless a test names one.
     std::map<std::string, std::string> environment{{"KOV_SIMULATOR_STATE", "none"}};
-    std::map<std::string, std::string> files;          ///< those of the disk can be read, too
-    std::map<std::string, std::int64_t> foreign_locks; ///< by file, the process that holds it
+    std::map<std::string, std::string> files; ///< those of the disk can be read, too
     std::string own_lock;
     bool disk_full = false;
     unsigned durable_writes = 0;
     unsigned writes = 0;
-    std::int64_t wall_clock_step_us = 0; ///< by how much somebody set the clock
 };
 
 Computer& computer();

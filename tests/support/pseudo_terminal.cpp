@@ -9,6 +9,7 @@
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
+#include <tuple>
 #include <vector>
 
 #include <fcntl.h>
@@ -35,6 +36,20 @@ winsize window(TerminalSize size)
             .ws_col = static_cast<unsigned short>(size.columns),
             .ws_xpixel = 0,
             .ws_ypixel = 0};
+}
+
+std::array<int, 2> new_pipe()
+{
+    std::array<int, 2> ends = {};
+    (void)checked(pipe2(ends.data(), O_CLOEXEC), "pipe");
+    return ends;
+}
+
+void close_once(int& descriptor)
+{
+    if (descriptor >= 0)
+        close(descriptor);
+    descriptor = -1;
 }
 
 std::vector<char*> pointers_to(std::vector<std::string>& texts)
@@ -136,46 +151,43 @@ PseudoTerminal::PseudoTerminal(const Launch& launch) : screen{launch.size}
     terminal_ = checked(open(ptsname(master_), O_RDWR | O_NOCTTY | O_CLOEXEC), "open");
     const winsize size = window(launch.size);
     ioctl(terminal_, TIOCSWINSZ, &size);
-    tcgetattr(terminal_, &original_modes_);
+    original_modes_ = modes();
 
+    using Stream = Launch::Stream;
     const int null_device = checked(open("/dev/null", O_RDWR | O_CLOEXEC), "/dev/null");
     std::array<int, 2> in = {null_device, -1};
     std::array<int, 2> out = {-1, null_device};
-    if (launch.input == Launch::Stream::pipe) {
-        (void)checked(pipe2(in.data(), O_CLOEXEC), "pipe");
+    if (launch.input == Stream::pipe) {
+        in = new_pipe();
         if (write(in[1], launch.piped_in.data(), launch.piped_in.size()) < 0)
             throw std::runtime_error{"the input pipe takes nothing"};
     }
-    if (launch.output == Launch::Stream::pipe || launch.output == Launch::Stream::closed_pipe)
-        (void)checked(pipe2(out.data(), O_CLOEXEC), "pipe");
-    if (launch.output == Launch::Stream::closed_pipe) {
-        close(out[0]);
-        out[0] = -1;
-    }
-    const int input = launch.input == Launch::Stream::terminal ? terminal_ : in[0];
-    const int output = launch.output == Launch::Stream::terminal ? terminal_ : out[1];
+    if (launch.output == Stream::pipe || launch.output == Stream::closed_pipe)
+        out = new_pipe();
+    if (launch.output == Stream::closed_pipe)
+        close_once(out[0]);
+    const int input = launch.input == Stream::terminal ? terminal_ : in[0];
+    const int output = launch.output == Stream::terminal ? terminal_ : out[1];
 
     std::vector<std::string> arguments = arguments_of(launch);
     std::vector<std::string> environment = environment_of(launch);
     const std::vector<char*> argument_pointers = pointers_to(arguments);
     const std::vector<char*> environment_pointers = pointers_to(environment);
-    std::array<int, 2> status = {};
-    (void)checked(pipe2(status.data(), O_CLOEXEC), "pipe");
+    const std::array<int, 2> status = new_pipe();
     shell_ = checked(fork(), "fork");
     if (shell_ == 0)
         become_shell(argument_pointers.data(), environment_pointers.data(), launch.folder.c_str(),
                      {input, output, terminal_, status[1]});
     close(status[1]);
     status_pipe_ = status[0];
+    output_pipe_ = out[0];
     if (read(status_pipe_, &program_, sizeof program_) != sizeof program_)
         throw std::runtime_error{"the program cannot be run"};
-    if (launch.input == Launch::Stream::pipe) {
-        close(in[0]);
-        close(in[1]);
-    }
     if (out[1] != null_device)
         close(out[1]);
-    output_pipe_ = out[0];
+    if (in[0] != null_device)
+        close(in[0]);
+    close_once(in[1]);
     close(null_device);
 }
 
@@ -281,32 +293,32 @@ void PseudoTerminal::send_signal(int number) const
 
 void PseudoTerminal::close_terminal()
 {
-    for (int* descriptor : {&terminal_, &master_}) {
-        if (*descriptor >= 0)
-            close(*descriptor);
-        *descriptor = -1;
-    }
+    close_once(terminal_);
+    close_once(master_);
 }
 
 void PseudoTerminal::close_output_pipe()
 {
-    if (output_pipe_ >= 0)
-        close(output_pipe_);
-    output_pipe_ = -1;
+    close_once(output_pipe_);
+}
+
+termios PseudoTerminal::modes() const
+{
+    termios modes = {};
+    tcgetattr(terminal_, &modes);
+    return modes;
 }
 
 bool PseudoTerminal::modes_are_original() const
 {
-    termios modes = {};
-    tcgetattr(terminal_, &modes);
-    return modes.c_iflag == original_modes_.c_iflag && modes.c_oflag == original_modes_.c_oflag &&
-           modes.c_cflag == original_modes_.c_cflag && modes.c_lflag == original_modes_.c_lflag &&
-           std::memcmp(modes.c_cc, original_modes_.c_cc, sizeof modes.c_cc) == 0;
+    const termios now = modes();
+    const termios& then = original_modes_;
+    return std::tie(now.c_iflag, now.c_oflag, now.c_cflag, now.c_lflag) ==
+               std::tie(then.c_iflag, then.c_oflag, then.c_cflag, then.c_lflag) &&
+           std::memcmp(now.c_cc, then.c_cc, sizeof now.c_cc) == 0;
 }
 
 bool PseudoTerminal::modes_are_raw() const
 {
-    termios modes = {};
-    tcgetattr(terminal_, &modes);
-    return (modes.c_lflag & (ICANON | ECHO)) == 0;
+    return (modes().c_lflag & (ICANON | ECHO)) == 0;
 }

@@ -77,6 +77,7 @@ public:
 
 private:
     void take_news();
+    [[nodiscard]] termios modes() const;
 
     pid_t shell_ = -1; ///< the program's parent, which has nothing else to do
     pid_t program_ = -1;

@@ -22,6 +22,11 @@
 
 #include "tests/support/virtual_platform.h"
 
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
 /// A line of the simulator's scenario language.
 struct ScenarioLine {
     ScenarioLine(const char* line) : text{line} {}
