@@ -34,8 +34,10 @@ TEST(DeviceState, SetBitsAreFaultsAndNothingRepeats)
                             HasSubstr(labels[field] + (field == bit ? "{M}fail{.}" : "{G}OK{.}")));
         }
     }
-    EXPECT_THAT(display_of("-SD", {"reply GetDeviceState.state 1Fh"}),
-                StartsWith("Device state: {W}1Fh{.}={W}0001 1111b{.}\nInterlock: {M}fail{.}    "));
+    EXPECT_EQ(display_of("-SD", {"reply GetDeviceState.state 1Fh"}),
+              "Device state: {W}1Fh{.}={W}0001 1111b{.}\n"
+              "Interlock: {M}fail{.} Supply voltages: {M}fail{.}   Temperature: {M}fail{.}       "
+              "Fan: {M}fail{.}       Module configuration: {M}fail{.}\n");
 }
 
 TEST(StateBytes, EveryFieldFromItsBit)

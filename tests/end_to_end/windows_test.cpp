@@ -138,26 +138,4 @@ TEST(Windows, ControlCEndsInOrder)
     EXPECT_TRUE(terminal.screen.cursor_visible());
 }
 
-TEST(Windows, AnInstrumentIsKeptAndUsedByOneProgram)
-{
-    WindowsRun first{"3 -UY -PK -T"};
-    const std::string state = "Z:" + first.folder + "/state/a.state";
-    first.environment["KOV_SIMULATOR_STATE"] = state;
-    PseudoTerminal terminal{first};
-    ASSERT_TRUE(terminal.shows("24.000V"));
-    WindowsRun second{"3 -u -T"};
-    second.environment["KOV_SIMULATOR_STATE"] = state;
-    second.output = Launch::Stream::pipe;
-    {
-        PseudoTerminal refused{second};
-        EXPECT_EQ(refused.exit_status(), 0);
-        EXPECT_THAT(refused.piped_out(), HasSubstr("COM3 is used by another program, process "));
-    }
-    terminal.type("\033");
-    EXPECT_EQ(terminal.exit_status(), 0);
-    PseudoTerminal accepted{second};
-    EXPECT_EQ(accepted.exit_status(), 0);
-    EXPECT_THAT(accepted.piped_out(), HasSubstr("Device is enabled\n"));
-}
-
 } // namespace

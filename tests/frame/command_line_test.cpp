@@ -85,30 +85,6 @@ TEST(CommandLine, GoodOnesInEveryNotation)
     }
 }
 
-TEST(CommandLine, WithoutASessionSomeSwitchesAreWrong)
-{
-    const struct {
-        const char* arguments;
-        int position; ///< 0 = the line is good
-    } cases[] = {
-        {"3 -$ -p", 2},  {"3 -@5", 2},   {"3 -&1 5", 3},        {"3 -R f", 3},   {"3 -r f", 3},
-        {"3 -Y f", 3},   {"3 -y f", 3},  {"3 -SE 1", 3},        {"3 -SG 1", 3},  {"3 -SS 1", 3},
-        {"3 -MA1 y", 3}, {"3 -BA n", 3}, {"3 -VV1 5", 3},       {"3 -XN1 a", 3}, {"3 -se", 0},
-        {"3 -ma1", 0},   {"3 -ba", 0},   {"3 -vv1", 0},         {"3 -xn1", 0},   {"3 -XS f", 0},
-        {"3 -xl f", 0},  {"3 -HS f", 0}, {"3 -p -Nonsense", 0}, {"3", 0},        {"3 -n", 0},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.arguments);
-        Trial trial{"fail Open always"};
-        trial.run(c.arguments);
-        EXPECT_EQ(trial.exit_status, c.position == 0 ? 0 : -1);
-        EXPECT_EQ(testing::Value(trial.screen(), HasSubstr("Error parsing")), c.position != 0);
-        if (c.position != 0) {
-            EXPECT_THAT(trial.screen(), HasSubstr("{W}#" + std::to_string(c.position) + "{.}: "));
-        }
-    }
-}
-
 TEST(CommandLine, HelpComesAtTheEnd)
 {
     Trial trial;

@@ -1,53 +1,11 @@
 #include "frame/numbers.h"
 
-#include <limits>
 #include <optional>
 
 #include <gtest/gtest.h>
 
 namespace
 {
-
-constexpr auto largest = std::numeric_limits<std::uint32_t>::max();
-
-TEST(Numbers, IntegersInThreeNotations)
-{
-    constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
-    constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
-    const struct {
-        const char* text;
-        std::uint32_t as_unsigned;
-        std::int32_t as_signed;
-    } numbers[] = {
-        {"0", 0, 0},
-        {"31", 31, 31},
-        {"1Fh", 31, 31},
-        {"0x1fh", 31, 31},
-        {"0Bh", 11, 11},
-        {"101b", 5, 5},
-        {"bh", 11, 11},
-        {"+2", 2, 2},
-        {" 2", 2, 2},
-        {"-5", 0U - 5, -5},
-        // Never cut down to something that happens to be a slot's number.
-        {"4294967297", largest, highest},
-        {"99999999999999999999999", largest, highest},
-        {"-2147483649", 2147483647U, lowest},
-    };
-    for (const auto& expected : numbers) {
-        SCOPED_TRACE(expected.text);
-        std::uint32_t unsigned_value = 0;
-        std::int32_t signed_value = 0;
-        EXPECT_EQ(read_unsigned(expected.text, unsigned_value), NumberResult::read);
-        EXPECT_EQ(unsigned_value, expected.as_unsigned);
-        EXPECT_EQ(read_signed(expected.text, signed_value), NumberResult::read);
-        EXPECT_EQ(signed_value, expected.as_signed);
-    }
-    std::uint32_t none = 0;
-    EXPECT_EQ(read_unsigned("", none), NumberResult::empty);
-    for (const char* text : {"h", "-", "0xh", "0b1b", "12b", "12x", "1FH", "0x10", "2 "})
-        EXPECT_EQ(read_unsigned(text, none), NumberResult::no_number) << text;
-}
 
 TEST(Numbers, RealsIgnoreWhatFollowsThem)
 {

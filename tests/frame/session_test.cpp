@@ -1,5 +1,3 @@
-#include <csignal>
-
 #include "frame/console.h"
 #include "frame/device_call.h"
 #include "frame/error_report.h"
@@ -156,20 +154,6 @@ TEST(ErrorReport, OnTheScreenScrollsInItsOwnArea)
         EXPECT_EQ(trial.calls_of("Purge()"), longer ? 1 : 0) << "only after more than a second";
     }
     EXPECT_THAT(trial.screen(), HasSubstr(", Error at COM_KOV_CTRL_Purge: "));
-}
-
-TEST(Interrupt, EndsInOrder)
-{
-    Trial display{"latency 10"};
-    virtual_platform.signals = {{205, SIGTERM}};
-    display.run("3 -PL -pn");
-    EXPECT_EQ(display.exit_status, 128 + SIGTERM);
-    EXPECT_THAT(display.display(), EndsWith("Color: {B}LED{.}\n"));
-    Trial question{"reply GetDevType.type 1234h"}; // is unanswered then
-    virtual_platform.signals = {{500, SIGINT}};
-    question.run("3 -pn");
-    EXPECT_THAT(question.display(), EndsWith("{Y}interrupted{.}\n"));
-    EXPECT_EQ(question.exit_status, 130);
 }
 
 TEST(DeviceCall, ClearsItsResultsBeforeEachTry)

@@ -5,18 +5,6 @@
 namespace
 {
 
-TEST(HardwareTypes, NumbersEndWhereTheirFieldsEnd)
-{
-    EXPECT_EQ(heat_controller_hardware::supply_voltage(0x0000'0FFF), 4095 / 16.0);
-    EXPECT_EQ(heat_controller_hardware::supply_voltage(0xFFFF'F000), 0.0);
-    EXPECT_EQ(heat_controller_hardware::maximum_current(0x00FF'F000), 4095 / 16.0);
-    EXPECT_EQ(heat_controller_hardware::maximum_current(0xFF00'0FFF), 0.0);
-    EXPECT_EQ(hv_supply_hardware::lowest_current_exponent(0x003C'0000), -14);
-    EXPECT_EQ(hv_supply_hardware::lowest_current_exponent(0xFFC3'FFFF), 1);
-    EXPECT_EQ(hv_supply_hardware::highest_current_exponent(0x03C0'0000), -14);
-    EXPECT_EQ(hv_supply_hardware::highest_current_exponent(0xFC3F'FFFF), 1);
-}
-
 TEST(HardwareTypes, Names)
 {
     EXPECT_EQ(base_unit_hardware::type_name(0x0140'C818), "KOVCT-200W-4");

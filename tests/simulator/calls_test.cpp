@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 namespace
 {
@@ -67,28 +66,6 @@ TEST_F(CallTest, LastErrorStaysUntilTheNextFailure)
     EXPECT_NE(COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(0, 1), 0);
     EXPECT_STREQ(COM_KOV_CTRL_GetErrorMessage(), "the module with the address 0 is no HV-supply");
     EXPECT_STREQ(COM_KOV_CTRL_GetIOStateMessage(99), "unknown I/O state 99");
-}
-
-TEST_F(CallTest, RepliesReachElementsAddressesAndRealNumbers)
-{
-    apply("reply GetModulePresence.flags[2] 7");
-    apply("reply GetModuleCPUdata.load@128 nan");
-    apply("reply GetHousekeeping.voltage24 1e300");
-    apply("reply GetHousekeeping.voltage5 -inf");
-    apply("reply GetProductNo.number -5");
-    std::uint8_t valid = 0;
-    std::uint32_t slots = 0;
-    std::array<std::uint8_t, 8> flags{};
-    ASSERT_EQ(COM_KOV_CTRL_GetModulePresence(&valid, &slots, flags.data()), 0);
-    EXPECT_EQ(flags, (std::array<std::uint8_t, 8>{1, 1, 7, 1, 1, 0, 0, 0}));
-    EXPECT_TRUE(std::isnan(got(COM_KOV_CTRL_GetModuleCPUdata, 128)));
-    EXPECT_EQ(got(COM_KOV_CTRL_GetModuleCPUdata, 1), 10.0);
-    double v24 = 0, v5 = 0, v33 = 0, cpu = 0, psu = 0;
-    ASSERT_EQ(COM_KOV_CTRL_GetHousekeeping(&v24, &v5, &v33, &cpu, &psu), 0);
-    EXPECT_EQ(v24, 1e300);
-    EXPECT_EQ(v5, -INFINITY);
-    EXPECT_EQ(v33, 3.3);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetProductNo), -5);
 }
 
 TEST_F(CallTest, TextsNeverLeaveTheirBuffer)

@@ -62,21 +62,6 @@ T got(std::int32_t (*getter)(std::uint32_t, T*), std::uint32_t address)
     return value;
 }
 
-/// A time and its total in whole seconds, as the four results of a getter give them.
-struct Times {
-    std::uint32_t seconds = 0, total = 0;
-    bool operator==(const Times&) const = default;
-};
-
-template <typename Getter, typename... Address>
-Times times(Getter getter, Address... address)
-{
-    Times times;
-    std::uint16_t ms = 0, total_ms = 0;
-    EXPECT_EQ(getter(address..., &times.seconds, &ms, &times.total, &total_ms), 0);
-    return times;
-}
-
 /// The last measurement of the heater.
 struct Monitoring {
     bool ready = false;

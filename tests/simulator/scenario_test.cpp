@@ -86,18 +86,6 @@ TEST_F(ScenarioTest, FileActsBeforeThePortIsOpened)
     EXPECT_EQ(virtual_time::now_us(), 3'000);
 }
 
-TEST_F(ScenarioTest, LinesWaitForTheirTime)
-{
-    apply("after 2000 interlock.front open");
-    apply("after 4000 interlock.front closed");
-    wait_seconds(1.9);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 1);
-    wait_seconds(0.2);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 0x15);
-    wait_seconds(2);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 1);
-}
-
 TEST_F(ScenarioTest, ShippedScenariosShowWhatTheySay)
 {
     const auto failures = [] {

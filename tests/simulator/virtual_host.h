@@ -15,8 +15,6 @@ struct Computer {
     std::map<std::string, std::string> files; ///< those of the disk can be read, too
     std::string own_lock;
     bool disk_full = false;
-    unsigned durable_writes = 0;
-    unsigned writes = 0;
 };
 
 Computer& computer();

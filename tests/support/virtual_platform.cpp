@@ -15,10 +15,6 @@ namespace
 {
 
 int raised_signal = 0;
-std::size_t next_signal = 0;
-std::size_t next_window_event = 0;
-std::size_t next_typed = 0;
-std::size_t taken_of_typed = 0; ///< bytes of the next typed keys that were read already
 std::int64_t last_tick_ms = -1;
 int ticks_without_progress = 0;
 
@@ -35,32 +31,18 @@ void end_hanging_program(const char* what)
     raised_signal = SIGKILL;
 }
 
-void raise_due_signals()
+/// When the first of the events happens.
+template <class Events>
+std::int64_t next_ms(const Events& events)
 {
-    const auto& signals = virtual_platform.signals;
-    while (next_signal < signals.size() && signals[next_signal].at_ms <= now_ms())
-        raised_signal = signals[next_signal++].number;
+    return events.empty() ? never : events.front().at_ms;
 }
 
-std::int64_t next_event_ms()
+/// Whether the next event has happened.
+template <class Events>
+bool is_due(const Events& events)
 {
-    const VirtualPlatform& world = virtual_platform;
-    std::int64_t next = never;
-    if (next_typed < world.typed.size())
-        next = std::min(next, world.typed[next_typed].at_ms);
-    if (next_signal < world.signals.size())
-        next = std::min(next, world.signals[next_signal].at_ms);
-    if (next_window_event < world.window_events.size())
-        next = std::min(next, world.window_events[next_window_event].at_ms);
-    return next;
-}
-
-bool interrupts(std::int64_t at_ms)
-{
-    const VirtualPlatform& world = virtual_platform;
-    return (next_signal < world.signals.size() && world.signals[next_signal].at_ms <= at_ms) ||
-           (next_window_event < world.window_events.size() &&
-            world.window_events[next_window_event].at_ms <= at_ms);
+    return next_ms(events) <= now_ms();
 }
 
 } // namespace
@@ -69,7 +51,6 @@ void reset_virtual_platform()
 {
     virtual_platform = {};
     raised_signal = 0;
-    next_signal = next_window_event = next_typed = taken_of_typed = 0;
     last_tick_ms = -1;
     ticks_without_progress = 0;
     virtual_time::reset();
@@ -126,10 +107,8 @@ void sleep_ms(std::int64_t milliseconds)
 {
     const std::int64_t end = now_ms() + milliseconds;
     while (now_ms() < end && stop_signal() == 0) {
-        const std::int64_t signal = next_signal < virtual_platform.signals.size()
-                                        ? virtual_platform.signals[next_signal].at_ms
-                                        : never;
-        virtual_time::advance_us((std::min(signal, end) - now_ms()) * 1000);
+        const std::int64_t next = std::min(next_ms(virtual_platform.signals), end);
+        virtual_time::advance_us((next - now_ms()) * 1000);
     }
 }
 
@@ -146,10 +125,9 @@ WindowSize window_size()
 WindowChange take_window_change()
 {
     WindowChange change = WindowChange::none;
-    auto& events = virtual_platform.window_events;
-    while (next_window_event < events.size() && events[next_window_event].at_ms <= now_ms()) {
-        virtual_platform.size = events[next_window_event].size;
-        change = events[next_window_event++].change;
+    for (auto& events = virtual_platform.window_events; is_due(events); events.pop_front()) {
+        virtual_platform.size = events.front().size;
+        change = events.front().change;
     }
     return change;
 }
@@ -196,46 +174,39 @@ InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& cou
     const std::int64_t deadline = timeout_ms < 0 ? never : now_ms() + timeout_ms;
     count = 0;
     for (;;) {
-        const auto& typed = virtual_platform.typed;
+        VirtualPlatform& world = virtual_platform;
         if (stop_signal() != 0)
             return InputResult::nothing;
-        if (next_typed == typed.size() && !virtual_platform.input_is_terminal)
+        if (world.typed.empty() && !world.input_is_terminal)
             return InputResult::ended;
-        while (count < size && next_typed < typed.size() && typed[next_typed].at_ms <= now_ms()) {
-            const std::string& bytes = typed[next_typed].bytes;
+        while (count < size && is_due(world.typed)) {
+            std::string& bytes = world.typed.front().bytes;
             const std::size_t taken =
-                bytes.copy(reinterpret_cast<char*>(buffer) + count, size - count, taken_of_typed);
+                bytes.copy(reinterpret_cast<char*>(buffer) + count, size - count);
             count += taken;
-            taken_of_typed += taken;
-            if (taken_of_typed == bytes.size()) {
-                ++next_typed;
-                taken_of_typed = 0;
-            }
+            bytes.erase(0, taken);
+            if (bytes.empty())
+                world.typed.pop_front();
         }
         if (count > 0)
             return InputResult::bytes;
-        const std::int64_t next = next_event_ms();
-        if (next == never && deadline == never) {
+        const std::int64_t interrupt =
+            std::min(next_ms(world.signals), next_ms(world.window_events));
+        const std::int64_t next = std::min({interrupt, next_ms(world.typed), deadline});
+        if (next == never) {
             end_hanging_program("it waits for a key that nobody will press");
             return InputResult::nothing;
         }
-        const bool interrupted = interrupts(std::min(next, deadline));
-        virtual_time::advance_us(std::max<std::int64_t>(std::min(next, deadline) - now_ms(), 0) *
-                                 1000);
-        if (interrupted || now_ms() >= deadline)
+        virtual_time::advance_us(std::max<std::int64_t>(next - now_ms(), 0) * 1000);
+        if (interrupt <= next || now_ms() >= deadline)
             return InputResult::nothing;
     }
 }
 
 void drop_input()
 {
-    const auto& typed = virtual_platform.typed;
-    while (next_typed < typed.size() && typed[next_typed].at_ms <= now_ms()) {
-        virtual_platform.dropped_bytes +=
-            static_cast<int>(typed[next_typed].bytes.size() - taken_of_typed);
-        ++next_typed;
-        taken_of_typed = 0;
-    }
+    for (auto& typed = virtual_platform.typed; is_due(typed); typed.pop_front())
+        virtual_platform.dropped_bytes += static_cast<int>(typed.front().bytes.size());
 }
 
 void begin_writing_file() {}
@@ -255,7 +226,8 @@ bool store_file(std::FILE*)
 
 int stop_signal()
 {
-    raise_due_signals();
+    for (auto& signals = virtual_platform.signals; is_due(signals); signals.pop_front())
+        raised_signal = signals.front().number;
     return raised_signal;
 }
 

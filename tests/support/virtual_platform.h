@@ -5,9 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <string>
-#include <vector>
 
 #include "frame/platform.h"
 
@@ -31,9 +31,9 @@ struct VirtualPlatform {
     bool output_is_terminal = true;
     bool input_is_terminal = true; ///< a pipe ends after the last typed keys
     platform::WindowSize size{.columns = 160, .rows = 150};
-    std::vector<TypedKeys> typed; ///< in the order of their times
-    std::vector<RaisedSignal> signals;
-    std::vector<WindowEvent> window_events;
+    std::deque<TypedKeys> typed; ///< in the order of their times; what is over is taken out
+    std::deque<RaisedSignal> signals;
+    std::deque<WindowEvent> window_events;
     std::map<std::string, std::string> environment;
     bool output_is_closed = false;
     std::size_t output_room = std::string::npos; ///< bytes that it takes without a wait
