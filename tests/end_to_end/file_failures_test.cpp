@@ -89,12 +89,8 @@ private:
     static constexpr const char* scenario = "latency 0\nstate.overall 11h\n";
 };
 
-class WritingFails : public FileFailures
-{
-};
-class ReadingFails : public FileFailures
-{
-};
+using WritingFails = FileFailures;
+using ReadingFails = FileFailures;
 
 TEST_P(WritingFails, OnAFullDiskAndWhereNoFileCanBe)
 {

@@ -123,19 +123,6 @@ TEST(Console, ALongDisplayInAPipeDoesNotPileUp)
     EXPECT_THAT(trial.output(), EndsWith("line 999\n"));
 }
 
-TEST(Console, OutOfReachIsOutOfReach)
-{
-    const ConsoleTrial trial{{.columns = 20, .rows = 3}};
-    console.print_at({-1, 1}, Color::value, "above everything");
-    console.move_to({1, 1});
-    console.print("1\n2\n3\n4");
-    console.print_at({1, 1}, Color::value, "gone");
-    console.print_at({2, 1}, Color::value, "two");
-    console.flush();
-    EXPECT_EQ(trial.screen(), "1\n{W}two{.}\n3\n4\n");
-    EXPECT_THAT(trial.output(), EndsWith("\033[2A\r\033[1mtwo"));
-}
-
 TEST(Console, ProgressLinesOfAnyLengthAreToldInDebugModeOnly)
 {
     const ConsoleTrial trial;

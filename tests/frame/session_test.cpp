@@ -62,6 +62,8 @@ TEST(Session, RefusesWrongPortsAndOldLibraries)
         {"65535 -p", "0100h", "{M}Wrong COM number specified: -1" + allowed},
         {"3 -p", "99", "{M}Wrong DLL Version{.}, expected {W}1-00{.} or later, found {W}0-99{.}\n"},
         {"255 -q -pn -T", "0100h", "Product number: {W}240101{.}\n", 1},
+        {"255h -q -pn -T", "0100h", "Product number: {W}240101{.}\n", 1},
+        {"65791 -q -pn -T", "0100h", "Product number: {W}240101{.}\n", 1}, // the low 16 bits
     };
     for (const auto& c : cases) {
         Trial trial{std::string{"reply GetSWVersion.version "} + c.version};

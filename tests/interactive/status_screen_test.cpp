@@ -254,12 +254,4 @@ TEST(StatusScreen, EchoesKeysForAQuarterOfASecond)
     EXPECT_THAT(row_3_at(1'700, "@"), Not(HasSubstr("@")));
 }
 
-TEST(StatusScreen, RunsTwiceWhenAskedFor)
-{
-    ScreenTrial trial(1'000);
-    trial.type(3'000, "\033");
-    EXPECT_THAT(trial.shown("3 -N"), EndsWith("Program completed\n"));
-    EXPECT_EQ(trial.calls_of("GetModulePresence()"), 2);
-}
-
 } // namespace

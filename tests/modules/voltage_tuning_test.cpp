@@ -1,5 +1,3 @@
-#include <filesystem>
-
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
 
@@ -147,14 +145,6 @@ TEST_F(VoltageTuning, TellsWhereItSaves)
                 HasSubstr("\n {W}s{.} to stop saving data to file '{W}HV-supply 1 "
                           "2026-03-14 09.26.53.txt{.}:\n"));
     EXPECT_THAT(contents("HV-supply 1 2026-03-14 09.26.53.txt"), Not(HasSubstr("stopped")));
-}
-
-TEST_F(VoltageTuning, EndsWhenTheFileCannotBeOpened)
-{
-    std::filesystem::create_directory("HV-supply 1 2026-03-14 09.26.53.txt");
-    trial_.type(100, "S");
-    trial_.run("3 -VT1 -T");
-    EXPECT_THAT(trial_.display(), EndsWith("\n{M}Error opening data file{.}\n"));
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "tests/support/temporary_file.h"
 
 #include <algorithm>
-#include <array>
 
 namespace
 {
@@ -59,27 +58,7 @@ TEST_F(CallTest, LastErrorStaysUntilTheNextFailure)
         EXPECT_STREQ(COM_KOV_CTRL_GetCommErrorMessage(got(COM_KOV_CTRL_GetCommError)),
                      "receive time-out");
     }
-    apply("fail GetIOState at 1");
-    std::uint32_t io_state = 0;
-    EXPECT_NE(COM_KOV_CTRL_GetIOState(&io_state), 0);
-    EXPECT_STREQ(COM_KOV_CTRL_GetErrorMessage(), "broken\tcable");
-    EXPECT_NE(COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(0, 1), 0);
-    EXPECT_STREQ(COM_KOV_CTRL_GetErrorMessage(), "the module with the address 0 is no HV-supply");
     EXPECT_STREQ(COM_KOV_CTRL_GetIOStateMessage(99), "unknown I/O state 99");
-}
-
-TEST_F(CallTest, TextsNeverLeaveTheirBuffer)
-{
-    std::array<char, 86> buffer;
-    buffer.fill('?');
-    apply("reply GetProductID.identification \"a\\x01\\n\\\"\" fill \"xyz\"");
-    ASSERT_EQ(COM_KOV_CTRL_GetProductID(buffer.data()), 0);
-    EXPECT_STREQ(buffer.data(), "a\x01\n\"");
-    ASSERT_EQ(COM_KOV_CTRL_GetProductID(buffer.data()), 0);
-    std::string full;
-    for (int i = 0; i < 28; ++i)
-        full += "xyz";
-    EXPECT_EQ(std::string(buffer.data(), 86), full + "??");
 }
 
 TEST_F(CallTest, TraceHasOneReadableLineACall)

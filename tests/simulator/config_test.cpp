@@ -74,31 +74,4 @@ TEST_F(ConfigTest, SetsAreSavedAndLoaded)
     EXPECT_NE(COM_KOV_CTRL_SaveCurrentConfig(1023), 0);
 }
 
-std::vector<std::uint8_t> memory_at(std::uint32_t start, std::uint32_t count)
-{
-    std::vector<std::uint8_t> bytes(count);
-    EXPECT_EQ(COM_KOV_CTRL_GetMemoryData(start, count, bytes.data()), 0);
-    return bytes;
-}
-
-TEST_F(ConfigTest, WrittenMemoryActsWhenItIsTakenOver)
-{
-    std::vector<std::uint8_t> settings = memory_at(0, 256);
-    settings[1] = 1; // enable
-    ASSERT_EQ(COM_KOV_CTRL_SetMemoryData(0, 256, settings.data()), 0);
-    EXPECT_EQ(memory_at(0, 256), settings);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 0);
-    COM_KOV_CTRL_SaveCurrentConfig(9); // a setting made in between is kept
-    ASSERT_EQ(COM_KOV_CTRL_UpdateMemoryData(), 0);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
-    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 0);
-    std::uint8_t active = 0, valid = 0;
-    COM_KOV_CTRL_GetConfigFlags(9, &active, &valid);
-    EXPECT_EQ(valid, 1);
-    settings[1] = 0;
-    ASSERT_EQ(COM_KOV_CTRL_SetMemoryData(0, 256, settings.data()), 0);
-    ASSERT_EQ(COM_KOV_CTRL_Restart(), 0); // forgets what was not taken over
-    EXPECT_EQ(memory_at(1, 1)[0], 1);
-}
-
 } // namespace

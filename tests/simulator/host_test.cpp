@@ -1,36 +1,16 @@
-/// The simulator on the computer itself: its files and its clock.
+/// The simulator's files on the computer itself.
 #include "simulator/host.h"
-#include "simulator/simulator.h"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <random>
-#include <string>
+#include "tests/support/temporary_file.h"
 
 namespace
 {
 
 namespace host = simulator::host;
 
-class HostTest : public testing::Test
+TEST(Host, FilesAreReplacedAsAWholeAndDamagedOnesGetNamesOfTheirOwn)
 {
-protected:
-    void SetUp() override { simulator::reset_for_test(); }
-
-    void TearDown() override
-    {
-        simulator::reset_for_test();
-        std::filesystem::remove_all(top);
-    }
-
-    const std::string top =
-        testing::TempDir() + "simulator_host_" + std::to_string(std::random_device{}());
-    const std::string folder = top + "/a/b";
-};
-
-TEST_F(HostTest, FilesAreReplacedAsAWholeAndDamagedOnesGetNamesOfTheirOwn)
-{
+    const TemporaryFolder top;
+    const std::string folder = "a/b";
     const std::string path = folder + "/x.state";
     std::string problem;
     std::string bytes;

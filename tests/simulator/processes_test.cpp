@@ -1,38 +1,15 @@
 /// The simulator on the computer itself, in more than one process: its state file and its lock.
 #include "devlib/COM-KOV-CTRL.h"
 #include "simulator/simulator.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/temporary_file.h"
 
 #include <cstdlib>
-#include <filesystem>
 #include <functional>
-#include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace
 {
-
-class ProcessesTest : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        folder = testing::TempDir() + "simulator_host_" + std::to_string(getpid()) + "/a/b";
-        setenv("XDG_STATE_HOME", folder.c_str(), 1);
-        unsetenv("KOV_SIMULATOR_STATE");
-        simulator::reset_for_test();
-    }
-
-    void TearDown() override
-    {
-        simulator::reset_for_test();
-        std::filesystem::remove_all(std::filesystem::path(folder).parent_path().parent_path());
-    }
-
-    std::string folder;
-};
 
 bool is_true_in_another_process(const std::function<bool()>& condition)
 {
@@ -44,8 +21,12 @@ bool is_true_in_another_process(const std::function<bool()>& condition)
     return WIFEXITED(status) && WEXITSTATUS(status) == 42;
 }
 
-TEST_F(ProcessesTest, LockAndStateOutliveAKilledProgramAsTheyShould)
+TEST(Processes, LockAndStateOutliveAKilledProgramAsTheyShould)
 {
+    const TemporaryFolder folder;
+    setenv("XDG_STATE_HOME", (std::filesystem::current_path() / "a/b").c_str(), 1);
+    unsetenv("KOV_SIMULATOR_STATE");
+    simulator::reset_for_test();
     const auto enables = [] { return COM_KOV_CTRL_Open(7) == 0 && COM_KOV_CTRL_SetEnable(1) == 0; };
     EXPECT_TRUE(is_true_in_another_process(enables)); // which leaves without closing
     ASSERT_EQ(COM_KOV_CTRL_Open(7), 0) << COM_KOV_CTRL_GetErrorMessage();
@@ -59,6 +40,7 @@ TEST_F(ProcessesTest, LockAndStateOutliveAKilledProgramAsTheyShould)
                    "COM7 is used by another program, process " + std::to_string(holder);
     };
     EXPECT_TRUE(is_true_in_another_process(is_refused_and_told_the_holder));
+    simulator::reset_for_test();
 }
 
 } // namespace

@@ -75,17 +75,6 @@ TEST_F(ScenarioTest, WrongLineOfAFileIsToldWhenThePortIsOpened)
     EXPECT_STREQ(COM_KOV_CTRL_GetErrorMessage(), "there is no scenario file '/not/there.txt'");
 }
 
-TEST_F(ScenarioTest, FileActsBeforeThePortIsOpened)
-{
-    start_with_lines("library_version 0063h\r\nfail Open at 1 text \"cable\"\nlatency 3");
-    EXPECT_EQ(COM_KOV_CTRL_GetSWVersion(), 0x63);
-    EXPECT_NE(COM_KOV_CTRL_Open(port), 0);
-    EXPECT_STREQ(COM_KOV_CTRL_GetErrorMessage(), "cable");
-    EXPECT_EQ(COM_KOV_CTRL_Open(port), 0);
-    got(COM_KOV_CTRL_GetState);
-    EXPECT_EQ(virtual_time::now_us(), 3'000);
-}
-
 TEST_F(ScenarioTest, ShippedScenariosShowWhatTheySay)
 {
     const auto failures = [] {

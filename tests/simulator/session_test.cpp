@@ -131,20 +131,4 @@ TEST_F(SessionTest, RestartKeepsTheSettingsAndOperationTimeRunsWhileTheDeviceIsO
     EXPECT_EQ(times(COM_KOV_CTRL_GetOptimeInt), (Times{7, 107}));
 }
 
-TEST_F(SessionTest, TransfersGrowWithTheLengthAndShrinkWithTheNearestRate)
-{
-    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
-    const auto took_us = [](std::size_t length, std::uint32_t baud) {
-        EXPECT_EQ(COM_KOV_CTRL_SetBaudRate(&baud), 0);
-        const std::int64_t start_us = virtual_time::now_us();
-        EXPECT_EQ(COM_KOV_CTRL_Test(std::string(length, 'x').c_str()), 0);
-        return virtual_time::now_us() - start_us;
-    };
-    EXPECT_EQ(took_us(62, 9600), 0); // no answer time, no transfer time
-    apply("latency 1");
-    EXPECT_EQ(took_us(0, 9600), 1'000 + 2 * 2'083);
-    EXPECT_EQ(took_us(62, 9600), 1'000 + 2 * 66'666);
-    EXPECT_EQ(took_us(62, 250'000), 1'000 + 2 * 2'777);
-}
-
 } // namespace

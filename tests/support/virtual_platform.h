@@ -42,10 +42,7 @@ struct VirtualPlatform {
     bool run_is_protected = false;
     std::string output;
     std::size_t writes = 0;
-    int raw_input_starts = 0;
-    int restores = 0;
-    int dropped_bytes = 0; ///< typed ahead and flushed away
-    int stores = 0;        ///< times that a file had to reach the disk
+    int stores = 0; ///< times that a file had to reach the disk
 };
 
 extern VirtualPlatform virtual_platform;
