@@ -18,9 +18,7 @@ endif()
 add_compile_definitions(SIGHUP=1 SIGQUIT=3 SIGKILL=9 SIGPIPE=13)
 
 # These limit the length of files, or link to a device.
-set(not_here ConfigFiles.AFullDiskIsTold MemoryImage.Failures Recording.Failures
-  TestProtocol.AFullDiskFailsTheStepsButNotTheRestoring
-  VoltageTuning.EndsWhenTheFileCannotBeWritten)
+set(not_here MemoryImage.Failures TestProtocol.AFullDiskFailsTheStepsButNotTheRestoring)
 
 function(add_windows_tests)
   target_sources(unit_tests PRIVATE frame/console_keys_test.cpp frame/windows_arguments_test.cpp

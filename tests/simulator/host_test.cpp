@@ -10,7 +10,7 @@ namespace host = simulator::host;
 TEST(Host, FilesAreReplacedAsAWholeAndDamagedOnesGetNamesOfTheirOwn)
 {
     const TemporaryFolder top;
-    const std::string folder = "a/b";
+    const std::string folder = std::filesystem::current_path().string() + "/a/b";
     const std::string path = folder + "/x.state";
     std::string problem;
     std::string bytes;
