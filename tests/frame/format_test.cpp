@@ -7,7 +7,7 @@
 namespace
 {
 
-TEST(Format, ColoursByDeviation)
+TEST(Format, ColoursByDeviationAndRange)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const struct {
@@ -22,12 +22,14 @@ TEST(Format, ColoursByDeviation)
     };
     for (const auto& c : cases)
         EXPECT_EQ(deviation_color(c.value, c.nominal, c.tolerance), c.color) << c.value;
+    EXPECT_EQ(range_color(infinity, 10.0, 40.0), Color::value);
 }
 
 TEST(Format, Words)
 {
     EXPECT_STREQ(active_or_off(false).text, "off   ");
     EXPECT_EQ(active_or_off(false).color, Color::disabled);
+    EXPECT_EQ(ok_fail_or_disabled(true, false).color, Color::bad);
     EXPECT_STREQ(led_color_name(true, false, true), "Pink");
     EXPECT_STREQ(led_color_name(false, true, true), "Cyan");
     EXPECT_STREQ(module_type_name(0), "Heat Controller");

@@ -226,7 +226,7 @@ TEST(Keyboard, QuestionsTakeYesNoAndEscOnly)
     };
     for (const auto& c : cases) {
         KeyTrial trial;
-        trial.type(0, "yyyy"); // typed ahead: not meant for this question
+        trial.type(0, "yyyy\033"); // typed ahead: not meant for this question
         trial.type(10, c.keys);
         EXPECT_EQ(ask_yes_no(), c.answer) << c.keys;
         EXPECT_EQ(trial.screen(), c.screen);
