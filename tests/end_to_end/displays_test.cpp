@@ -1,4 +1,5 @@
-// The live displays as they stand on terminals of several sizes, and whose library they ask.
+// The live displays as they stand on terminals of several sizes, what is typed there, and whose
+// library they ask.
 #include <ostream>
 #include <string>
 
@@ -92,6 +93,36 @@ TEST(Resize, ShowsMoreOrLessOfTheSameLines)
     // The last key is echoed two rows above the display's header.
     EXPECT_EQ(transcript(terminal.screen), "COM3 opened for the communication stream01Bh\n" + type +
                                                '\n' + display(160) + completed);
+    expect_terminal_restored(terminal);
+}
+
+TEST(Keys, AreEchoedByTheHousekeepingDisplay)
+{
+    // So slow that each echo stands for a while.
+    const ControllerRun run{"3 -PE -PT -PK -T", "latency 150\n"};
+    PseudoTerminal terminal{run};
+    ASSERT_TRUE(terminal.shows("24.000V"));
+    struct {
+        const char* first;
+        const char* rest; ///< arrives later
+        const char* echo;
+    } constexpr cases[] = {
+        {"a", "", "'a'"},       {"\r", "", "00Dh"},        {"\033[A", "", "148h"},
+        {"\033[", "A", "148h"}, {"\033[1;", "5D", "173h"}, {"\xC3", "\xA4", "084h"},
+    };
+    for (const auto& [first, rest, echo] : cases) {
+        terminal.type(first);
+        ASSERT_TRUE(terminal.keys_are_taken());
+        terminal.type(rest);
+        const std::string echoed = "Device type: 8ED6h                      " + std::string{echo};
+        EXPECT_TRUE(terminal.wait_until([&] { return terminal.screen.row(2) == echoed; }))
+            << echoed << '\n'
+            << terminal.screen.screen();
+        EXPECT_EQ(terminal.screen.row(3), "Hardware type: 0000F100h");
+        ASSERT_TRUE(terminal.wait_until([&] { return terminal.screen.row(2).size() < 20; }));
+    }
+    terminal.type("\033");
+    EXPECT_EQ(terminal.exit_status(), 0);
     expect_terminal_restored(terminal);
 }
 

@@ -1,5 +1,6 @@
 // Output and input that are no terminal, and terminals that want plain text.
 #include <csignal>
+#include <cstdlib>
 #include <map>
 #include <string>
 
@@ -111,6 +112,26 @@ TEST(PlainOutput, EndsWhenNobodyReadsIt)
         EXPECT_FALSE(was_called(run, "GetProductID"));
         expect_terminal_restored(terminal);
     }
+}
+
+TEST(Locale, ChangesNoByte)
+{
+    ControllerRun run{"3 -pk -HT12.5 -ht -xs numbers -xl numbers -hm -T", "noise off\n"};
+    run.output = Stream::pipe;
+    const std::string make = "localedef -i de_DE -f UTF-8 " + run.folder + "/comma >/dev/null 2>&1";
+    if (std::system(make.c_str()) != 0)
+        GTEST_SKIP() << "no locale with a decimal comma can be made";
+    std::string outputs[2];
+    for (std::string& output : outputs) {
+        PseudoTerminal terminal{run};
+        EXPECT_EQ(terminal.exit_status(), 0);
+        output = terminal.piped_out() + contents(run.folder + "/numbers");
+        run.environment["LOCPATH"] = run.folder;
+        run.environment["LC_ALL"] = "comma";
+    }
+    EXPECT_THAT(outputs[0], HasSubstr("24V: 24.000V"));
+    EXPECT_THAT(outputs[0], HasSubstr("12.5"));
+    EXPECT_EQ(outputs[0], outputs[1]);
 }
 
 } // namespace

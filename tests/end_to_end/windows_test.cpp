@@ -2,7 +2,6 @@
 // the program of this system, and its displays in a console on a pseudo-terminal.
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -125,6 +124,35 @@ TEST(Windows, DisplayStandsAndTakesKeys)
     EXPECT_TRUE(terminal.screen.cursor_visible());
 }
 
+TEST(Windows, StatusScreenIsTheSame)
+{
+    ControllerRun here{"3", "noise off\n"};
+    here.size = {.columns = 132, .rows = 60};
+    const WindowsRun there{"3", "noise off\n"};
+    PseudoTerminal expected{here};
+    PseudoTerminal run{there};
+    const auto text_of = [](const PseudoTerminal& terminal) {
+        std::string text;
+        for (int row = 4; row <= 60; ++row) // behind the rates and the wheel
+            text += terminal.screen.row(row) + '\n';
+        std::replace(text.begin(), text.end(), '-', '+');
+        return without_numbers(text);
+    };
+    EXPECT_TRUE(run.wait_until([&] {
+        int looks = 0;
+        (void)expected.wait_until([&looks] { return ++looks > 3; });
+        return run.screen.row_of("front enabled:") != 0 && text_of(run) == text_of(expected);
+    })) << text_of(run)
+        << text_of(expected);
+    EXPECT_THAT(run.screen.row(1), HasSubstr("K O V   C O N T R O L L E R"));
+    EXPECT_THAT(run.screen.row(3), HasSubstr("Port: COM3, data rate: "));
+    for (PseudoTerminal* terminal : {&expected, &run}) {
+        terminal->type("\033");
+        EXPECT_TRUE(terminal->shows("Program completed"));
+        EXPECT_EQ(terminal->exit_status(), 0);
+    }
+}
+
 TEST(Windows, ControlCEndsInOrder)
 {
     const WindowsRun run{"3 -G -PK -PE -T"};
@@ -136,6 +164,38 @@ TEST(Windows, ControlCEndsInOrder)
     EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("Device type:")));
     EXPECT_TRUE(was_called(run, "Close"));
     EXPECT_TRUE(terminal.screen.cursor_visible());
+}
+
+TEST(Windows, EndsWhenNobodyReadsIt)
+{
+    WindowsRun run{"3 -G -PE -PK -PI -T"};
+    run.output = Launch::Stream::closed_pipe; // Wine tells of it when something is written
+    PseudoTerminal terminal{run};
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGPIPE);
+    EXPECT_TRUE(was_called(run, "Close"));
+    EXPECT_FALSE(was_called(run, "GetProductID"));
+}
+
+TEST(Windows, AnInstrumentIsKeptAndUsedByOneProgram)
+{
+    WindowsRun first{"3 -UY -PK -T"};
+    const std::string state = "Z:" + first.folder + "/state/a.state";
+    first.environment["KOV_SIMULATOR_STATE"] = state;
+    PseudoTerminal terminal{first};
+    ASSERT_TRUE(terminal.shows("24.000V"));
+    WindowsRun second{"3 -u -T"};
+    second.environment["KOV_SIMULATOR_STATE"] = state;
+    second.output = Launch::Stream::pipe;
+    {
+        PseudoTerminal refused{second};
+        EXPECT_EQ(refused.exit_status(), 0);
+        EXPECT_THAT(refused.piped_out(), HasSubstr("COM3 is used by another program, process "));
+    }
+    terminal.type("\033");
+    EXPECT_EQ(terminal.exit_status(), 0);
+    PseudoTerminal accepted{second};
+    EXPECT_EQ(accepted.exit_status(), 0);
+    EXPECT_THAT(accepted.piped_out(), HasSubstr("Device is enabled\n"));
 }
 
 } // namespace
