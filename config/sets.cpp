@@ -1,22 +1,21 @@
 #include "config/sets.h"
 
 #include <array>
-#include <optional>
 
 #include "config/set_access.h"
 #include "frame/console.h"
 #include "frame/keys.h"
+#include "frame/questions.h"
 
 namespace
 {
 
-/// Reads the answer to a question that has been printed. What was typed before it is no answer.
+/// Reads the answer to a question that has been printed, and ends its line.
 bool is_confirmed()
 {
-    flush_keys();
-    const std::optional<char> answer = read_answer();
+    const YesNo answer = read_confirmation();
     console.print("\r\n");
-    return answer && folded(*answer) == 'Y';
+    return answer == YesNo::yes;
 }
 
 /// No key that was pressed before a command or during it is left for what follows.

@@ -1,13 +1,11 @@
 #include "diagnostics/memory_image.h"
 
 #include <algorithm>
-#include <optional>
 #include <string_view>
 
 #include "frame/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/keys.h"
 #include "frame/platform.h"
 #include "frame/program.h"
 #include "frame/questions.h"
@@ -153,15 +151,13 @@ void print_success(const char* what, const char* file_name)
         console.print("Memory data %s file '%s'\r\n", what, printable(file_name).c_str());
 }
 
-/// "No" in every way is told on the question's line.
+/// Any other answer than yes is told on the question's line.
 bool is_confirmed(const char* question)
 {
-    flush_keys();
     console.print("%s [y/n]: ", question);
-    const std::optional<char> answer = read_answer();
-    const bool yes = answer && (*answer == 'Y' || *answer == 'y');
-    console.print(answer && !yes ? " - cancelled\r\n" : "\r\n");
-    return yes;
+    const YesNo answer = read_confirmation();
+    console.print(answer == YesNo::no ? " - cancelled\r\n" : "\r\n");
+    return answer == YesNo::yes;
 }
 
 } // namespace
