@@ -212,13 +212,13 @@ void MonitoringFields::show(const HeaterMonitoring& values) const
     end_field(heater_voltage);
     console.print_at(current, Color::value, "%7.3lfA", values.current);
     end_field(current);
-    console.print_at(temperature, Color::value, "%+8.2lf" DEGREES_C, values.temperature);
+    console.print_at(temperature, Color::value, "%+8.2lf%s", values.temperature, degrees);
     end_row();
     console.print_at(output_power, Color::value, "%7.2lfW", values.output_power());
     end_field(output_power);
-    console.print_at(wire_power, Color::value, "%7.2lfW", values.wire_power());
+    console.print_at(wire_power, Color::value, "%*.2lfW", power_width, values.wire_power());
     end_field(wire_power);
-    console.print_at(heater_power, Color::value, "%7.2lfW", values.heater_power());
+    console.print_at(heater_power, Color::value, "%*.2lfW", power_width, values.heater_power());
     end_field(heater_power);
     if (const std::optional<double> ohms = values.heater_resistance())
         console.print_at(resistance, Color::value, "%7.3lfOhm", *ohms);

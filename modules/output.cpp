@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "frame/device_call.h"
+#include "frame/format.h"
 #include "modules/readings.h"
 
 const char* attempt_ranges(unsigned address, MeasurementRanges& ranges)
@@ -148,4 +149,21 @@ void show_microseconds(Place place, double seconds)
     constexpr double microseconds = 1e6;
     console.print_at(place, Color::value, "%8.5lfus", seconds * microseconds);
     console.blank_to_column(place.column + short_columns);
+}
+
+void OutputDataFields::show(const OutputData& data) const
+{
+    show_target(target, data.target);
+    console.print_at(active, yes_no(data.pwm.active != 0));
+    show_voltage(set, data.pwm.voltage_set);
+    show_voltage(measured, data.pwm.voltage_measured);
+    show_microseconds(period, data.pwm.period);
+    if (width.row > 0)
+        show_microseconds(width, data.pwm.width);
+    if (phase_measured.row > 0)
+        show_microseconds(phase_measured, data.pwm.phase_measured);
+    if (phase_set.row > 0)
+        show_microseconds(phase_set, data.pwm.phase_set);
+    show_measured_voltage_or_overflow(voltage, data.output);
+    show_measured_current(current, data.output, 5);
 }

@@ -69,3 +69,19 @@ void show_measured_current(Place place, const OutputValues& output, int decimals
 void show_target(Place place, double volts);
 /// Of a time in s.
 void show_microseconds(Place place, double seconds);
+
+/// All of an output: what it is set to, and what comes of it.
+struct OutputData {
+    double target = 0; ///< V, negative = off
+    PwmParameters pwm;
+    OutputValues output;
+};
+
+/// Where a display shows it; a value without a place (row 0) is not shown.
+struct OutputDataFields {
+    Place period, width, phase_measured, phase_set;
+    Place voltage, current;
+    Place measured, set, target, active;
+
+    void show(const OutputData& data) const;
+};
