@@ -202,7 +202,7 @@ void back_memory_up(const Given& given)
         return;
     if (!file.close())
         print_close_error(given.text);
-    // Kept: after a failed close, too.
+    // Kept: said after a failed close, too, although the end of the file may be missing then.
     print_success("saved to", given.text);
 }
 

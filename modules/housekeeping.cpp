@@ -26,7 +26,7 @@ constexpr LabelledQuantity heat_controller_line[] = {{"+3V3:", plus_3_3},
                                                      {", +24V:", plus_24},
                                                      {", CPU:", cpu},
                                                      {", PSU:", psu}};
-// Kept as they are: no sign at 5V0, nothing between -22V and +18V.
+// Kept: no "+" before 5V0, no comma between -22V and +18V.
 constexpr LabelledQuantity hv_supply_line[] = {
     {"+3V3:", plus_3_3},   {", 5V0:", plus_5},         {", +24V:", plus_24},
     {", -22V:", minus_22}, {"+18V:", plus_18},         {", -18V:", minus_18},

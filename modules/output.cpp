@@ -96,13 +96,21 @@ namespace
 constexpr int short_columns = 12;
 constexpr int long_columns = 24;
 
-} // namespace
-
 void show_voltage(Place place, double volts)
 {
     console.print_at(place, Color::value, "%+9.3lfV", volts);
     console.blank_to_column(place.column + short_columns);
 }
+
+/// Of a time in s.
+void show_microseconds(Place place, double seconds)
+{
+    constexpr double microseconds = 1e6;
+    console.print_at(place, Color::value, "%8.5lfus", seconds * microseconds);
+    console.blank_to_column(place.column + short_columns);
+}
+
+} // namespace
 
 void show_measured_voltage(Place place, const OutputValues& output)
 {
@@ -111,17 +119,6 @@ void show_measured_voltage(Place place, const OutputValues& output)
     console.print_at(place, Color::value, "%+9.3lfV (%s)", output.voltage,
                      output.voltage_ranges.polarity());
     console.blank_to_column(place.column + long_columns);
-}
-
-void show_measured_voltage_or_overflow(Place place, const OutputValues& output)
-{
-    constexpr double overflow_volts = 10000.0;
-    if (output.has_voltage && std::fabs(output.voltage) >= overflow_volts) {
-        console.print_at(place, Color::bad, "* * * Overflow * * * ");
-        console.blank_to_column(place.column + long_columns);
-    } else {
-        show_measured_voltage(place, output);
-    }
 }
 
 void show_measured_current(Place place, const OutputValues& output, int decimals)
@@ -144,12 +141,21 @@ void show_target(Place place, double volts)
     }
 }
 
-void show_microseconds(Place place, double seconds)
+namespace
 {
-    constexpr double microseconds = 1e6;
-    console.print_at(place, Color::value, "%8.5lfus", seconds * microseconds);
-    console.blank_to_column(place.column + short_columns);
+
+void show_measured_voltage_or_overflow(Place place, const OutputValues& output)
+{
+    constexpr double overflow_volts = 10000.0;
+    if (output.has_voltage && std::fabs(output.voltage) >= overflow_volts) {
+        console.print_at(place, Color::bad, "* * * Overflow * * * ");
+        console.blank_to_column(place.column + long_columns);
+    } else {
+        show_measured_voltage(place, output);
+    }
 }
+
+} // namespace
 
 void OutputDataFields::show(const OutputData& data) const
 {

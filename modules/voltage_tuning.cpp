@@ -214,7 +214,7 @@ void Tuning::print_saving_prompt(const std::string& file)
     } else {
         console.print(" to stop saving data to file '");
         console.print(Color::value, "%s", file.c_str());
-        console.print(":"); // kept: the quote is not closed
+        console.print(":"); // kept: no quote behind the name
     }
     console.clear_to_end_of_line();
 }
