@@ -3,7 +3,7 @@
 #include "simulator/config_record.h"
 #include "simulator/heater.h"
 #include "simulator/host.h"
-#include "simulator/identity.h"
+#include "simulator/default_identities.h"
 #include "simulator/measurements.h"
 #include "simulator/supply.h"
 
