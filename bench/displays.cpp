@@ -11,7 +11,7 @@
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/switches.h"
-#include "interactive/readings.h"
+#include "interactive/screen_readings.h"
 #include "interactive/status_screen.h"
 
 namespace bench

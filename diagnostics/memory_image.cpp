@@ -20,7 +20,7 @@ constexpr std::uint32_t memory_size = 0x40000;
 constexpr std::size_t line_length = 3; // two digits and the line's end
 using Line = std::array<char, line_length>;
 
-constexpr std::array<Line, 256> lines = [] {
+constexpr std::array<Line, 256> line_of = [] {
     constexpr std::string_view digits = "0123456789ABCDEF";
     std::array<Line, 256> table = {};
     for (std::size_t value = 0; value < table.size(); ++value)
@@ -167,7 +167,7 @@ bool write_block(OutputFile& file, const MemoryBlock& block)
     std::array<char, memory_block_size * line_length> text;
     char* end = text.data();
     for (const std::uint8_t value : block)
-        end = std::copy(lines[value].begin(), lines[value].end(), end);
+        end = std::copy(line_of[value].begin(), line_of[value].end(), end);
     return file.write({text.data(), text.size()});
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "interactive/layout.h"
-#include "interactive/readings.h"
+#include "interactive/screen_readings.h"
 
 /// Which interlock inputs act on which modules.
 struct InterlockMasks {

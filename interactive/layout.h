@@ -4,7 +4,7 @@
 #include <array>
 
 #include "frame/console.h"
-#include "interactive/readings.h"
+#include "interactive/screen_readings.h"
 #include "modules/heat_controller.h"
 
 inline constexpr int screen_columns = 132; ///< needed at least

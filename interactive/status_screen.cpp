@@ -7,7 +7,7 @@
 #include "frame/session.h"
 #include "interactive/drawing.h"
 #include "interactive/layout.h"
-#include "interactive/readings.h"
+#include "interactive/screen_readings.h"
 #include "interactive/screen_reports.h"
 
 namespace

@@ -106,7 +106,7 @@ void set_setting(const Setting& setting, double value)
 }
 
 /// A target that has words of its own for "off".
-void show_target(const Setting& setting, const char* off_label)
+void show_target_or_off(const Setting& setting, const char* off_label)
 {
     double value = 0.0;
     if (!get_setting(setting, value))
@@ -143,12 +143,12 @@ void set_target_temperature(const Given& given)
 
 void show_target_output_voltage_of_heater(const Given&)
 {
-    show_target(target_output_voltage, "Output voltage control: ");
+    show_target_or_off(target_output_voltage, "Output voltage control: ");
 }
 
 void show_target_heater_power(const Given&)
 {
-    show_target(target_heater_power, "Heater power control: ");
+    show_target_or_off(target_heater_power, "Heater power control: ");
 }
 
 void show_heater_voltage_limit(const Given&)

@@ -1,4 +1,4 @@
-#include "interactive/readings.h"
+#include "interactive/screen_readings.h"
 
 #include "frame/device_call.h"
 #include "frame/platform.h"
