@@ -237,7 +237,7 @@ bool set_current_configuration(const ConfigRecord& record)
 
 } // namespace
 
-void save_current_configuration(const Given& given)
+void save_current_configuration_to_file(const Given& given)
 {
     progress("Saving current configuration into file '%s':\r\n", printable(given.text).c_str());
     ConfigRecord record;
@@ -245,7 +245,7 @@ void save_current_configuration(const Given& given)
         save_section(given.text, current_configuration, current_section_text(record));
 }
 
-void load_current_configuration(const Given& given)
+void load_current_configuration_from_file(const Given& given)
 {
     progress("Loading current configuration from file '%s':\r\n", printable(given.text).c_str());
     ConfigFileIndex index;

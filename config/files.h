@@ -4,8 +4,8 @@
 
 #include "frame/switches.h"
 
-void save_current_configuration(const Given&);
-void load_current_configuration(const Given&);
+void save_current_configuration_to_file(const Given&);
+void load_current_configuration_from_file(const Given&);
 
 /// With a number that set, else all sets that are active, valid or not.
 void save_sets(const Given&);

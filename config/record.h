@@ -30,8 +30,8 @@ struct ConfigEntry {
     double steps_per_unit = 1.0; ///< raw value of one volt, ampere, watt or degree
     double zero = 0.0;           ///< raw value of 0 in the file
 
-    /// What an error in this entry is called. A voltage or step of an HV-supply goes by another
-    /// key: kept so.
+    /// What an error in this entry is called. Kept: a wrong voltage or step of an HV-supply is
+    /// reported as the key of the heater.
     [[nodiscard]] constexpr const char* reported_key() const
     {
         return kind == EntryKind::target_voltage || kind == EntryKind::voltage_step ? "HeaterEnable"

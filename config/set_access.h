@@ -26,6 +26,8 @@ struct SetFlags {
 /// The name in its field: up to its first zero byte, longer ones cut.
 [[nodiscard]] ConfigName config_name(std::string_view text);
 
+// One call each for the set of that number, 1..1023. Null, or the name of the function that failed.
+
 [[nodiscard]] const char* attempt_get_flags(unsigned number, SetFlags& flags);
 [[nodiscard]] const char* attempt_set_flags(unsigned number, SetFlags flags);
 [[nodiscard]] const char* attempt_get_name(unsigned number, ConfigName& name);

@@ -1,22 +1,21 @@
 #include "config/sets.h"
 
 #include <array>
-#include <optional>
 
 #include "config/set_access.h"
 #include "frame/console.h"
 #include "frame/keys.h"
+#include "frame/questions.h"
 
 namespace
 {
 
-/// Reads the answer to a question that has been printed. What was typed before it is no answer.
+/// Reads the answer to a question that has been printed, and ends its line.
 bool is_confirmed()
 {
-    flush_keys();
-    const std::optional<char> answer = read_answer();
+    const YesNo answer = read_confirmation();
     console.print("\r\n");
-    return answer && folded(*answer) == 'Y';
+    return answer == YesNo::yes;
 }
 
 /// No key that was pressed before a command or during it is left for what follows.
@@ -39,7 +38,7 @@ bool read_name(unsigned number, ConfigName& name)
 
 // ---- The current configuration and a set ----
 
-void save_current_configuration(unsigned number)
+void save_current_configuration_to_set(unsigned number)
 {
     progress("Saving current configuration to NVM set #%u:\r\n", number);
     SetFlags flags;
@@ -63,7 +62,7 @@ void save_current_configuration(unsigned number)
     console.print("\r\n");
 }
 
-void load_current_configuration(unsigned number)
+void load_current_configuration_from_set(unsigned number)
 {
     progress("Loading current configuration from NVM set #%u:\r\n", number);
     SetFlags flags;
@@ -239,7 +238,7 @@ void wipe_out_one(unsigned number)
         return;
     ConfigName name;
     if (attempt_get_name(number, name) != nullptr) {
-        report_error("COM_ZELOP7UK_GetConfigName"); // kept: not the function's name
+        report_error("COM_ZELOP7UK_GetConfigName"); // kept: no library has a function of that name
         return;
     }
     if (flags.valid != 0) { // otherwise there is nothing to lose
@@ -280,9 +279,9 @@ void wipe_out_all()
 void copy_current_configuration(const Given& given)
 {
     if (given.capital)
-        save_current_configuration(given.number);
+        save_current_configuration_to_set(given.number);
     else
-        load_current_configuration(given.number);
+        load_current_configuration_from_set(given.number);
 }
 
 void set_name_of_set(const Given& given)

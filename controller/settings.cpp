@@ -107,3 +107,10 @@ void show_fan_switch_function(const Given&)
     if (call(LIB(GetFanSwitchOverride), &function))
         print_fan_switch("Function of the slide switch 'Fan': ", function);
 }
+
+void restart_controller(const Given&)
+{
+    console.print("Restarting the controller, please wait...\r\n");
+    if (call(LIB(Restart)))
+        console.print("Controller restarted\r\n");
+}

@@ -1,6 +1,6 @@
 /// The controller's settings: device enable, interlock enable masks, function of the slide switch
-/// 'Fan'. The setting forms show what was sent, once the library has accepted it; they read nothing
-/// back, and pass any value on as it is.
+/// 'Fan'; its restart. The setting forms show what was sent, once the library has accepted it; they
+/// read nothing back, and pass any value on as it is.
 #pragma once
 
 #include <array>
@@ -38,3 +38,5 @@ void show_heat_controller_interlock_mask(const Given&);
 
 void set_fan_switch_function(const Given&);
 void show_fan_switch_function(const Given&);
+
+void restart_controller(const Given&);

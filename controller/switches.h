@@ -6,7 +6,6 @@
 #include "controller/measurements.h"
 #include "controller/settings.h"
 #include "controller/status_displays.h"
-#include "frame/general_commands.h"
 #include "frame/switches.h"
 
 // clang-format off

@@ -32,7 +32,8 @@ struct Test {
     bool shows_target = false;
     /// The counter is shown, and the keyboard looked at, once in so many cycles.
     std::uint32_t display_interval = 1;
-    /// Kept: each display counts as one cycle more.
+    /// Kept: each display counts as a cycle, too, so that more cycles are told than transfers were
+    /// made, and every rate comes out higher.
     bool counts_displays = false;
     /// One transfer; null, or the name of the function that failed.
     const char* (*transfer)(const char* text, unsigned target) = nullptr;

@@ -1,13 +1,11 @@
 #include "diagnostics/memory_image.h"
 
 #include <algorithm>
-#include <optional>
 #include <string_view>
 
 #include "frame/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/keys.h"
 #include "frame/platform.h"
 #include "frame/program.h"
 #include "frame/questions.h"
@@ -22,7 +20,7 @@ constexpr std::uint32_t memory_size = 0x40000;
 constexpr std::size_t line_length = 3; // two digits and the line's end
 using Line = std::array<char, line_length>;
 
-constexpr std::array<Line, 256> lines = [] {
+constexpr std::array<Line, 256> line_of = [] {
     constexpr std::string_view digits = "0123456789ABCDEF";
     std::array<Line, 256> table = {};
     for (std::size_t value = 0; value < table.size(); ++value)
@@ -153,15 +151,13 @@ void print_success(const char* what, const char* file_name)
         console.print("Memory data %s file '%s'\r\n", what, printable(file_name).c_str());
 }
 
-/// "No" in every way is told on the question's line.
+/// Any other answer than yes is told on the question's line.
 bool is_confirmed(const char* question)
 {
-    flush_keys();
     console.print("%s [y/n]: ", question);
-    const std::optional<char> answer = read_answer();
-    const bool yes = answer && (*answer == 'Y' || *answer == 'y');
-    console.print(answer && !yes ? " - cancelled\r\n" : "\r\n");
-    return yes;
+    const YesNo answer = read_confirmation();
+    console.print(answer == YesNo::no ? " - cancelled\r\n" : "\r\n");
+    return answer == YesNo::yes;
 }
 
 } // namespace
@@ -171,7 +167,7 @@ bool write_block(OutputFile& file, const MemoryBlock& block)
     std::array<char, memory_block_size * line_length> text;
     char* end = text.data();
     for (const std::uint8_t value : block)
-        end = std::copy(lines[value].begin(), lines[value].end(), end);
+        end = std::copy(line_of[value].begin(), line_of[value].end(), end);
     return file.write({text.data(), text.size()});
 }
 
@@ -206,7 +202,7 @@ void back_memory_up(const Given& given)
         return;
     if (!file.close())
         print_close_error(given.text);
-    // Kept: after a failed close, too.
+    // Kept: said after a failed close, too, although the end of the file may be missing then.
     print_success("saved to", given.text);
 }
 

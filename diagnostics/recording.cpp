@@ -13,7 +13,8 @@
 #include "frame/measurement_log.h"
 #include "frame/platform.h"
 #include "frame/program.h"
-#include "frame/supplies.h"
+#include "modules/heat_controller.h"
+#include "modules/housekeeping.h"
 #include "modules/presence.h"
 #include "modules/readings.h"
 
@@ -41,7 +42,13 @@ constexpr RateLayout recording_rates = {
     "Polling rate:", "c/s, Mean response time:", MeanFormat::tenths, 7, "ms, Errors: "};
 
 // The degree sign alone stands behind a temperature here.
-#define DEGREES "\xF8"
+constexpr const char* degrees = "\xF8";
+
+constexpr LabelledQuantity housekeeping_row[] = {{"Voltages: +3V3:", housekeeping::plus_3_3},
+                                                 {"5V0:", housekeeping::plus_5},
+                                                 {"24V:", housekeeping::plus_24},
+                                                 {"Temperatures: CPU:", housekeeping::cpu},
+                                                 {"PSU:", housekeeping::psu}};
 
 /// The four rows on the screen.
 class RecordingDisplay
@@ -54,21 +61,17 @@ public:
         rates_ = place_rates(recording_rates);
         errors_ = console.place();
         begin_row();
-        plus_3_3_ = place_field("Voltages: +3V3:", room);
-        plus_5_ = place_field("5V0:", room);
-        plus_24_ = place_field("24V:", room);
-        cpu_ = place_field("Temperatures: CPU:", room);
-        psu_ = place_field("PSU:");
+        housekeeping_.place(housekeeping_row);
         begin_row();
-        output_voltage_ = place_field("Voltage output:", room);
-        heater_voltage_ = place_field("heater:", room);
-        current_ = place_field("Current:", room);
-        temperature_ = place_field("Heater temperature:");
+        monitoring_.output_voltage = place("Voltage output:");
+        monitoring_.heater_voltage = place("heater:");
+        monitoring_.current = place("Current:");
+        monitoring_.temperature = place("Heater temperature:");
         begin_row();
-        output_power_ = place_field("Power output:", room);
-        wire_power_ = place_field("wires:", room);
-        heater_power_ = place_field("heater:", room);
-        resistance_ = place_field("Heater resistance:");
+        monitoring_.output_power = place("Power output:");
+        monitoring_.wire_power = place("wires:");
+        monitoring_.heater_power = place("heater:");
+        monitoring_.resistance = place("Heater resistance:");
         last_row_ = console.place().row;
     }
 
@@ -82,31 +85,9 @@ public:
         console.print_at(errors_, count != 0 ? Color::bad : Color::value, "%u", count);
     }
 
-    void show(const ModuleHousekeeping& sample) const
-    {
-        show_voltage(plus_3_3_, supply::plus_3_3, 6, sample.plus_3_3);
-        show_voltage(plus_5_, supply::plus_5, 6, sample.plus_5);
-        show_voltage(plus_24_, supply::plus_24, 7, sample.plus_24);
-        show_temperature(cpu_, sample.cpu);
-        show_temperature(psu_, sample.psu);
-    }
+    void show(const ModuleHousekeeping& sample) const { housekeeping_.show(sample, degrees); }
 
-    void show(const HeaterMonitoring& sample) const
-    {
-        show_value(output_voltage_, 7, 3, sample.output_voltage, "V");
-        show_value(heater_voltage_, 7, 3, sample.heater_voltage, "V");
-        show_value(current_, 7, 3, sample.current, "A");
-        console.print_at(temperature_, Color::value, "%+8.2lf" DEGREES, sample.temperature);
-        console.clear_to_end_of_line();
-        show_value(output_power_, 7, 2, sample.output_power(), "W");
-        show_value(wire_power_, 6, 2, sample.wire_power(), "W");
-        show_value(heater_power_, 6, 2, sample.heater_power(), "W");
-        if (const std::optional<double> ohms = sample.heater_resistance())
-            show_value(resistance_, 7, 3, *ohms, "Ohm");
-        else
-            console.print_at(resistance_, Color::value, "     -");
-        console.clear_to_end_of_line();
-    }
+    void show(const HeaterMonitoring& sample) const { monitoring_.show(sample); }
 
     /// Goes below the last row.
     void leave() const
@@ -116,39 +97,21 @@ public:
     }
 
 private:
-    static constexpr int room = 12; ///< from the end of a label to the next one
-
     static void begin_row()
     {
         console.print("\r\n");
         console.skip(2);
     }
 
-    // A value leaves no remains of a wider one before it.
-
-    static void show_value(Place place, int width, int decimals, double value, const char* unit)
+    [[nodiscard]] Place place(const char* label) const
     {
-        console.print_at(place, Color::value, "%*.*lf%s", width, decimals, value, unit);
-        console.blank_to_column(place.column + room);
-    }
-
-    static void show_voltage(Place place, const Supply& supply, int width, double volts)
-    {
-        console.print_at(place, supply.color(volts), "%*.3lfV", width, volts);
-        console.blank_to_column(place.column + room);
-    }
-
-    static void show_temperature(Place place, double celsius)
-    {
-        console.print_at(place, temperature_color(celsius), "%+6.1lf" DEGREES, celsius);
-        console.blank_to_column(place.column + room);
+        return place_field(label, monitoring_.columns);
     }
 
     RateFields rates_;
     Place errors_;
-    Place plus_3_3_, plus_5_, plus_24_, cpu_, psu_;
-    Place output_voltage_, heater_voltage_, current_, temperature_;
-    Place output_power_, wire_power_, heater_power_, resistance_;
+    HousekeepingFields housekeeping_;
+    MonitoringFields monitoring_{.power_width = 6, .degrees = degrees};
     int last_row_ = 0;
 };
 
@@ -175,7 +138,7 @@ public:
     bool run()
     {
         if (!start_file()) {
-            console.print("Error writing data file\r\n");
+            console.print("%s\r\n", log_error::writing);
             return false;
         }
         DisplayScope scope;
@@ -195,7 +158,7 @@ public:
         display_.leave();
         scope.end();
         if (!recorded) {
-            console.print(Color::bad, "Error writing data file\r\n");
+            console.print(Color::bad, "%s\r\n", log_error::writing);
             return false;
         }
         return finish();
@@ -334,29 +297,31 @@ private:
             print_value_line("", "%u", line.count);
         }
         if (!written)
-            console.print("Error writing data file\r\n");
+            console.print("%s\r\n", log_error::writing);
         return written;
     }
 
     bool write_trailer(double seconds)
     {
-        log_.stop(now_ms_, rates_.cycles + 1); // the cycle that Esc cut short counts
+        // The cycle that Esc cut short counts.
+        bool written = log_.stop(now_ms_, rates_.cycles + 1);
         for (const SummaryLine& line : summary())
-            log_.print("%s\t%u\n", line.label, line.count);
+            written = written && log_.print("%s\t%u\n", line.label, line.count);
         if (seconds > 0.0) {
-            // Kept: two wordings.
-            write_data_rate("Monitoring data rate", "Monitoring",
-                            counters_.monitoring.received / seconds);
-            write_data_rate("Housekeeping data", "Housekeeping",
-                            counters_.housekeeping.received / seconds);
+            // Kept: "data rate in samples/s" for the one, "data in samples/s" for the other.
+            written = written &&
+                      write_data_rate("Monitoring data rate", "Monitoring",
+                                      counters_.monitoring.received / seconds) &&
+                      write_data_rate("Housekeeping data", "Housekeeping",
+                                      counters_.housekeeping.received / seconds);
         }
-        return log_.store();
+        return written && log_.store();
     }
 
-    void write_data_rate(const char* name, const char* kind, double rate)
+    bool write_data_rate(const char* name, const char* kind, double rate)
     {
-        log_.print("%s in samples/s:\t%lf\n", name, rate);
-        log_.print("%s sample period in ms:\t%lf\n", kind, rate > 0.0 ? 1000.0 / rate : 0.0);
+        return log_.print("%s in samples/s:\t%lf\n", name, rate) &&
+               log_.print("%s sample period in ms:\t%lf\n", kind, rate > 0.0 ? 1000.0 / rate : 0.0);
     }
 
     MeasurementLog& log_;

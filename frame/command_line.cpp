@@ -172,7 +172,7 @@ CommandLineResult run_command_line(std::span<char* const> arguments,
     if (arguments.size() < 2)
         return {.good = false, .position = 1};
     if (!read_port_number(arguments[1], program.port))
-        return {.good = false, .position = 2}; // kept: counted on already
+        return {.good = false, .position = 2}; // kept: the one behind the wrong number
     std::size_t position = 2;
     for (; position < arguments.size() && program.run && platform::stop_signal() == 0; ++position) {
         if (!run_switch(arguments, tables, position))

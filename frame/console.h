@@ -201,6 +201,10 @@ private:
     void set_terminal_color(Color color);
     void forget_old_rows();
 
+    /// Rows that a live display may still rewrite when standard output is no terminal, and rows
+    /// that are kept at least.
+    static constexpr int kept_rows = 200;
+
     // The model.
     std::deque<Row> rows_;
     int first_row_ = 1; ///< number of rows_.front()

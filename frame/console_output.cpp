@@ -1,45 +1,19 @@
-// How the console's model reaches the terminal, or a file.
+// How the console's model reaches the terminal.
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdio>
 #include <cstring>
-#include <span>
-#include <utility>
 
 #include "frame/characters.h"
+#include "frame/color_sequences.h"
 #include "frame/console.h"
 
 namespace
 {
 
-/// Rows that a live display may still rewrite when standard output is no terminal, and rows that
-/// are kept at least.
-constexpr int kept_rows = 200;
-
 /// Columns that look right already: no more of them are written over on the way to the next ones.
 constexpr int worth_moving = 4;
-
-/// The terminal's own colours, in the console's order. Grey is the default foreground and bright
-/// white its bold form, so that dark and light themes stay readable.
-constexpr const char* sgr_of(Color color)
-{
-    constexpr const char* codes[16] = {"30", "34", "32", "36", "31", "35", "33", "",
-                                       "90", "94", "92", "96", "91", "95", "93", "1"};
-    return codes[static_cast<std::size_t>(color) & 15];
-}
-
-void append_color_change(std::string& out, Color from, Color to)
-{
-    out += "\033[";
-    if (from == Color::value || to == Color::label)
-        out += to == Color::label ? "" : "0;"; // only a reset takes bold away
-    else if (to == Color::value && from != Color::label)
-        out += "0;";
-    out += sgr_of(to);
-    out += 'm';
-}
 
 void append_movement(std::string& out, int count, char direction)
 {
@@ -96,8 +70,6 @@ void Console::start()
         size_ = {.columns = 0, .rows = 0};
     rows_.emplace_back();
 }
-
-// ---- To a terminal ----
 
 void Console::flush()
 {
@@ -415,66 +387,4 @@ void Console::forget_old_rows()
         rows_.pop_front();
         ++first_row_;
     }
-}
-
-// ---- To a file or a pipe ----
-
-std::string Console::plain_text(const Row& row) const
-{
-    std::string text;
-    Color color = Color::label;
-    const auto end =
-        static_cast<std::size_t>(end_of_text(row.wanted, static_cast<int>(row.wanted.size())));
-    text.reserve(end + 1);
-    for (const Cell& cell : std::span{row.wanted}.first(end)) {
-        if (cell.character == 0)
-            continue;
-        if (colored_ && !cell.is_blank() && cell.color != color) {
-            append_color_change(text, color, cell.color);
-            color = cell.color;
-        }
-        if (cell.character < 0x80)
-            text += static_cast<char>(cell.character);
-        else
-            append_utf8(text, cell.character);
-    }
-    if (color != Color::label)
-        append_color_change(text, color, Color::label);
-    return text;
-}
-
-/// Adds to the output what it does not have of a row yet.
-void Console::release(Row& row)
-{
-    std::string text = plain_text(row);
-    // A prompt went out before its line was finished; what follows it is only appended.
-    if (text.starts_with(row.released))
-        out_ += std::string_view{text}.substr(row.released.size());
-    else
-        out_ += '\n' + text;
-    row.released = std::move(text);
-}
-
-/// Moves the rows that nobody can change any more to the output.
-void Console::release_final_rows()
-{
-    const int open_row = display_depth_ > 0 ? last_row() - kept_rows : cursor_.row;
-    while (first_row_ < open_row) {
-        release(rows_.front());
-        out_ += '\n';
-        rows_.pop_front();
-        ++first_row_;
-        if (rows_.empty())
-            rows_.emplace_back();
-    }
-}
-
-void Console::flush_plain(bool for_wait)
-{
-    release_final_rows();
-    if (for_wait && display_depth_ == 0 && cursor_.row == first_row_)
-        release(rows_.front());
-    if (!out_.empty())
-        platform::write_output(out_);
-    out_.clear();
 }

@@ -28,17 +28,17 @@ public:
     [[nodiscard]] bool is_open() const { return file_ != nullptr; }
 
     /// False when this or an earlier print could not be written.
-    bool print(const char* format, ...) PRINTF_FORMAT(2, 3);
-    bool print_list(const char* format, va_list arguments) PRINTF_FORMAT(2, 0);
-    bool write(std::string_view bytes);
+    [[nodiscard]] bool print(const char* format, ...) PRINTF_FORMAT(2, 3);
+    [[nodiscard]] bool print_list(const char* format, va_list arguments) PRINTF_FORMAT(2, 0);
+    [[nodiscard]] bool write(std::string_view bytes);
 
     /// Hands everything printed so far to the operating system.
-    bool flush();
+    [[nodiscard]] bool flush();
     /// The same, and waits until it is on the disk: neither a crash nor a power loss costs it.
-    bool store();
+    [[nodiscard]] bool store();
     /// The same once a second, from the first call on: for a file that grows while something is
     /// measured.
-    bool store_when_due(std::int64_t now_ms);
+    [[nodiscard]] bool store_when_due(std::int64_t now_ms);
 
     /// False when the rest could not be written or the file not be closed; not because of a failure
     /// that was told before. The file is closed anyway.

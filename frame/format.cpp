@@ -56,18 +56,6 @@ const char* led_color_name(bool red, bool green, bool blue)
     return names[(red ? 1u : 0u) + (green ? 2u : 0u) + (blue ? 4u : 0u)];
 }
 
-const char* module_type_name(unsigned address)
-{
-    switch (address) {
-    case heat_controller:
-        return "Heat Controller";
-    case base_unit:
-        return "KOV Controller";
-    default:
-        return "HV Supply";
-    }
-}
-
 // ---- Characters and texts ----
 
 std::string formatted(const char* format, ...)

@@ -65,10 +65,6 @@ inline constexpr Word disabled_word = {"disabled", Color::disabled};
 /// Name of an LED colour: "Black", "Red", "Green", "Yellow", "Blue", "Pink", "Cyan", "White".
 [[nodiscard]] const char* led_color_name(bool red, bool green, bool blue);
 
-/// What kind of module answers at an address: "Heat Controller" (0), "KOV Controller" (128, the
-/// base unit), "HV Supply" (any other).
-[[nodiscard]] const char* module_type_name(unsigned address);
-
 // ---- Characters and texts ----
 
 /// What printf would print, however long.

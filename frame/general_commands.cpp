@@ -66,10 +66,3 @@ void purge_communication(const Given&)
     }
     console.print("\r\n");
 }
-
-void restart_controller(const Given&)
-{
-    console.print("Restarting the controller, please wait...\r\n");
-    if (call(LIB(Restart)))
-        console.print("Controller restarted\r\n");
-}

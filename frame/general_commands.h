@@ -19,8 +19,6 @@ void show_buffer_state(const Given&);
 /// Purges the port's buffers on this side, then the device's.
 void purge_communication(const Given&);
 
-void restart_controller(const Given&);
-
 // clang-format off
 inline constexpr Switch general_switches[] = {
     {"?", Form::either,  Attached::nothing,         Next::nothing, Session::none,     ask_for_help},

@@ -1,142 +1,17 @@
 #include "frame/key_decoder.h"
 
-#include <algorithm>
 #include <array>
 #include <cctype>
-#include <cstdlib>
 #include <string_view>
 
 #include "frame/characters.h"
+#include "frame/scan_codes.h"
 
 namespace
 {
 
 constexpr unsigned char esc = 27;
 constexpr std::size_t longest_sequence = 32;
-
-enum class Modifier { none, shift, alt, control, other };
-
-/// Scan codes of a key: alone, with Shift, Ctrl and Alt; 0 = means nothing here. Shift with a
-/// cursor key has no code of its own and must not pass for the key alone.
-struct ScanCodes {
-    int plain, shift, control, alt;
-};
-
-constexpr ScanCodes up = {0x48, 0, 0x8D, 0x98};
-constexpr ScanCodes down = {0x50, 0, 0x91, 0xA0};
-constexpr ScanCodes left = {0x4B, 0, 0x73, 0x9B};
-constexpr ScanCodes right = {0x4D, 0, 0x74, 0x9D};
-constexpr ScanCodes home = {0x47, 0, 0x77, 0x97};
-constexpr ScanCodes end = {0x4F, 0, 0x75, 0x9F};
-constexpr ScanCodes page_up = {0x49, 0, 0x84, 0x99};
-constexpr ScanCodes page_down = {0x51, 0, 0x76, 0xA1};
-constexpr ScanCodes insert = {0x52, 0, 0x92, 0xA2};
-constexpr ScanCodes remove = {0x53, 0, 0x93, 0xA3};
-constexpr ScanCodes none = {0, 0, 0, 0};
-constexpr int back_tab = 0x0F;
-constexpr int control_at = 0x03;
-
-constexpr ScanCodes function_key(int number)
-{
-    if (number <= 10)
-        return {0x3A + number, 0x53 + number, 0x5D + number, 0x67 + number};
-    const int further = number - 11; // F11 and F12 came later
-    return {0x85 + further, 0x87 + further, 0x89 + further, 0x8B + further};
-}
-
-/// Scan codes of Alt with the letters A..Z.
-constexpr std::array<int, 26> alt_letters = {
-    0x1E, 0x30, 0x2E, 0x20, 0x12, 0x21, 0x22, 0x23, 0x17, 0x24, 0x25, 0x26, 0x32,
-    0x31, 0x18, 0x19, 0x10, 0x13, 0x1F, 0x14, 0x16, 0x2F, 0x11, 0x2D, 0x15, 0x2C,
-};
-
-ScanCodes cursor_key(char letter)
-{
-    switch (letter) {
-    case 'A':
-        return up;
-    case 'B':
-        return down;
-    case 'C':
-        return right;
-    case 'D':
-        return left;
-    case 'F':
-        return end;
-    case 'H':
-        return home;
-    case 'P':
-    case 'Q':
-    case 'R':
-    case 'S':
-        return function_key(letter - 'P' + 1);
-    default:
-        return none;
-    }
-}
-
-/// The keys whose sequence ends in "~" and tells them by number.
-ScanCodes numbered_key(int number)
-{
-    switch (number) {
-    case 1:
-    case 7:
-        return home;
-    case 2:
-        return insert;
-    case 3:
-        return remove;
-    case 4:
-    case 8:
-        return end;
-    case 5:
-        return page_up;
-    case 6:
-        return page_down;
-    default:
-        if (number >= 11 && number <= 15)
-            return function_key(number - 10);
-        if (number >= 17 && number <= 21)
-            return function_key(number - 11);
-        if (number == 23 || number == 24)
-            return function_key(number - 12);
-        return none;
-    }
-}
-
-int code_of(const ScanCodes& codes, Modifier modifier)
-{
-    switch (modifier) {
-    case Modifier::none:
-        return codes.plain;
-    case Modifier::shift:
-        return codes.shift;
-    case Modifier::control:
-        return codes.control;
-    case Modifier::alt:
-        return codes.alt;
-    case Modifier::other:
-        break;
-    }
-    return 0;
-}
-
-/// The modifier parameter: 1 + Shift + 2 Alt + 4 Ctrl.
-Modifier modifier_of(int parameter)
-{
-    switch (parameter) {
-    case 1:
-        return Modifier::none;
-    case 2:
-        return Modifier::shift;
-    case 3:
-        return Modifier::alt;
-    case 5:
-        return Modifier::control;
-    default:
-        return Modifier::other;
-    }
-}
 
 /// "5;3" -> 5 and 3; a missing number is 1, one that is no number makes the result false.
 bool read_parameters(std::string_view text, int& first, int& second)
@@ -293,7 +168,7 @@ void KeyDecoder::feed_ground(unsigned char byte)
         state_ = State::utf8;
         bytes_ = static_cast<char>(byte);
     } else if (byte == 0) {
-        keys.push_back(key::extended(control_at));
+        keys.push_back(key::extended(scan_code::control_at));
     } else {
         keys.push_back(byte == 0x7F ? key::backspace : byte);
     }
@@ -350,8 +225,7 @@ void KeyDecoder::feed_escape(unsigned char byte)
         alt_ = true;
     } else {
         if (std::isalpha(byte) != 0 && byte < 0x80) {
-            const auto index = static_cast<std::size_t>(std::toupper(byte) - 'A');
-            keys.push_back(key::extended(alt_letters[index]));
+            keys.push_back(key::extended(alt_letter(static_cast<char>(byte))));
         }
         end_sequence();
     }
@@ -393,7 +267,7 @@ void KeyDecoder::finish_control_sequence(unsigned char final_byte)
     int number = 1;
     int modifier_parameter = 1;
     const bool readable = read_parameters(bytes_, number, modifier_parameter);
-    ScanCodes codes = none;
+    ScanCodes codes;
     Modifier modifier = modifier_of(modifier_parameter);
     switch (final_byte) {
     case '~':
@@ -405,7 +279,7 @@ void KeyDecoder::finish_control_sequence(unsigned char final_byte)
         modifier = final_byte == '^' ? Modifier::control : Modifier::shift;
         break;
     case 'Z':
-        codes.plain = back_tab;
+        codes.plain = scan_code::back_tab;
         break;
     case 'u': // Esc where its byte alone would be ambiguous
         if (readable && number == esc && modifier == Modifier::none && !alt_)
@@ -418,7 +292,7 @@ void KeyDecoder::finish_control_sequence(unsigned char final_byte)
     }
     if (alt_)
         modifier = modifier == Modifier::none ? Modifier::alt : Modifier::other;
-    if (const int code = code_of(codes, modifier); readable && code != 0)
+    if (const int code = codes.with(modifier); readable && code != 0)
         give(key::extended(code));
     end_sequence();
 }
@@ -438,7 +312,7 @@ void KeyDecoder::finish_single_shift(unsigned char final_byte)
         modifier = modifier == Modifier::none ? Modifier::alt : Modifier::other;
     if (final_byte == 'M' && bytes_.empty() && !alt_)
         give(key::enter); // on the keypad
-    else if (const int code = code_of(codes, modifier); readable && number == 1 && code != 0)
+    else if (const int code = codes.with(modifier); readable && number == 1 && code != 0)
         give(key::extended(code));
     end_sequence();
 }

@@ -18,15 +18,15 @@ std::string acquisition_time_text(const platform::LocalTime& time)
 bool MeasurementLog::start(const char* what, const std::string& whose,
                            const platform::LocalTime& started, const char* columns)
 {
-    file_.print("%s:\t%s\n", what, whose.c_str());
-    file_.print("Data acquisition started on:\t%s\n\n", acquisition_time_text(started).c_str());
-    file_.print("%s\n", columns);
-    return file_.store();
+    return file_.print("%s:\t%s\nData acquisition started on:\t%s\n\n%s\n", what, whose.c_str(),
+                       acquisition_time_text(started).c_str(), columns) &&
+           file_.store();
 }
 
 bool MeasurementLog::row(std::int64_t now_ms, const char* format, ...)
 {
-    file_.print("%.3lf", static_cast<double>(now_ms - start_ms_) * 0.001);
+    if (!file_.print("%.3lf", static_cast<double>(now_ms - start_ms_) * 0.001))
+        return false;
     va_list arguments;
     va_start(arguments, format);
     const bool printed = file_.print_list(format, arguments);
@@ -37,10 +37,12 @@ bool MeasurementLog::row(std::int64_t now_ms, const char* format, ...)
 bool MeasurementLog::stop(std::int64_t now_ms, std::uint64_t cycles)
 {
     const CycleRates rates = {.cycles = cycles, .start_ms = start_ms_};
-    file_.print("\nData acquisition stopped\n");
-    file_.print("Total duration in s:\t%.3lf\n", static_cast<double>(now_ms - start_ms_) * 0.001);
-    file_.print("Mean polling rate in cycles/s:\t%lf\n", rates.per_second(now_ms));
-    return file_.print("Mean response time in ms:\t%lf\n", rates.mean_ms(now_ms));
+    return file_.print("\nData acquisition stopped\n"
+                       "Total duration in s:\t%.3lf\n"
+                       "Mean polling rate in cycles/s:\t%lf\n"
+                       "Mean response time in ms:\t%lf\n",
+                       static_cast<double>(now_ms - start_ms_) * 0.001, rates.per_second(now_ms),
+                       rates.mean_ms(now_ms));
 }
 
 bool MeasurementLog::print(const char* format, ...)

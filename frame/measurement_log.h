@@ -19,6 +19,14 @@
 /// "%a, %m/%d/%Y, %H:%M:%S" with English day names.
 [[nodiscard]] std::string acquisition_time_text(const platform::LocalTime& time);
 
+/// What the user is told when the file of a display does not work; no line end.
+namespace log_error
+{
+inline constexpr const char* opening = "Error opening data file";
+inline constexpr const char* writing = "Error writing data file";
+inline constexpr const char* closing = "Error closing data file";
+} // namespace log_error
+
 /// Every member that returns bool tells whether all that was written so far could be written; what
 /// still waits in the buffer is found out by start(), keep(), store() and close() at the latest.
 class MeasurementLog
@@ -38,17 +46,17 @@ public:
 
     /// Writes the time and what the format makes of the values: a tab before each column, and the
     /// line's end.
-    bool row(std::int64_t now_ms, const char* format, ...) PRINTF_FORMAT(3, 4);
+    [[nodiscard]] bool row(std::int64_t now_ms, const char* format, ...) PRINTF_FORMAT(3, 4);
 
     /// To be called in each cycle: stores what was written, about once a second.
-    bool keep(std::int64_t now_ms) { return file_.store_when_due(now_ms); }
+    [[nodiscard]] bool keep(std::int64_t now_ms) { return file_.store_when_due(now_ms); }
 
     /// Writes the trailer: duration, cycles per second and ms per cycle (0 where it would be
     /// divided by 0).
-    bool stop(std::int64_t now_ms, std::uint64_t cycles);
+    [[nodiscard]] bool stop(std::int64_t now_ms, std::uint64_t cycles);
 
     /// A line of its own behind the trailer.
-    bool print(const char* format, ...) PRINTF_FORMAT(2, 3);
+    [[nodiscard]] bool print(const char* format, ...) PRINTF_FORMAT(2, 3);
 
     /// Everything that was written is on the disk now.
     [[nodiscard]] bool store() { return file_.store(); }

@@ -6,16 +6,12 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <map>
 #include <string>
-#include <vector>
 
-#include <io.h>
 #include <windows.h>
 
 #include <winternl.h>
 
-#include "frame/platform_windows_arguments.h"
 #include "frame/platform_windows_keys.h"
 #include "frame/platform_windows_screen.h"
 
@@ -252,49 +248,9 @@ void start()
     std::atexit(restore_terminal); // also when the device library ends the process
 }
 
-std::span<char*> arguments(int, char**)
-{
-    // Those of main() went through the code page.
-    static std::vector<std::string> texts;
-    static std::vector<char*> pointers;
-    for (const std::wstring& argument : split_command_line(GetCommandLineW()))
-        texts.push_back(utf8(argument));
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return std::span{pointers}.first(texts.size());
-}
-
 void restore_terminal()
 {
     hand_terminal_back();
-}
-
-std::int64_t tick_ms()
-{
-    static const std::int64_t frequency = [] {
-        LARGE_INTEGER ticks = {};
-        QueryPerformanceFrequency(&ticks);
-        return ticks.QuadPart;
-    }();
-    LARGE_INTEGER now = {};
-    QueryPerformanceCounter(&now);
-    return now.QuadPart / frequency * 1000 + now.QuadPart % frequency * 1000 / frequency;
-}
-
-LocalTime local_time()
-{
-    SYSTEMTIME now = {};
-    GetLocalTime(&now);
-    return {.year = now.wYear,
-            .month = now.wMonth,
-            .day = now.wDay,
-            .weekday = now.wDayOfWeek,
-            .hour = now.wHour,
-            .minute = now.wMinute,
-            .second = now.wSecond,
-            .millisecond = now.wMilliseconds};
 }
 
 void sleep_ms(std::int64_t milliseconds)
@@ -419,39 +375,9 @@ void drop_input()
     console_keys.forget();
 }
 
-void begin_writing_file() {} // a request to end the program breaks no write off here
-
-void end_writing_file() {}
-
-std::FILE* open_file(const char* name, const char* mode)
-{
-    return _wfopen(wide(name).c_str(), wide(mode).c_str());
-}
-
-bool store_file(std::FILE* file)
-{
-    const std::intptr_t value = _get_osfhandle(_fileno(file));
-    const auto handle = reinterpret_cast<HANDLE>(value); // NOLINT(performance-no-int-to-ptr)
-    // Pipes and devices have nothing to wait for.
-    return GetFileType(handle) != FILE_TYPE_DISK || FlushFileBuffers(handle) != 0;
-}
-
 int stop_signal()
 {
     return requested_stop;
-}
-
-const char* environment(const char* name)
-{
-    static std::map<std::string, std::string> values;
-    const std::wstring wide_name = wide(name);
-    // Also the size of an empty value, which holds its end, is not 0.
-    const DWORD size = GetEnvironmentVariableW(wide_name.c_str(), nullptr, 0);
-    if (size == 0)
-        return nullptr;
-    std::wstring value(size, L'\0');
-    value.resize(GetEnvironmentVariableW(wide_name.c_str(), value.data(), size));
-    return (values[name] = utf8(value)).c_str();
 }
 
 } // namespace platform

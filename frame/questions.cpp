@@ -1,23 +1,46 @@
 #include "frame/questions.h"
 
+#include <optional>
+
 #include "frame/console.h"
 #include "frame/keys.h"
 
 YesNo ask_yes_no()
 {
     flush_keys();
-    int key = 0;
-    do
-        key = folded(read_key());
-    while (key != 'Y' && key != 'N' && key != key::escape);
+    const YesNo answer = read_yes_no();
     expect_line_end();
     flush_keys();
-    if (key == key::escape) {
+    if (answer == YesNo::interrupted)
         print_interrupted();
-        return YesNo::interrupted;
+    else
+        console.print("%c\r\n", answer == YesNo::yes ? 'Y' : 'N');
+    return answer;
+}
+
+YesNo read_yes_no()
+{
+    for (;;) {
+        switch (folded(read_key())) {
+        case 'Y':
+            return YesNo::yes;
+        case 'N':
+            return YesNo::no;
+        case key::escape:
+            return YesNo::interrupted;
+        default:
+            break;
+        }
     }
-    console.print("%c\r\n", key);
-    return key == 'Y' ? YesNo::yes : YesNo::no;
+}
+
+YesNo read_confirmation()
+{
+    flush_keys();
+    const std::optional<char> answer = read_answer();
+    if (!answer)
+        return YesNo::interrupted;
+    return folded(*answer) == 'Y' ? YesNo::yes : YesNo::no;
 }
 
 void print_interrupted()

@@ -13,7 +13,8 @@ namespace
 
 constexpr const char* default_name = "KOV-Controller";
 
-// Wording and columns are kept as they are.
+// Kept: its columns are uneven, "HL,hl" has a comma where the others have a slash, and each line is
+// worded in its own way.
 // clang-format off
 constexpr char usage_text[] =
     " COM-Number [Switches]\r\n"

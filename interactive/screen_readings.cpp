@@ -1,8 +1,8 @@
 #include "interactive/screen_readings.h"
 
 #include "frame/device_call.h"
-#include "frame/error_report.h"
 #include "frame/platform.h"
+#include "interactive/screen_reports.h"
 
 namespace
 {

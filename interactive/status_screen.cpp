@@ -2,13 +2,13 @@
 
 #include "frame/characters.h"
 #include "frame/device_call.h"
-#include "frame/error_report.h"
 #include "frame/keys.h"
 #include "frame/platform.h"
 #include "frame/session.h"
 #include "interactive/drawing.h"
 #include "interactive/layout.h"
 #include "interactive/screen_readings.h"
+#include "interactive/screen_reports.h"
 
 namespace
 {

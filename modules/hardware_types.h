@@ -26,8 +26,8 @@ inline constexpr WordField fans = {24, 2};
 /// "KOVCT-200W-4".
 [[nodiscard]] std::string type_name(std::uint32_t word);
 
-/// The same, but the last figure takes in the four bits above it, the number of fans among them:
-/// "KOVCT-200W-20". Kept: the console shows it so.
+/// The same as the console shows it. Kept: the last figure is not the slots alone, it takes in the
+/// four bits above them with the number of fans: "KOVCT-200W-20" are four slots and one fan.
 [[nodiscard]] std::string type_name_with_fans(std::uint32_t word);
 } // namespace base_unit_hardware
 
@@ -50,7 +50,8 @@ namespace hv_supply_hardware
 inline constexpr WordField voltage_range = {0, 14}; ///< V
 inline constexpr WordField current_ranges = {14, 4};
 inline constexpr WordField bipolar_outputs = {26, 2};
-/// Kept: the one field stands for the positive outputs and for the negative ones.
+/// Kept: the same two bits are shown as the number of positive outputs and as that of negative
+/// ones.
 inline constexpr WordField unipolar_outputs = {30, 2};
 
 /// Exponents of the lowest and of the highest current range: -6 is 1E-6 A.

@@ -106,7 +106,7 @@ void set_setting(const Setting& setting, double value)
 }
 
 /// A target that has words of its own for "off".
-void show_target(const Setting& setting, const char* off_label)
+void show_target_or_off(const Setting& setting, const char* off_label)
 {
     double value = 0.0;
     if (!get_setting(setting, value))
@@ -143,12 +143,12 @@ void set_target_temperature(const Given& given)
 
 void show_target_output_voltage_of_heater(const Given&)
 {
-    show_target(target_output_voltage, "Output voltage control: ");
+    show_target_or_off(target_output_voltage, "Output voltage control: ");
 }
 
 void show_target_heater_power(const Given&)
 {
-    show_target(target_heater_power, "Heater power control: ");
+    show_target_or_off(target_heater_power, "Heater power control: ");
 }
 
 void show_heater_voltage_limit(const Given&)
@@ -209,13 +209,13 @@ void MonitoringFields::show(const HeaterMonitoring& values) const
     end_field(heater_voltage);
     console.print_at(current, Color::value, "%7.3lfA", values.current);
     end_field(current);
-    console.print_at(temperature, Color::value, "%+8.2lf" DEGREES_C, values.temperature);
+    console.print_at(temperature, Color::value, "%+8.2lf%s", values.temperature, degrees);
     end_row();
     console.print_at(output_power, Color::value, "%7.2lfW", values.output_power());
     end_field(output_power);
-    console.print_at(wire_power, Color::value, "%7.2lfW", values.wire_power());
+    console.print_at(wire_power, Color::value, "%*.2lfW", power_width, values.wire_power());
     end_field(wire_power);
-    console.print_at(heater_power, Color::value, "%7.2lfW", values.heater_power());
+    console.print_at(heater_power, Color::value, "%*.2lfW", power_width, values.heater_power());
     end_field(heater_power);
     if (const std::optional<double> ohms = values.heater_resistance())
         console.print_at(resistance, Color::value, "%7.3lfOhm", *ohms);

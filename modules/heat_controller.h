@@ -2,6 +2,7 @@
 #pragma once
 
 #include "frame/console.h"
+#include "frame/format.h"
 #include "frame/switches.h"
 #include "modules/readings.h"
 
@@ -28,8 +29,10 @@ void show_heater_interlock_state(const Given&);
 struct MonitoringFields {
     Place output_voltage, heater_voltage, current, temperature;
     Place output_power, wire_power, heater_power, resistance;
-    int columns = 12;     ///< from the start of a value to the next label
-    bool own_rows = true; ///< nothing else stands behind the last values of the two rows
+    int columns = 12;                ///< from the start of a value to the next label
+    bool own_rows = true;            ///< nothing else stands behind the last values of the two rows
+    int power_width = 7;             ///< of the powers of wires and heater, without their "W"
+    const char* degrees = DEGREES_C; ///< unit of the temperature
 
     void show(const HeaterMonitoring& values) const;
 };

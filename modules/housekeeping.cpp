@@ -1,15 +1,12 @@
 #include "modules/housekeeping.h"
 
 #include <cstdint>
-#include <span>
 #include <string>
-#include <vector>
 
 #include "frame/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/live_display.h"
-#include "frame/supplies.h"
 #include "modules/addressing.h"
 #include "modules/presence.h"
 #include "modules/readings.h"
@@ -18,45 +15,8 @@ namespace
 {
 
 using Record = ModuleHousekeeping;
-
-/// A value of the record and how it is shown.
-struct Quantity {
-    double Record::*value;
-    const Supply* supply; ///< null = a temperature
-    int width = 0;        ///< of a voltage, with its "V" one more
-    bool with_sign = true;
-
-    void print(const Record& record) const
-    {
-        const double number = record.*value;
-        if (supply == nullptr)
-            console.print(temperature_color(number), "%+6.1lf" DEGREES_C, number);
-        else if (with_sign)
-            console.print(supply->color(number), "%+*.3lfV", width, number);
-        else
-            console.print(supply->color(number), "%*.3lfV", width, number);
-    }
-};
-
-constexpr Quantity plus_3_3 = {&Record::plus_3_3, &supply::plus_3_3, 6, false};
-constexpr Quantity plus_5 = {&Record::plus_5, &supply::plus_5, 6, false};
-constexpr Quantity plus_24 = {&Record::plus_24, &supply::plus_24, 7, false};
-constexpr Quantity signed_3_3 = {&Record::plus_3_3, &supply::plus_3_3, 7};
-constexpr Quantity signed_5 = {&Record::plus_5, &supply::plus_5, 7};
-constexpr Quantity signed_24 = {&Record::plus_24, &supply::plus_24, 8};
-constexpr Quantity minus_22 = {&Record::minus_22, &supply::minus_22, 8};
-constexpr Quantity plus_18 = {&Record::plus_18, &supply::plus_18, 8};
-constexpr Quantity minus_18 = {&Record::minus_18, &supply::minus_18, 8};
-constexpr Quantity vc = {&Record::vc, &supply::vc, 7};
-constexpr Quantity analog_ground = {&Record::analog_ground, &supply::analog_ground, 7};
-constexpr Quantity cpu = {&Record::cpu, nullptr};
-constexpr Quantity psu = {&Record::psu, nullptr};
-
-struct LabelledQuantity {
-    const char* label;
-    Quantity quantity;
-};
 using Row = std::span<const LabelledQuantity>;
+using namespace housekeeping;
 
 // ---- One line a module ----
 
@@ -66,7 +26,7 @@ constexpr LabelledQuantity heat_controller_line[] = {{"+3V3:", plus_3_3},
                                                      {", +24V:", plus_24},
                                                      {", CPU:", cpu},
                                                      {", PSU:", psu}};
-// Kept as they are: no sign at 5V0, nothing between -22V and +18V.
+// Kept: no "+" before 5V0, no comma between -22V and +18V.
 constexpr LabelledQuantity hv_supply_line[] = {
     {"+3V3:", plus_3_3},   {", 5V0:", plus_5},         {", +24V:", plus_24},
     {", -22V:", minus_22}, {"+18V:", plus_18},         {", -18V:", minus_18},
@@ -104,9 +64,8 @@ using RecordReader = const char* (*)(unsigned address, Record& record);
 void show_live(unsigned address, bool continuous, std::span<const Row> rows,
                RecordReader attempt_record)
 {
-    constexpr int columns_to_next_label = 12;
     const std::string name = module_name(address);
-    std::vector<Place> places;
+    HousekeepingFields values;
     progress("Getting housekeeping data of %s:\r\n", name.c_str());
     run_live_display<Record>(
         {.title = "Housekeeping of " + name, .continuous = continuous, .key_first = true},
@@ -115,8 +74,7 @@ void show_live(unsigned address, bool continuous, std::span<const Row> rows,
             for (const Row row : rows) {
                 console.print("\r\n");
                 console.skip(2);
-                for (const LabelledQuantity& shown : row)
-                    places.push_back(place_field(shown.label, columns_to_next_label));
+                values.place(row);
             }
         },
         [&](Record& record) {
@@ -124,20 +82,36 @@ void show_live(unsigned address, bool continuous, std::span<const Row> rows,
             return failed == nullptr && record.valid == 0 ? Reading::nothing_new()
                                                           : Reading{failed};
         },
-        [&](const Record& record) {
-            auto place = places.begin();
-            for (const Row row : rows) {
-                for (const LabelledQuantity& shown : row) {
-                    console.move_to(*place);
-                    shown.quantity.print(record);
-                    console.blank_to_column(place->column + columns_to_next_label);
-                    ++place;
-                }
-            }
-        });
+        [&](const Record& record) { values.show(record); });
 }
 
 } // namespace
+
+void HousekeepingQuantity::print(const ModuleHousekeeping& record, const char* degrees) const
+{
+    const double number = record.*value;
+    if (supply == nullptr)
+        console.print(temperature_color(number), "%+6.1lf%s", number, degrees);
+    else if (with_sign)
+        console.print(supply->color(number), "%+*.3lfV", width, number);
+    else
+        console.print(supply->color(number), "%*.3lfV", width, number);
+}
+
+void HousekeepingFields::place(std::span<const LabelledQuantity> row)
+{
+    for (const LabelledQuantity& shown : row)
+        fields_.push_back({place_field(shown.label, columns), &shown.quantity});
+}
+
+void HousekeepingFields::show(const ModuleHousekeeping& record, const char* degrees) const
+{
+    for (const Field& field : fields_) {
+        console.move_to(field.place);
+        field.quantity->print(record, degrees);
+        console.blank_to_column(field.place.column + columns);
+    }
+}
 
 void show_module_housekeeping(const Given& given)
 {

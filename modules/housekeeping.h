@@ -1,7 +1,14 @@
 /// What the modules tell of their own well-being: supply voltages, temperatures, CPU and LED.
 #pragma once
 
+#include <span>
+#include <vector>
+
+#include "frame/console.h"
+#include "frame/format.h"
+#include "frame/supplies.h"
 #include "frame/switches.h"
+#include "modules/readings.h"
 
 /// Supply voltages and temperatures, one line a module.
 void show_module_housekeeping(const Given&);
@@ -12,3 +19,65 @@ void show_hv_supply_housekeeping(const Given&);
 
 void show_module_cpu_data(const Given&);
 void show_module_led_data(const Given&);
+
+// ---- Values of the record, for whoever shows them ----
+
+/// A value of the record and how it is shown.
+struct HousekeepingQuantity {
+    double ModuleHousekeeping::*value;
+    const Supply* supply; ///< null = a temperature
+    int width = 0;        ///< of a voltage, with its "V" one more
+    bool with_sign = true;
+
+    /// Prints it at the cursor; `degrees` stands behind a temperature.
+    void print(const ModuleHousekeeping& record, const char* degrees = DEGREES_C) const;
+};
+
+namespace housekeeping
+{
+inline constexpr HousekeepingQuantity plus_3_3 = {&ModuleHousekeeping::plus_3_3, &supply::plus_3_3,
+                                                  6, false};
+inline constexpr HousekeepingQuantity plus_5 = {&ModuleHousekeeping::plus_5, &supply::plus_5, 6,
+                                                false};
+inline constexpr HousekeepingQuantity plus_24 = {&ModuleHousekeeping::plus_24, &supply::plus_24, 7,
+                                                 false};
+inline constexpr HousekeepingQuantity signed_3_3 = {&ModuleHousekeeping::plus_3_3,
+                                                    &supply::plus_3_3, 7};
+inline constexpr HousekeepingQuantity signed_5 = {&ModuleHousekeeping::plus_5, &supply::plus_5, 7};
+inline constexpr HousekeepingQuantity signed_24 = {&ModuleHousekeeping::plus_24, &supply::plus_24,
+                                                   8};
+inline constexpr HousekeepingQuantity minus_22 = {&ModuleHousekeeping::minus_22, &supply::minus_22,
+                                                  8};
+inline constexpr HousekeepingQuantity plus_18 = {&ModuleHousekeeping::plus_18, &supply::plus_18, 8};
+inline constexpr HousekeepingQuantity minus_18 = {&ModuleHousekeeping::minus_18, &supply::minus_18,
+                                                  8};
+inline constexpr HousekeepingQuantity vc = {&ModuleHousekeeping::vc, &supply::vc, 7};
+inline constexpr HousekeepingQuantity analog_ground = {&ModuleHousekeeping::analog_ground,
+                                                       &supply::analog_ground, 7};
+inline constexpr HousekeepingQuantity cpu = {&ModuleHousekeeping::cpu, nullptr};
+inline constexpr HousekeepingQuantity psu = {&ModuleHousekeeping::psu, nullptr};
+} // namespace housekeeping
+
+struct LabelledQuantity {
+    const char* label;
+    HousekeepingQuantity quantity;
+};
+
+/// Labels with their values behind them, 12 columns from the end of a label to the next one.
+class HousekeepingFields
+{
+public:
+    /// Prints a row of labels at the cursor. The row is referred to from then on.
+    void place(std::span<const LabelledQuantity> row);
+    /// Shows the values of all rows; `degrees` stands behind a temperature.
+    void show(const ModuleHousekeeping& record, const char* degrees = DEGREES_C) const;
+
+private:
+    struct Field {
+        Place place;
+        const HousekeepingQuantity* quantity;
+    };
+
+    static constexpr int columns = 12;
+    std::vector<Field> fields_;
+};

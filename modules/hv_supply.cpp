@@ -129,24 +129,10 @@ void show_output(const Given& given)
 namespace
 {
 
-/// The output with its PWM parameters: three rows under the title.
-struct OutputData {
-    double target = 0.0; ///< V, read once
-    PwmParameters pwm;
-    OutputValues output;
-};
-
-struct OutputDataFields {
-    Place period, width, phase_measured, phase_set;
-    Place voltage, current;
-    Place measured, set, target, active;
-
-    void place();
-    void show(const OutputData& data) const;
-};
-
-void OutputDataFields::place()
+/// Three rows under the title.
+OutputDataFields place_output_data()
 {
+    OutputDataFields fields;
     constexpr int columns_to_second = 25;
     constexpr int columns_to_third = 19;
     constexpr int columns_to_fourth = 14;
@@ -160,32 +146,19 @@ void OutputDataFields::place()
         return place_field(label);
     };
     begin_row();
-    period = place_field("PWM Period: ");
-    width = place_at(period, columns_to_second, "Width: ");
-    phase_measured = place_at(width, columns_to_third, "Phase measured: ");
-    phase_set = place_at(phase_measured, columns_to_fourth, "Phase set: ");
+    fields.period = place_field("PWM Period: ");
+    fields.width = place_at(fields.period, columns_to_second, "Width: ");
+    fields.phase_measured = place_at(fields.width, columns_to_third, "Phase measured: ");
+    fields.phase_set = place_at(fields.phase_measured, columns_to_fourth, "Phase set: ");
     begin_row();
-    voltage = place_field("Voltage: ");
-    current = place_at(period, columns_to_second, "Current: ");
+    fields.voltage = place_field("Voltage: ");
+    fields.current = place_at(fields.period, columns_to_second, "Current: ");
     begin_row();
-    measured = place_field("Measured: ");
-    set = place_at(period, columns_to_second, "Set: ");
-    target = place_at(width, columns_to_third, "Target: ");
-    active = place_at(phase_measured, columns_to_fourth, "Active: ");
-}
-
-void OutputDataFields::show(const OutputData& data) const
-{
-    show_target(target, data.target);
-    console.print_at(active, yes_no(data.pwm.active != 0));
-    show_voltage(set, data.pwm.voltage_set);
-    show_voltage(measured, data.pwm.voltage_measured);
-    show_microseconds(period, data.pwm.period);
-    show_microseconds(width, data.pwm.width);
-    show_microseconds(phase_measured, data.pwm.phase_measured);
-    show_microseconds(phase_set, data.pwm.phase_set);
-    show_measured_voltage_or_overflow(voltage, data.output);
-    show_measured_current(current, data.output, 5);
+    fields.measured = place_field("Measured: ");
+    fields.set = place_at(fields.period, columns_to_second, "Set: ");
+    fields.target = place_at(fields.width, columns_to_third, "Target: ");
+    fields.active = place_at(fields.phase_measured, columns_to_fourth, "Active: ");
+    return fields;
 }
 
 } // namespace
@@ -211,7 +184,7 @@ void show_output_data(const Given& given)
             }
             console.skip(4);
             fields.place_rates(fine_rates_in_header);
-            places.place();
+            places = place_output_data();
             console.flush();
             target_failed = attempt_target_voltage(address, latest.target);
             if (target_failed == nullptr)

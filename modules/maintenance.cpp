@@ -4,6 +4,7 @@
 #include "frame/device_call.h"
 #include "frame/keys.h"
 #include "frame/platform.h"
+#include "frame/questions.h"
 #include "modules/addressing.h"
 #include "modules/presence.h"
 
@@ -99,16 +100,14 @@ void offer_to_save()
     console.print("/");
     console.print(Color::value, "N");
     console.print("] ");
-    int key = 0;
-    do
-        key = folded(read_key());
-    while (key != 'Y' && key != 'N' && key != key::escape);
-    if (key == key::escape)
+    const YesNo answer = read_yes_no(); // also one that was typed ahead
+    if (answer == YesNo::interrupted)
         return;
     expect_line_end();
-    console.print(key == 'Y' ? Word{"Y", Color::good} : Word{"N", Color::not_good});
+    const bool saves = answer == YesNo::yes;
+    console.print(saves ? Word{"Y", Color::good} : Word{"N", Color::not_good});
     console.print("\r\n");
-    if (key == 'Y')
+    if (saves)
         (void)call_twice(LIB(SetScannedModuleState));
 }
 

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "frame/device_call.h"
+#include "frame/format.h"
 #include "modules/readings.h"
 
 const char* attempt_ranges(unsigned address, MeasurementRanges& ranges)
@@ -94,13 +95,21 @@ namespace
 constexpr int short_columns = 12;
 constexpr int long_columns = 24;
 
-} // namespace
-
 void show_voltage(Place place, double volts)
 {
     console.print_at(place, Color::value, "%+9.3lfV", volts);
     console.blank_to_column(place.column + short_columns);
 }
+
+/// Of a time in s.
+void show_microseconds(Place place, double seconds)
+{
+    constexpr double microseconds = 1e6;
+    console.print_at(place, Color::value, "%8.5lfus", seconds * microseconds);
+    console.blank_to_column(place.column + short_columns);
+}
+
+} // namespace
 
 void show_measured_voltage(Place place, const OutputValues& output)
 {
@@ -109,17 +118,6 @@ void show_measured_voltage(Place place, const OutputValues& output)
     console.print_at(place, Color::value, "%+9.3lfV (%s)", output.voltage,
                      output.voltage_ranges.polarity());
     console.blank_to_column(place.column + long_columns);
-}
-
-void show_measured_voltage_or_overflow(Place place, const OutputValues& output)
-{
-    constexpr double overflow_volts = 10000.0;
-    if (output.has_voltage && std::fabs(output.voltage) >= overflow_volts) {
-        console.print_at(place, Color::bad, "* * * Overflow * * * ");
-        console.blank_to_column(place.column + long_columns);
-    } else {
-        show_measured_voltage(place, output);
-    }
 }
 
 void show_measured_current(Place place, const OutputValues& output, int decimals)
@@ -142,9 +140,35 @@ void show_target(Place place, double volts)
     }
 }
 
-void show_microseconds(Place place, double seconds)
+namespace
 {
-    constexpr double microseconds = 1e6;
-    console.print_at(place, Color::value, "%8.5lfus", seconds * microseconds);
-    console.blank_to_column(place.column + short_columns);
+
+void show_measured_voltage_or_overflow(Place place, const OutputValues& output)
+{
+    constexpr double overflow_volts = 10000.0;
+    if (output.has_voltage && std::fabs(output.voltage) >= overflow_volts) {
+        console.print_at(place, Color::bad, "* * * Overflow * * * ");
+        console.blank_to_column(place.column + long_columns);
+    } else {
+        show_measured_voltage(place, output);
+    }
+}
+
+} // namespace
+
+void OutputDataFields::show(const OutputData& data) const
+{
+    show_target(target, data.target);
+    console.print_at(active, yes_no(data.pwm.active != 0));
+    show_voltage(set, data.pwm.voltage_set);
+    show_voltage(measured, data.pwm.voltage_measured);
+    show_microseconds(period, data.pwm.period);
+    if (width.row > 0)
+        show_microseconds(width, data.pwm.width);
+    if (phase_measured.row > 0)
+        show_microseconds(phase_measured, data.pwm.phase_measured);
+    if (phase_set.row > 0)
+        show_microseconds(phase_set, data.pwm.phase_set);
+    show_measured_voltage_or_overflow(voltage, data.output);
+    show_measured_current(current, data.output, 5);
 }

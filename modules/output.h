@@ -59,14 +59,26 @@ void print_range_keys();
 
 // ---- Values at their places ----
 
-void show_voltage(Place place, double volts);
-/// With its polarity.
+/// With its polarity; nothing when none was measured.
 void show_measured_voltage(Place place, const OutputValues& output);
-/// The same, but 10000 V or more of either sign are shown as an overflow.
-void show_measured_voltage_or_overflow(Place place, const OutputValues& output);
-/// With its range.
+/// With its range; nothing when none was measured.
 void show_measured_current(Place place, const OutputValues& output, int decimals);
 /// "** off ** " when it is negative.
 void show_target(Place place, double volts);
-/// Of a time in s.
-void show_microseconds(Place place, double seconds);
+
+/// All of an output: what it is set to, and what comes of it.
+struct OutputData {
+    double target = 0; ///< V, negative = off
+    PwmParameters pwm;
+    OutputValues output;
+};
+
+/// Where a display shows it, 10000 V or more of either sign as an overflow; a value without a place
+/// (row 0) is not shown.
+struct OutputDataFields {
+    Place period, width, phase_measured, phase_set;
+    Place voltage, current;
+    Place measured, set, target, active;
+
+    void show(const OutputData& data) const;
+};

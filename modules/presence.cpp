@@ -22,6 +22,18 @@ std::string module_name(unsigned address)
     }
 }
 
+const char* module_type_name(unsigned address)
+{
+    switch (address) {
+    case heat_controller:
+        return "Heat Controller";
+    case base_unit:
+        return "KOV Controller";
+    default:
+        return "HV Supply";
+    }
+}
+
 const ModuleType* find_module_type(std::uint16_t code)
 {
     static constexpr ModuleType types[] = {

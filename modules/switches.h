@@ -9,9 +9,9 @@
 #include "modules/hv_supply.h"
 #include "modules/identification.h"
 #include "modules/maintenance.h"
-#include "modules/product_data.h"
 #include "modules/state.h"
 #include "modules/voltage_tuning.h"
+#include "modules/whole_unit.h"
 
 // clang-format off
 inline constexpr Switch module_switches[] = {

@@ -56,12 +56,6 @@ std::string file_name(const std::string& module, const platform::LocalTime& time
                      time.day, time.hour, time.minute, time.second);
 }
 
-struct Values {
-    double target = 0.0;
-    PwmParameters pwm;
-    OutputValues output;
-};
-
 /// One run of the display.
 class Tuning
 {
@@ -73,8 +67,7 @@ public:
 private:
     void print_labels(LiveFields& fields);
     void print_title(bool continuous);
-    [[nodiscard]] Reading read(Values& values);
-    void draw(const Values& values) const;
+    [[nodiscard]] Reading read(OutputData& shown);
 
     [[nodiscard]] const char* take_key(int key);
     [[nodiscard]] const char* step_target(double step);
@@ -82,7 +75,7 @@ private:
 
     void start_saving();
     void stop_saving();
-    void save(const PwmParameters& pwm, NewOutput news);
+    void save(NewOutput news);
     /// Notes what was wrong with the file first: the display is over then.
     void end_unless(bool written, const char* error);
     /// Tells how to start saving or, with a file, how to stop it.
@@ -91,15 +84,14 @@ private:
     const unsigned address_;
     const std::string name_;
     MeasurementRanges ranges_;
-    double target_ = 0.0;
+    OutputData latest_;
     const char* target_failed_ = nullptr;
-    OutputValues output_; ///< the latest
     std::uint64_t cycles_ = 0;
     MeasurementLog log_;
-    const char* file_error_ = nullptr; ///< "Error opening data file" and the like
+    const char* file_error_ = nullptr; ///< log_error
 
     Place saving_prompt_;
-    Place voltage_, current_, period_, measured_, set_, target_place_, active_;
+    OutputDataFields places_;
 };
 
 void Tuning::print_title(bool continuous)
@@ -135,48 +127,36 @@ void Tuning::print_labels(LiveFields& fields)
     };
     console.move_to({last_row - 2, first_column});
     fields.place_rates(fine_rates_in_header);
-    voltage_ = place_at({last_row - 1, first_column}, "Voltage: ");
-    current_ = place_at(voltage_.right(columns_to_next), "Current: ");
-    period_ = place_at(current_.right(columns_to_next), "PWM Period: ");
-    measured_ = place_at({last_row, first_column}, "Measured: ");
-    set_ = place_at({last_row, voltage_.column + columns_to_next}, "Set: ");
-    target_place_ = place_at({last_row, current_.column + columns_to_next}, "Target: ");
-    active_ = place_at(target_place_.right(columns_to_active), "Active: ");
+    places_.voltage = place_at({last_row - 1, first_column}, "Voltage: ");
+    places_.current = place_at(places_.voltage.right(columns_to_next), "Current: ");
+    places_.period = place_at(places_.current.right(columns_to_next), "PWM Period: ");
+    places_.measured = place_at({last_row, first_column}, "Measured: ");
+    places_.set = place_at({last_row, places_.voltage.column + columns_to_next}, "Set: ");
+    places_.target = place_at({last_row, places_.current.column + columns_to_next}, "Target: ");
+    places_.active = place_at(places_.target.right(columns_to_active), "Active: ");
     console.flush();
-    target_failed_ = attempt_target_voltage(address_, target_);
+    target_failed_ = attempt_target_voltage(address_, latest_.target);
     if (target_failed_ == nullptr)
-        show_target(target_place_, target_);
+        show_target(places_.target, latest_.target);
     console.move_to({last_row, 1});
 }
 
-Reading Tuning::read(Values& values)
+Reading Tuning::read(OutputData& shown)
 {
     if (target_failed_ != nullptr)
         return {target_failed_};
     if (file_error_ != nullptr)
         return Reading::over();
-    values.target = target_;
-    if (const char* failed =
-            with_repeat([&] { return attempt_pwm_parameters(address_, values.pwm); }))
+    PwmParameters& pwm = latest_.pwm;
+    if (const char* failed = with_repeat([&] { return attempt_pwm_parameters(address_, pwm); }))
         return {failed};
     ++cycles_;
     NewOutput news;
-    const char* failed = attempt_output(address_, values.pwm.data_ready, ranges_, output_, news);
-    values.output = output_;
+    const char* failed = attempt_output(address_, pwm.data_ready, ranges_, latest_.output, news);
+    shown = latest_;
     if (log_.is_open())
-        save(values.pwm, news);
+        save(news);
     return Reading::partly(failed);
-}
-
-void Tuning::draw(const Values& values) const
-{
-    show_target(target_place_, values.target);
-    console.print_at(active_, yes_no(values.pwm.active != 0));
-    show_voltage(set_, values.pwm.voltage_set);
-    show_voltage(measured_, values.pwm.voltage_measured);
-    show_microseconds(period_, values.pwm.period);
-    show_measured_voltage_or_overflow(voltage_, values.output);
-    show_measured_current(current_, values.output, 5);
 }
 
 const char* Tuning::take_key(int key)
@@ -210,8 +190,8 @@ const char* Tuning::take_key(int key)
 
 const char* Tuning::step_target(double step)
 {
-    target_ = stepped(target_, step);
-    return attempt(LIB(SetHVsupplyTargetOutputVoltage), address_, target_);
+    latest_.target = stepped(latest_.target, step);
+    return attempt(LIB(SetHVsupplyTargetOutputVoltage), address_, latest_.target);
 }
 
 const char* Tuning::activate(bool on)
@@ -234,7 +214,7 @@ void Tuning::print_saving_prompt(const std::string& file)
     } else {
         console.print(" to stop saving data to file '");
         console.print(Color::value, "%s", file.c_str());
-        console.print(":"); // kept: the quote is not closed
+        console.print(":"); // kept: no quote behind the name
     }
     console.clear_to_end_of_line();
 }
@@ -245,12 +225,12 @@ void Tuning::start_saving()
     log_.start_clock(platform::tick_ms());
     const std::string file = file_name(name_, now);
     if (!log_.create(file.c_str())) {
-        end_unless(false, "Error opening data file");
+        end_unless(false, log_error::opening);
         return;
     }
     end_unless(log_.start("Operating parameters of", name_, now,
                           "Time/s\tWidth/ns\tPeriod/ns\tVoltage/V\tCurrent/nA\tPhase/ns"),
-               "Error writing data file");
+               log_error::writing);
     if (file_error_ == nullptr)
         print_saving_prompt(file);
 }
@@ -258,14 +238,16 @@ void Tuning::start_saving()
 void Tuning::stop_saving()
 {
     // The cycles are those of the display since its start, not only those of the saving.
-    end_unless(log_.stop(platform::tick_ms(), cycles_ + 1), "Error writing data file");
-    end_unless(log_.close(), "Error closing data file");
+    end_unless(log_.stop(platform::tick_ms(), cycles_ + 1), log_error::writing);
+    end_unless(log_.close(), log_error::closing);
     if (file_error_ == nullptr)
         print_saving_prompt();
 }
 
-void Tuning::save(const PwmParameters& pwm, NewOutput news)
+void Tuning::save(NewOutput news)
 {
+    const PwmParameters& pwm = latest_.pwm;
+    const OutputValues& output = latest_.output;
     constexpr double nano = 1e9;
     const std::int64_t now = platform::tick_ms();
     const double width = pwm.width * nano;
@@ -273,11 +255,11 @@ void Tuning::save(const PwmParameters& pwm, NewOutput news)
     const double phase = pwm.phase_measured * nano;
     bool written = true;
     if (news.voltage)
-        written = log_.row(now, "\t%lf\t%lf\t%lf\t\t%lf\n", width, period, output_.voltage, phase);
+        written = log_.row(now, "\t%lf\t%lf\t%lf\t\t%lf\n", width, period, output.voltage, phase);
     if (news.current)
         written = written && log_.row(now, "\t%lf\t%lf\t\t%lf\t%lf\n", width, period,
-                                      output_.current * nano, phase);
-    end_unless(written && log_.keep(now), "Error writing data file");
+                                      output.current * nano, phase);
+    end_unless(written && log_.keep(now), log_error::writing);
 }
 
 void Tuning::run(bool continuous)
@@ -285,13 +267,13 @@ void Tuning::run(bool continuous)
     progress("Getting operating parameters of %s:\r\n", name_.c_str());
     if (!succeeded(attempt_ranges(address_, ranges_)))
         return;
-    run_live_display<Values>(
+    run_live_display<OutputData>(
         {.continuous = continuous, .on_key = [this](int key) { return take_key(key); }},
         [this](LiveFields& fields) { print_labels(fields); },
-        [this](Values& values) { return read(values); },
-        [this](const Values& values) { draw(values); });
+        [this](OutputData& shown) { return read(shown); },
+        [this](const OutputData& shown) { places_.show(shown); });
     if (log_.is_open()) // something failed: the rows stay, without a trailer
-        end_unless(log_.close(), "Error closing data file");
+        end_unless(log_.close(), log_error::closing);
     if (file_error_ != nullptr) {
         console.print(Color::bad, "%s", file_error_);
         console.print("\r\n");

@@ -81,12 +81,9 @@ std::int32_t COM_KOV_CTRL_GetUptimeInt(std::uint32_t* seconds, std::uint16_t* mi
 {
     return call<"GetUptimeInt">(
         [&](Instrument& instrument) {
-            const Duration now = duration(uptime_us(instrument, controller));
-            const Duration total = duration(total_uptime_us(instrument, controller));
-            *seconds = now.seconds;
-            *milliseconds = now.milliseconds;
-            *totalSeconds = total.seconds;
-            *totalMilliseconds = total.milliseconds;
+            split_duration(uptime_us(instrument, controller), seconds, milliseconds);
+            split_duration(total_uptime_us(instrument, controller), totalSeconds,
+                           totalMilliseconds);
         },
         seconds, milliseconds, totalSeconds, totalMilliseconds);
 }
@@ -97,12 +94,9 @@ std::int32_t COM_KOV_CTRL_GetOptimeInt(std::uint32_t* seconds, std::uint16_t* mi
 {
     return call<"GetOptimeInt">(
         [&](Instrument& instrument) {
-            const Duration now = duration(optime_us(instrument, controller));
-            const Duration total = duration(total_optime_us(instrument, controller));
-            *seconds = now.seconds;
-            *milliseconds = now.milliseconds;
-            *totalSeconds = total.seconds;
-            *totalMilliseconds = total.milliseconds;
+            split_duration(optime_us(instrument, controller), seconds, milliseconds);
+            split_duration(total_optime_us(instrument, controller), totalSeconds,
+                           totalMilliseconds);
         },
         seconds, milliseconds, totalSeconds, totalMilliseconds);
 }

@@ -1,9 +1,9 @@
 #include "simulator/instrument.h"
 
 #include "simulator/config_record.h"
+#include "simulator/default_identities.h"
 #include "simulator/heater.h"
 #include "simulator/host.h"
-#include "simulator/identity.h"
 #include "simulator/measurements.h"
 #include "simulator/supply.h"
 

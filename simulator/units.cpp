@@ -72,11 +72,11 @@ void copy_text(char* buffer, std::size_t size, const std::string& text)
         buffer[length] = '\0';
 }
 
-Duration duration(std::int64_t microseconds)
+void split_duration(std::int64_t microseconds, std::uint32_t* seconds, std::uint16_t* milliseconds)
 {
-    const std::int64_t milliseconds = std::max(microseconds, std::int64_t{0}) / 1000;
-    return {static_cast<std::uint32_t>(milliseconds / 1000),
-            static_cast<std::uint16_t>(milliseconds % 1000)};
+    const std::int64_t whole_ms = std::max(microseconds, std::int64_t{0}) / 1000;
+    *seconds = static_cast<std::uint32_t>(whole_ms / 1000);
+    *milliseconds = static_cast<std::uint16_t>(whole_ms % 1000);
 }
 
 std::int64_t uptime_us(const Instrument& instrument, unsigned clock)

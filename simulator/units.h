@@ -22,12 +22,8 @@ namespace simulator
 /// Writes a text into a buffer of `size` bytes, with its terminator when there is room.
 void copy_text(char* buffer, std::size_t size, const std::string& text);
 
-/// Seconds and the milliseconds beyond.
-struct Duration {
-    std::uint32_t seconds;
-    std::uint16_t milliseconds;
-};
-[[nodiscard]] Duration duration(std::int64_t microseconds);
+/// Splits a duration into seconds and the milliseconds beyond; a negative one is 0.
+void split_duration(std::int64_t microseconds, std::uint32_t* seconds, std::uint16_t* milliseconds);
 
 /// Since the last start / summed over the unit's life, in microseconds.
 [[nodiscard]] std::int64_t uptime_us(const Instrument& instrument, unsigned clock);

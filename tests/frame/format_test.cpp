@@ -32,9 +32,6 @@ TEST(Format, Words)
     EXPECT_EQ(ok_fail_or_disabled(true, false).color, Color::bad);
     EXPECT_STREQ(led_color_name(true, false, true), "Pink");
     EXPECT_STREQ(led_color_name(false, true, true), "Cyan");
-    EXPECT_STREQ(module_type_name(0), "Heat Controller");
-    EXPECT_STREQ(module_type_name(128), "KOV Controller");
-    EXPECT_STREQ(module_type_name(2), "HV Supply");
 }
 
 TEST(Format, Bits)

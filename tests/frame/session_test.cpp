@@ -1,6 +1,5 @@
 #include "frame/console.h"
 #include "frame/device_call.h"
-#include "frame/error_report.h"
 #include "frame/program.h"
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"
@@ -118,44 +117,6 @@ TEST(ErrorReport, HostileTextsStayInTheirLine)
               error_line("GetProductNo", "09:26:53.589", "a\\e[2J\\r\\nProgram completed\xC2\xA2") +
                   "{M}last I/O error message: , last communication port error:{.}\n");
     EXPECT_THAT(trial.output(), Not(HasSubstr("\033[2J")));
-}
-
-TEST(ErrorReport, OnTheScreenScrollsInItsOwnArea)
-{
-    Trial trial{"fail GetState always text \"no answer\""};
-    virtual_platform.size = {.columns = 132, .rows = 60};
-    console.start();
-    program = {};
-    ASSERT_EQ(attempt(LIB(Open), std::uint8_t{3}), nullptr);
-    console.clear_screen();
-    for (int row = 1; row < message_area_row; ++row)
-        console.print_at(console.screen_place(row, 1), Color::value, "row %d", row);
-    const Place cursor = console.place();
-    start_screen_reports();
-    for (int report = 0; report < 10; ++report) {
-        std::uint16_t state = 0;
-        set_purge_hold();
-        report_on_screen_and_purge(attempt(LIB(GetState), &state));
-        virtual_time::advance_us(1'000'000);
-    }
-    EXPECT_EQ(console.place(), cursor);
-    const std::string screen = trial.screen();
-    EXPECT_THAT(screen, StartsWith("{W}row 1{.}\n{W}row 2{.}\n"));
-    EXPECT_THAT(
-        screen,
-        HasSubstr("{W}row 53{.}\n{M}2026/03/14, 09:27:00.589, ")); // the older ones scrolled out
-    EXPECT_THAT(screen, HasSubstr("09:27:02.589, Error at COM_KOV_CTRL_GetState: no answer{.}\n"));
-    EXPECT_THAT(screen, HasSubstr(", last communication stream error: "));
-    EXPECT_EQ(trial.calls_of("Purge()"), 0);
-
-    trial.instrument("fail Purge always");
-    for (const bool longer : {false, true}) {
-        set_purge_hold();
-        virtual_time::advance_us(longer ? 1'001'000 : 1'000'000);
-        report_on_screen_and_purge("COM_KOV_CTRL_GetState");
-        EXPECT_EQ(trial.calls_of("Purge()"), longer ? 1 : 0) << "only after more than a second";
-    }
-    EXPECT_THAT(trial.screen(), HasSubstr(", Error at COM_KOV_CTRL_Purge: "));
 }
 
 TEST(DeviceCall, ClearsItsResultsBeforeEachTry)

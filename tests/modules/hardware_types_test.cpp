@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "modules/hardware_types.h"
+#include "modules/presence.h"
 
 namespace
 {
@@ -14,6 +15,13 @@ TEST(HardwareTypes, Names)
     EXPECT_EQ(hv_supply_hardware::type_name(0x411C'87D0), "HVPS-2000P");
     EXPECT_EQ(hv_supply_hardware::type_name(0x311C'81F4), "HVPS-500N");
     EXPECT_STREQ(hv_supply_hardware::output_kind(0x311C'81F4), "Negative");
+}
+
+TEST(Presence, ModuleTypeNames)
+{
+    EXPECT_STREQ(module_type_name(heat_controller), "Heat Controller");
+    EXPECT_STREQ(module_type_name(base_unit), "KOV Controller");
+    EXPECT_STREQ(module_type_name(2), "HV Supply");
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "tests/simulator/virtual_host.h"
 #include "tests/support/virtual_time.h"
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -67,6 +68,9 @@ std::string default_state_path(unsigned port)
 
 std::FILE* open_file(const char* name, const char* mode)
 {
+    // Nothing stays behind in the folder that the tests happen to run in.
+    if (*mode == 'w' && std::filesystem::path{name}.is_relative())
+        return std::tmpfile();
     return std::fopen(name, *mode == 'w' ? "wb" : mode); // the same line ends everywhere
 }
 

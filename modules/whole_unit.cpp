@@ -1,4 +1,4 @@
-#include "modules/product_data.h"
+#include "modules/whole_unit.h"
 
 #include <span>
 

@@ -1,0 +1,20 @@
+/// Error reports on the full screen: in the message area at its bottom, and with a purge where a
+/// call took too long.
+#pragma once
+
+/// First row of the message area; it reaches to the screen's bottom row.
+inline constexpr int message_area_row = 54;
+
+/// Begins a new screen: the next report starts in the message area's first row.
+void start_screen_reports();
+
+/// Reports into the message area, which scrolls by itself; the rest of the screen stays.
+void report_error_on_screen(const char* function);
+
+/// Notes that a library call is about to be made: only a call that then lasts longer than a second
+/// is answered with a purge.
+void set_purge_hold();
+
+/// Reports on the screen; when the hold is over, purges the communication port as well (and
+/// reports if that fails).
+void report_on_screen_and_purge(const char* function);
