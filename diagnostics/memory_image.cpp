@@ -23,7 +23,7 @@ using Line = std::array<char, line_length>;
 constexpr std::array<Line, 256> line_of = [] {
     constexpr std::string_view digits = "0123456789ABCDEF";
     std::array<Line, 256> table = {};
-    for (std::size_t value = 0; value < table.size(); ++value)
+    for (std::size_t value = 0; value != table.size(); ++value)
         table[value] = {digits[value >> 4], digits[value & 0xF], '\n'};
     return table;
 }();

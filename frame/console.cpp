@@ -40,7 +40,7 @@ void Console::vprint(Color color, const char* format, va_list arguments)
     } else {
         std::string text(size, ' ');
         std::vsnprintf(text.data(), size + 1, format, again);
-        write(text);
+        write({text.data(), size});
     }
     color_ = Color::label;
     va_end(again);

@@ -51,8 +51,8 @@ Word ok_fail_or_disabled(bool enabled, bool good)
 
 const char* led_color_name(bool red, bool green, bool blue)
 {
-    constexpr std::array<const char*, 8> names = {"Black", "Red",  "Green", "Yellow",
-                                                  "Blue",  "Pink", "Cyan",  "White"};
+    static constexpr const char* names[] = {"Black", "Red",  "Green", "Yellow",
+                                            "Blue",  "Pink", "Cyan",  "White"};
     return names[(red ? 1u : 0u) + (green ? 2u : 0u) + (blue ? 4u : 0u)];
 }
 

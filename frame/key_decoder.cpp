@@ -325,6 +325,7 @@ void KeyDecoder::feed_utf8(unsigned char byte)
         return;
     }
     bytes_ += static_cast<char>(byte);
+    // cppcheck-suppress containerOutOfBounds ; there is at least the byte just added
     if (bytes_.size() < utf8_length(static_cast<unsigned char>(bytes_.front())))
         return;
     std::string_view rest = bytes_;

@@ -1,5 +1,5 @@
 // A device library that is not ours: just enough to be opened and to tell who it is.
-#include <cstring>
+#include <cstdio>
 
 #include "devlib/COM-KOV-CTRL.h"
 
@@ -26,6 +26,6 @@ int32_t COM_KOV_CTRL_GetDevType(uint16_t* type)
 
 int32_t COM_KOV_CTRL_GetProductID(char* identification)
 {
-    std::strcpy(identification, "Another library");
+    std::snprintf(identification, sizeof "Another library", "Another library");
     return 0;
 }

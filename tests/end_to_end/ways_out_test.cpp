@@ -185,7 +185,7 @@ TEST_P(Interrupted, ByTheShellForAWhile)
     expect_ended_by(SIGTERM, terminal, run);
 }
 
-INSTANTIATE_TEST_SUITE_P(, Interrupted, testing::ValuesIn(held));
+INSTANTIATE_TEST_SUITE_P(At, Interrupted, testing::ValuesIn(held));
 
 TEST(Suspended, HandsTheTerminalBackAndTakesItAgain)
 {

@@ -32,12 +32,12 @@ void check(const Given& given)
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     std::vector<std::vector<Switch>> rows;
-    std::vector<SwitchTable> tables;
     for (const SwitchTable table : all_switch_tables()) {
-        for (Switch& row : rows.emplace_back(table.begin(), table.end()))
+        rows.emplace_back(table.begin(), table.end());
+        for (Switch& row : rows.back())
             row.routine = check;
     }
-    tables.assign(rows.begin(), rows.end());
+    const std::vector<SwitchTable> tables(rows.begin(), rows.end());
     std::vector<std::string> arguments = {"KOV-Controller"};
     for (std::string_view text = as_text(data, size); !text.empty();) {
         const std::size_t length = std::min(text.find('\n'), text.size());

@@ -1,6 +1,7 @@
 /// The scenario language: wrong lines, files, the shipped scenarios and the guide's examples.
 #include "tests/simulator/instrument_test.h"
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -97,7 +98,7 @@ TEST_F(ScenarioTest, ShippedScenariosShowWhatTheySay)
     const auto main_decivolts = [] {
         double v24 = 0, v5 = 0, v33 = 0, cpu = 0, psu = 0;
         EXPECT_EQ(COM_KOV_CTRL_GetHousekeeping(&v24, &v5, &v33, &cpu, &psu), 0);
-        return static_cast<int>(v24 * 10 + 0.5);
+        return static_cast<int>(std::lround(v24 * 10));
     };
     const std::map<std::string, std::pair<std::function<int()>, int>> shown = {
         {"hot-psu.txt", {[] { return got(COM_KOV_CTRL_GetTemperatureState); }, 0x02}},

@@ -49,7 +49,7 @@ std::string text_of(const std::vector<EmulatedCell>& cells, bool marked)
     int color = 7;
     const auto change_to = [&](int next) {
         if (marked && next != color)
-            text += std::string{"{"} + marks[static_cast<std::size_t>(next + 1)] + '}';
+            text += std::string{"{"} + marks[static_cast<std::size_t>(next) + 1] + '}';
         color = next;
     };
     for (const EmulatedCell& cell : cells) {

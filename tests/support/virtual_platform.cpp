@@ -71,7 +71,7 @@ void restore_terminal() {}
 std::int64_t tick_ms()
 {
     constexpr int too_many = 2'000'000;
-    constexpr std::int64_t longest_run_ms = 3 * 3'600'000;
+    constexpr std::int64_t longest_run_ms = 10'800'000; // three hours
     if (now_ms() != last_tick_ms)
         ticks_without_progress = 0;
     else if (++ticks_without_progress == too_many)
