@@ -113,4 +113,13 @@ TEST(Format, TimestampAndSpinner)
     EXPECT_EQ(turns, ".--//||\\\\--//||\\\\-");
 }
 
+TEST(Format, Uptimes)
+{
+    EXPECT_EQ(uptime_text(59, 990), "59.99 sec.");
+    EXPECT_EQ(uptime_text(59, 999), "59.99 sec."); // cut, not rounded
+    EXPECT_EQ(uptime_text(61, 5), "1:01.00 sec.");
+    EXPECT_EQ(uptime_text(3600, 0), "1:00:00.00 sec.");
+    EXPECT_EQ(uptime_text(360000, 0), "100:00:00.00 sec.");
+}
+
 } // namespace

@@ -304,4 +304,24 @@ TEST(ScreenReports, ScrollInTheirOwnArea)
     EXPECT_THAT(trial.screen(), HasSubstr(", Error at COM_KOV_CTRL_Purge: "));
 }
 
+TEST(StatusScreen, PurgesAfterACallThatTookTooLong)
+{
+    ScreenTrial trial(4'000);
+    trial.instrument("block GetCompleteState at 2 for 1500");
+    trial.instrument("fail GetCompleteState at 2");
+    trial.run("3");
+    EXPECT_EQ(trial.calls_of("Purge()"), 1);
+}
+
+TEST(StatusScreen, AFailedControllerReadingSkipsTheRestOfItsCycle)
+{
+    ScreenTrial trial(4'000);
+    trial.instrument("fail GetHousekeeping at 1");
+    const std::string shown = trial.shown();
+    const auto failed = std::find(trial.calls.begin(), trial.calls.end(), "GetHousekeeping()");
+    const auto next = std::find(failed, trial.calls.end(), "GetCompleteState()");
+    EXPECT_EQ(std::find(failed, next, "GetHeatCtrlMonitoring()"), next);
+    EXPECT_THAT(shown, HasSubstr("Measurement duration: "));
+}
+
 } // namespace

@@ -84,4 +84,28 @@ TEST_F(StatusTest, InterlockWordLatchesUntilItIsRead)
     EXPECT_EQ(std::tuple(front, rear, fan), std::tuple(1, 0, 1));
 }
 
+TEST_F(StatusTest, InterlockStopsTheModulesThatItsMaskNames)
+{
+    const double target = 50;
+    COM_KOV_CTRL_SetEnable(1);
+    COM_KOV_CTRL_SetHeatCtrlHeaterTemperature(&target);
+    COM_KOV_CTRL_SetHVsupplyTargetOutputVoltage(1, 100);
+    COM_KOV_CTRL_SetModuleActivationState(0, 1);
+    COM_KOV_CTRL_SetModuleActivationState(1, 1);
+    const auto states = [] {
+        return std::pair(got(COM_KOV_CTRL_GetModuleState, 0), got(COM_KOV_CTRL_GetModuleState, 1));
+    };
+    EXPECT_EQ(states(), std::pair(std::uint16_t{0xC100}, std::uint16_t{0xC100}));
+    COM_KOV_CTRL_SetHeatCtrlInterlockEnable(0x01);
+    COM_KOV_CTRL_SetHVsupplyInterlockEnable(0x04);
+    apply("interlock.1 open");
+    EXPECT_EQ(states(), std::pair(std::uint16_t{0xC000}, std::uint16_t{0xC100}));
+    apply("interlock.1 closed");
+    apply("interlock.front open");
+    EXPECT_EQ(states(), std::pair(std::uint16_t{0xC100}, std::uint16_t{0xC000}));
+    COM_KOV_CTRL_SetHVsupplyInterlockEnable(0);
+    EXPECT_EQ(states(), std::pair(std::uint16_t{0xC100}, std::uint16_t{0xC100}));
+    EXPECT_EQ(got(COM_KOV_CTRL_GetState), 0);
+}
+
 } // namespace
