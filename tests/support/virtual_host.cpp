@@ -69,7 +69,7 @@ std::string default_state_path(unsigned port)
 std::FILE* open_file(const char* name, const char* mode)
 {
     // Nothing stays behind in the folder that the tests happen to run in.
-    if (*mode == 'w' && std::filesystem::path{name}.is_relative())
+    if (*mode == 'w' && !std::filesystem::path{name}.has_root_directory())
         return std::tmpfile();
     return std::fopen(name, *mode == 'w' ? "wb" : mode); // the same line ends everywhere
 }
