@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <map>
+#include <new>
+#include <utility>
 
 #include "simulator/simulator.h"
 #include "tests/support/full_disk.h"
@@ -163,6 +165,31 @@ TEST(TestProtocol, RestoresTheSettingsWhateverFails)
         EXPECT_THAT(trial.screen(), HasSubstr("Error at COM_KOV_CTRL_"));
         EXPECT_THAT(report.text(), EndsWith("\n" + aborted_line));
         EXPECT_EQ(before.text(), after.text());
+    }
+}
+
+TEST(TestProtocol, RestoresTheSettingsWhenMemoryRunsOut)
+{
+    for (const char* last_call : {"SetHeatCtrlVoltageLimit", "GetHeatCtrlMonitoring", "Purge",
+                                  "SetHVsupplyTargetOutputVoltage", "SetCurrentConfig"}) {
+        SCOPED_TRACE(last_call);
+        const TemporaryFile report, before, after;
+        QuickTrial trial;
+        if (last_call == std::string_view{"Purge"})
+            trial.instrument("fail SetHeatCtrlVoltageLimit at 2");
+        bool saved = false;
+        bool ran_out = false;
+        simulator::observe_calls([&](const simulator::CallRecord& call) {
+            const std::string_view function = call.function + 13; // behind COM_KOV_CTRL_
+            saved = saved || function == "GetConfigList";
+            if (saved && !std::exchange(ran_out, ran_out || function == last_call) && ran_out)
+                throw std::bad_alloc{};
+        });
+        trial.run(with_settings_around(report, before, after));
+        EXPECT_TRUE(ran_out);
+        EXPECT_THAT(report.text(), EndsWith("\n" + aborted_line));
+        EXPECT_EQ(before.text(), after.text());
+        EXPECT_EQ(trial.exit_status, 0);
     }
 }
 
