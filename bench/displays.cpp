@@ -4,10 +4,10 @@
 
 #include "controller/measurements.h"
 #include "devlib/COM-KOV-CTRL.h"
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/keys.h"
+#include "frame/terminal/keys.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/switches.h"

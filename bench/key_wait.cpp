@@ -7,9 +7,9 @@
 #include "bench/library.h"
 #include "bench/results.h"
 #include "bench/terminal.h"
-#include "frame/console.h"
-#include "frame/keys.h"
-#include "frame/platform.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
+#include "frame/platform/platform.h"
 
 namespace bench
 {

@@ -8,7 +8,7 @@
 #include "bench/library.h"
 #include "bench/results.h"
 #include "bench/terminal.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 
 int main(int argc, char** argv)
 {

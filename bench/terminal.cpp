@@ -11,7 +11,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 
 namespace bench
 {

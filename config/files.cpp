@@ -4,12 +4,12 @@
 
 #include "config/file_format.h"
 #include "config/set_access.h"
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/data_file.h"
-#include "frame/keys.h"
-#include "frame/platform.h"
+#include "frame/terminal/keys.h"
+#include "frame/platform/platform.h"
 #include "frame/program.h"
-#include "frame/questions.h"
+#include "frame/terminal/questions.h"
 
 namespace
 {

@@ -3,9 +3,9 @@
 #include <array>
 
 #include "config/set_access.h"
-#include "frame/console.h"
-#include "frame/keys.h"
-#include "frame/questions.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
+#include "frame/terminal/questions.h"
 
 namespace
 {

@@ -1,10 +1,10 @@
 #include "controller/measurements.h"
 
-#include "controller/readings.h"
-#include "frame/console.h"
+#include "instrument/controller_readings.h"
+#include "frame/terminal/console.h"
 #include "frame/format.h"
 #include "frame/live_display.h"
-#include "frame/supplies.h"
+#include "instrument/supplies.h"
 
 void show_uptime(const Given& given)
 {

@@ -1,6 +1,6 @@
 #include "controller/settings.h"
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 
 namespace

@@ -5,7 +5,7 @@
 
 #include <array>
 
-#include "controller/status_words.h"
+#include "instrument/status_words.h"
 #include "frame/bit_fields.h"
 #include "frame/format.h"
 #include "frame/switches.h"

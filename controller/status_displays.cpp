@@ -3,9 +3,9 @@
 #include <array>
 #include <span>
 
-#include "controller/status_words.h"
+#include "instrument/status_words.h"
 #include "frame/bit_fields.h"
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/live_display.h"

@@ -9,12 +9,12 @@
 #include <string>
 #include <vector>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/keys.h"
+#include "frame/terminal/keys.h"
 #include "frame/live_display.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "modules/presence.h"
 

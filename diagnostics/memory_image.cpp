@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <string_view>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 #include "frame/program.h"
-#include "frame/questions.h"
+#include "frame/terminal/questions.h"
 
 namespace
 {

@@ -5,18 +5,18 @@
 #include <optional>
 #include <string>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/keys.h"
+#include "frame/terminal/keys.h"
 #include "frame/live_display.h"
 #include "frame/measurement_log.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "modules/heat_controller.h"
 #include "modules/housekeeping.h"
 #include "modules/presence.h"
-#include "modules/readings.h"
+#include "instrument/module_readings.h"
 
 namespace
 {

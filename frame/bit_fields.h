@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 
 struct BitField {
     const char* label;

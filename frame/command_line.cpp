@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "frame/numbers.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "frame/session.h"
 

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "frame/format.h"
-#include "frame/platform.h"
-#include "frame/questions.h"
+#include "frame/platform/platform.h"
+#include "frame/terminal/questions.h"
 
 OutputFile::~OutputFile()
 {

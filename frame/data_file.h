@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 
 /// A file being written. Its bytes are buffered; what fails to reach the disk is told by the print
 /// that notices it, at the latest by close().

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 

@@ -9,9 +9,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "frame/characters.h"
+#include "frame/terminal/characters.h"
 #include "frame/numbers.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 
 // ---- Colours of values ----
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "frame/colors.h"
-#include "frame/console.h"
+#include "frame/terminal/colors.h"
+#include "frame/terminal/console.h"
 
 // ---- Colours of values ----
 

@@ -1,6 +1,6 @@
 #include "frame/general_commands.h"
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/program.h"
 #include "frame/usage.h"

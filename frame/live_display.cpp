@@ -2,8 +2,8 @@
 
 #include "frame/error_report.h"
 #include "frame/format.h"
-#include "frame/keys.h"
-#include "frame/platform.h"
+#include "frame/terminal/keys.h"
+#include "frame/platform/platform.h"
 #include "frame/program.h"
 
 double CycleRates::per_second(std::int64_t now_ms) const

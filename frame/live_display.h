@@ -19,7 +19,7 @@
 #include <functional>
 #include <string>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 
 /// Decides when drawing is due: in the first cycles, then at most every 10 ms.
 class DrawPacer

@@ -14,7 +14,7 @@
 #include <string>
 
 #include "frame/data_file.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 
 /// "%a, %m/%d/%Y, %H:%M:%S" with English day names.
 [[nodiscard]] std::string acquisition_time_text(const platform::LocalTime& time);

@@ -1,12 +1,12 @@
 #include "frame/session.h"
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/error_report.h"
 #include "frame/format.h"
-#include "frame/keys.h"
+#include "frame/terminal/keys.h"
 #include "frame/program.h"
-#include "frame/questions.h"
+#include "frame/terminal/questions.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 #include "frame/entry.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 
 int main(int argc, char** argv)
 {

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/format.h"
 #include "frame/numbers.h"
 #include "frame/program.h"

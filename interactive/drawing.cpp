@@ -1,8 +1,8 @@
 #include "interactive/drawing.h"
 
-#include "controller/status_words.h"
+#include "instrument/status_words.h"
 #include "frame/bit_fields.h"
-#include "frame/supplies.h"
+#include "instrument/supplies.h"
 #include "modules/state.h"
 
 namespace

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "interactive/screen_readings.h"
 #include "modules/heat_controller.h"
 

@@ -1,7 +1,7 @@
 #include "interactive/screen_readings.h"
 
 #include "frame/device_call.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 #include "interactive/screen_reports.h"
 
 namespace

@@ -6,10 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "controller/readings.h"
+#include "instrument/controller_readings.h"
 #include "frame/live_display.h"
 #include "modules/presence.h"
-#include "modules/readings.h"
+#include "instrument/module_readings.h"
 
 /// Slots that the screen lays out, and the place of the base unit behind them.
 inline constexpr unsigned screen_slots = 4;

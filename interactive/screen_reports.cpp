@@ -2,11 +2,11 @@
 
 #include <cstdint>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/error_report.h"
 #include "frame/format.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
 #include "interactive/status_screen.h"
 
-#include "frame/characters.h"
+#include "frame/terminal/characters.h"
 #include "frame/device_call.h"
-#include "frame/keys.h"
-#include "frame/platform.h"
+#include "frame/terminal/keys.h"
+#include "frame/platform/platform.h"
 #include "frame/session.h"
 #include "interactive/drawing.h"
 #include "interactive/layout.h"

@@ -1,6 +1,6 @@
 #include "modules/addressing.h"
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "modules/presence.h"
 
 namespace

@@ -3,13 +3,13 @@
 #include <cstdint>
 #include <string>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/live_display.h"
 #include "modules/addressing.h"
 #include "modules/presence.h"
-#include "modules/readings.h"
+#include "instrument/module_readings.h"
 
 namespace
 {

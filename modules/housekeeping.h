@@ -4,11 +4,11 @@
 #include <span>
 #include <vector>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/format.h"
-#include "frame/supplies.h"
+#include "instrument/supplies.h"
 #include "frame/switches.h"
-#include "modules/readings.h"
+#include "instrument/module_readings.h"
 
 /// Supply voltages and temperatures, one line a module.
 void show_module_housekeeping(const Given&);

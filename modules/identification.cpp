@@ -3,11 +3,11 @@
 #include <cstdint>
 #include <string>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "modules/addressing.h"
-#include "modules/hardware_types.h"
+#include "instrument/module_hardware.h"
 #include "modules/presence.h"
 
 namespace

@@ -1,10 +1,10 @@
 #include "modules/maintenance.h"
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
-#include "frame/keys.h"
-#include "frame/platform.h"
-#include "frame/questions.h"
+#include "frame/terminal/keys.h"
+#include "frame/platform/platform.h"
+#include "frame/terminal/questions.h"
 #include "modules/addressing.h"
 #include "modules/presence.h"
 

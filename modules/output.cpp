@@ -4,7 +4,7 @@
 
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "modules/readings.h"
+#include "instrument/module_readings.h"
 
 const char* attempt_ranges(unsigned address, MeasurementRanges& ranges)
 {

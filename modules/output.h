@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 
 /// What the measurement is set for.
 struct MeasurementRanges {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/numbers.h"
 
 /// Display name of an address: "heat-controller", "HV-supply 2", "base module", "all modules".

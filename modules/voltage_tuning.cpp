@@ -5,13 +5,13 @@
 #include <optional>
 #include <string>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/keys.h"
+#include "frame/terminal/keys.h"
 #include "frame/live_display.h"
 #include "frame/measurement_log.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 #include "modules/output.h"
 #include "modules/presence.h"
 

@@ -3,7 +3,7 @@
 #include <span>
 
 #include "frame/numbers.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 #include "modules/heat_controller.h"
 #include "modules/housekeeping.h"
 #include "modules/identification.h"

@@ -3,10 +3,10 @@
 #include <initializer_list>
 #include <span>
 
-#include "controller/readings.h"
+#include "instrument/controller_readings.h"
 #include "controller/settings.h"
-#include "controller/status_words.h"
-#include "frame/console.h"
+#include "instrument/status_words.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "protocol/report_items.h"

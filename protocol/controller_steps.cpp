@@ -4,10 +4,10 @@
 #include <string>
 #include <utility>
 
-#include "controller/readings.h"
+#include "instrument/controller_readings.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 #include "protocol/sampling.h"
 
 namespace

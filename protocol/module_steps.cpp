@@ -3,7 +3,7 @@
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/numbers.h"
-#include "modules/readings.h"
+#include "instrument/module_readings.h"
 #include "protocol/report_items.h"
 
 namespace

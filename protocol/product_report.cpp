@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/program.h"
-#include "modules/hardware_types.h"
+#include "instrument/module_hardware.h"
 #include "modules/output.h"
 #include "modules/state.h"
 #include "protocol/controller_data.h"

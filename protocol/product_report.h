@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "modules/presence.h"
-#include "modules/readings.h"
+#include "instrument/module_readings.h"
 #include "protocol/report.h"
 
 /// What the measurements need to know of it.

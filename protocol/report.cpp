@@ -1,7 +1,7 @@
 #include "protocol/report.h"
 
-#include "frame/characters.h"
-#include "frame/console.h"
+#include "frame/terminal/characters.h"
+#include "frame/terminal/console.h"
 #include "frame/format.h"
 
 std::string latin1_text(std::string_view text)

@@ -12,7 +12,7 @@
 #include <span>
 #include <string>
 
-#include "frame/colors.h"
+#include "frame/terminal/colors.h"
 #include "frame/data_file.h"
 
 /// What stands behind a temperature in the file.

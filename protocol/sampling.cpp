@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "frame/device_call.h"
-#include "frame/keys.h"
-#include "frame/platform.h"
-#include "modules/readings.h"
+#include "frame/terminal/keys.h"
+#include "frame/platform/platform.h"
+#include "instrument/module_readings.h"
 
 void report_stop(Report& report)
 {

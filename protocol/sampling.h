@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "protocol/report.h"
 #include "protocol/statistics.h"
 

@@ -4,7 +4,7 @@
 
 #include "frame/device_call.h"
 #include "frame/numbers.h"
-#include "modules/hardware_types.h"
+#include "instrument/module_hardware.h"
 #include "modules/output.h"
 #include "protocol/module_steps.h"
 

@@ -2,13 +2,13 @@
 
 #include <exception>
 
-#include "controller/readings.h"
-#include "controller/status_words.h"
-#include "frame/console.h"
+#include "instrument/controller_readings.h"
+#include "instrument/status_words.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/keys.h"
-#include "frame/platform.h"
+#include "frame/terminal/keys.h"
+#include "frame/platform/platform.h"
 #include "protocol/product_report.h"
 #include "protocol/report.h"
 #include "protocol/sampling.h"

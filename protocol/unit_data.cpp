@@ -1,10 +1,10 @@
 #include "protocol/unit_data.h"
 
-#include "controller/hardware_type.h"
-#include "controller/readings.h"
+#include "instrument/controller_hardware.h"
+#include "instrument/controller_readings.h"
 #include "frame/format.h"
 #include "frame/session.h"
-#include "modules/hardware_types.h"
+#include "instrument/module_hardware.h"
 #include "modules/presence.h"
 #include "protocol/report_items.h"
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "protocol/report.h"
 

@@ -1,6 +1,6 @@
 /// A new instrument for a test.
-#include "simulator/call.h"
-#include "simulator/scenario.h"
+#include "simulator/library/call.h"
+#include "simulator/scenario/scenario.h"
 #include "simulator/session.h"
 #include "simulator/simulator.h"
 

@@ -1,10 +1,10 @@
 #include "simulator/session.h"
 
-#include "simulator/call.h"
+#include "simulator/library/call.h"
 #include "simulator/host.h"
-#include "simulator/instrument.h"
-#include "simulator/measurements.h"
-#include "simulator/scenario.h"
+#include "simulator/model/instrument.h"
+#include "simulator/model/measurements.h"
+#include "simulator/scenario/scenario.h"
 #include "simulator/state_file.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 /// The connection with the instrument: port, clock, state file, lock.
 #pragma once
 
-#include "simulator/errors.h"
+#include "simulator/library/errors.h"
 
 #include <cstddef>
 #include <cstdint>

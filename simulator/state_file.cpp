@@ -1,6 +1,6 @@
 #include "simulator/state_file.h"
 
-#include "simulator/words.h"
+#include "simulator/scenario/words.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 /// heater and outputs, as a text with a checksum.
 #pragma once
 
-#include "simulator/instrument.h"
+#include "simulator/model/instrument.h"
 
 #include <string>
 

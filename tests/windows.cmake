@@ -21,10 +21,9 @@ add_compile_definitions(SIGHUP=1 SIGQUIT=3 SIGKILL=9 SIGPIPE=13)
 set(not_here MemoryImage.Failures TestProtocol.AFullDiskFailsTheStepsButNotTheRestoring)
 
 function(add_windows_tests)
-  target_sources(unit_tests PRIVATE frame/console_keys_test.cpp frame/windows_arguments_test.cpp
-    ${CMAKE_SOURCE_DIR}/frame/platform_windows_arguments.cpp
-    ${CMAKE_SOURCE_DIR}/frame/platform_windows_keys.cpp
-    ${CMAKE_SOURCE_DIR}/frame/platform_windows_screen.cpp)
+  target_sources(unit_tests PRIVATE frame/terminal/console_keys_test.cpp
+    ${CMAKE_SOURCE_DIR}/frame/platform/windows/keys.cpp
+    ${CMAKE_SOURCE_DIR}/frame/platform/windows/screen.cpp)
   list(JOIN not_here ":" left_out)
   foreach(program IN ITEMS unit_tests simulator_tests simulator_host_tests)
     target_link_options(${program} PRIVATE -static)

@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/entry.h"
 #include "frame/usage.h"
 #include "tests/support/trial.h"

@@ -1,4 +1,4 @@
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/program.h"
 #include "tests/support/trial.h"

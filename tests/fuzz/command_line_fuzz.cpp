@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "frame/command_line.h"
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/entry.h"
-#include "frame/keys.h"
+#include "frame/terminal/keys.h"
 #include "frame/numbers.h"
 #include "frame/program.h"
 #include "simulator/simulator.h"

@@ -1,6 +1,6 @@
 // Any bytes from a terminal; FFh stands for a pause.
 
-#include "frame/key_decoder.h"
+#include "frame/terminal/key_decoder.h"
 #include "tests/fuzz/target.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/program.h"
 #include "interactive/screen_reports.h"

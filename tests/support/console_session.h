@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "tests/support/terminal_emulator.h"
 #include "tests/support/virtual_platform.h"
 

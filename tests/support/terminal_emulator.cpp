@@ -1,6 +1,6 @@
 #include "tests/support/terminal_emulator.h"
 
-#include "frame/characters.h"
+#include "frame/terminal/characters.h"
 
 namespace
 {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "frame/characters.h"
-#include "frame/console.h"
+#include "frame/terminal/characters.h"
+#include "frame/terminal/console.h"
 #include "frame/entry.h"
 #include "simulator/simulator.h"
 

@@ -9,7 +9,7 @@
 #include <map>
 #include <string>
 
-#include "frame/platform.h"
+#include "frame/platform/platform.h"
 
 struct TypedKeys {
     std::int64_t at_ms;

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "frame/console.h"
+#include "frame/terminal/console.h"
 #include "frame/entry.h"
-#include "simulator/functions.h"
+#include "simulator/library/functions.h"
 #include "simulator/simulator.h"
 #include "tests/config/config_trial.h"
 #include "tests/support/temporary_file.h"

@@ -1,0 +1,137 @@
+#include "frame/platform/posix/posix.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace platform
+{
+
+namespace
+{
+
+/// Waits for input (for nothing but time, with descriptor -1); true when there is some. Returns
+/// early when a signal comes, at once when `is_due` tells of one that has not been dealt with.
+bool wait_for_input(int descriptor, std::int64_t timeout_ms, bool (*is_due)())
+{
+    // A reader of our output that has gone away would only be noticed by the next write, which a
+    // display in a pipe puts off to its end.
+    pollfd entries[] = {
+        {.fd = descriptor, .events = POLLIN, .revents = 0},
+        {.fd = output_is_terminal() ? -1 : STDOUT_FILENO, .events = 0, .revents = 0}};
+    constexpr nfds_t count = 2; // a negative descriptor is left out
+    const auto look_at_results = [&entries](int result) {
+        if (result > 0 && (entries[1].revents & POLLERR) != 0)
+            posix::request_stop(SIGPIPE);
+        return result > 0 && entries[0].revents != 0;
+    };
+    if (timeout_ms == 0)
+        return look_at_results(poll(entries, count, 0));
+    // A signal just before the wait would go unnoticed until its end: the signals are held back
+    // while it is looked for, and let through by the wait itself.
+    sigset_t all, before;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, &before);
+    int result = 0;
+    if (!is_due()) {
+        const timespec time = {.tv_sec = static_cast<time_t>(timeout_ms / 1000),
+                               .tv_nsec = static_cast<long>(timeout_ms % 1000 * 1'000'000)};
+        result = ppoll(entries, count, timeout_ms < 0 ? nullptr : &time, &before);
+    }
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    return look_at_results(result);
+}
+
+} // namespace
+
+void start()
+{
+    // A file that somebody opens later must never take the place of a closed standard stream: the
+    // console's text would go into it.
+    int descriptor = open("/dev/null", O_RDWR);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = open("/dev/null", O_RDWR);
+    if (descriptor >= 0)
+        close(descriptor);
+    posix::note_terminal_modes();
+    posix::watch_signals();
+    std::atexit(restore_terminal); // also when the device library ends the process
+}
+
+std::span<char*> arguments(int count, char** values)
+{
+    return {values, static_cast<std::size_t>(count)};
+}
+
+std::int64_t tick_ms()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
+}
+
+LocalTime local_time()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    std::tm local = {};
+    localtime_r(&now.tv_sec, &local);
+    return {.year = local.tm_year + 1900,
+            .month = local.tm_mon + 1,
+            .day = local.tm_mday,
+            .weekday = local.tm_wday,
+            .hour = local.tm_hour,
+            .minute = local.tm_min,
+            .second = local.tm_sec,
+            .millisecond = static_cast<int>(now.tv_nsec / 1'000'000)};
+}
+
+void sleep_ms(std::int64_t milliseconds)
+{
+    const std::int64_t end = tick_ms() + milliseconds;
+    for (std::int64_t left = milliseconds; left > 0 && !posix::stop_is_due();
+         left = end - tick_ms())
+        wait_for_input(-1, left, posix::stop_is_due);
+}
+
+InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& count,
+                       std::int64_t timeout_ms)
+{
+    count = 0;
+    if (!wait_for_input(STDIN_FILENO, timeout_ms, posix::signal_is_due))
+        return InputResult::nothing;
+    const ssize_t got = read(STDIN_FILENO, buffer, size);
+    if (got > 0) {
+        count = static_cast<std::size_t>(got);
+        return InputResult::bytes;
+    }
+    if (got < 0 && (errno == EINTR || errno == EAGAIN))
+        return InputResult::nothing;
+    // A terminal that has no more input has gone.
+    if (input_is_terminal())
+        posix::request_stop(SIGHUP);
+    return InputResult::ended;
+}
+
+std::FILE* open_file(const char* name, const char* mode)
+{
+    return std::fopen(name, mode);
+}
+
+bool store_file(std::FILE* file)
+{
+    // Pipes and devices refuse: they have nothing to wait for.
+    return fdatasync(fileno(file)) == 0 || errno == EINVAL || errno == ENOTSUP;
+}
+
+const char* environment(const char* name)
+{
+    return std::getenv(name);
+}
+
+} // namespace platform

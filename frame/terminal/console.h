@@ -1,0 +1,278 @@
+/// The console: a model of the screen. Printing writes cells of the model; flush() sends to the
+/// terminal only what differs from what it shows. Nobody else writes to standard output, and
+/// nobody asks the terminal anything: where the cursor is, the model knows.
+///
+/// Places. Rows and columns count from 1. Before the screen is first cleared, rows count from the
+/// row in which the program started, and whatever stands above it is never touched. After
+/// clear_screen() screen_place() gives the rows of the screen itself. A Place stays where it is in
+/// the text when the screen scrolls. Rows out of the terminal's reach swallow what is written.
+///
+/// Text. Bytes that form valid UTF-8 are shown as such, any other byte as code page 437 (byte F8h
+/// is the degree sign). CR, LF, TAB, BS and BEL act; every other control character is shown as a
+/// glyph. LF starts a new line at column 1, so does CR LF. Running text wraps at the right edge;
+/// a live display is clipped there instead.
+///
+/// When standard output is no terminal the model is the same, but what leaves it is plain text:
+/// each line once, in its final form.
+#pragma once
+
+#include <cstdarg>
+#include <cstdint>
+#include <deque>
+#include <exception>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "frame/terminal/colors.h"
+#include "frame/platform/platform.h"
+
+/// Has the compiler check the arguments of a printf format.
+#if defined(__clang__)
+#define PRINTF_FORMAT(format_index, first_index)                                                   \
+    __attribute__((format(printf, format_index, first_index)))
+#elif defined(__GNUC__) // where printf is not the standard's, this is the name of what is
+#define PRINTF_FORMAT(format_index, first_index)                                                   \
+    __attribute__((format(gnu_printf, format_index, first_index)))
+#else
+#define PRINTF_FORMAT(format_index, first_index)
+#endif
+
+struct Place {
+    int row = 0;
+    int column = 0;
+
+    /// The place that many columns further right.
+    [[nodiscard]] Place right(int columns) const { return {row, column + columns}; }
+    /// The same column, that many rows further up.
+    [[nodiscard]] Place up(int rows) const { return {row - rows, column}; }
+
+    bool operator==(const Place&) const = default;
+};
+
+/// A word in its colour, as the tables of the decoders hold it.
+struct Word {
+    const char* text;
+    Color color;
+};
+
+/// In four bytes where the compiler packs it, because there are two for every column of every row.
+struct Cell {
+    char32_t character : 24 = U' '; ///< 0 = the right half of the wide character before it
+    Color color : 8 = Color::label;
+
+    Cell() = default;
+    Cell(char32_t new_character, Color new_color)
+        : character(new_character & 0xFF'FFFF), color(new_color)
+    {
+    }
+    bool operator==(const Cell& other) const
+    {
+        return character == other.character && color == other.color;
+    }
+    /// A blank looks the same in every colour.
+    [[nodiscard]] bool is_blank() const { return character == U' '; }
+};
+
+class Console
+{
+public:
+    /// A fresh console; asks the platform what standard output is.
+    void start();
+
+    // ---- Printing. A coloured print returns to grey. ----
+
+    void print(const char* format, ...) PRINTF_FORMAT(2, 3);
+    void print(Color color, const char* format, ...) PRINTF_FORMAT(3, 4);
+    void vprint(Color color, const char* format, va_list arguments) PRINTF_FORMAT(3, 0);
+    void print(const Word& word);
+    /// Prints a coloured text at a place; the cursor stays behind it.
+    void print_at(Place place, Color color, const char* format, ...) PRINTF_FORMAT(4, 5);
+    void print_at(Place place, const Word& word);
+    /// Prints bytes as they are, in the colour set last.
+    void write(std::string_view bytes);
+    void set_color(Color color) { color_ = color; }
+
+    // ---- The cursor ----
+
+    [[nodiscard]] Place place() const { return cursor_; }
+    void move_to(Place place);
+    /// Moves within the row.
+    void move_to_column(int column) { cursor_.column = column; }
+    /// Leaves that many columns free.
+    void skip(int columns) { cursor_.column += columns; }
+    void show_cursor(bool visible) { cursor_visible_ = visible; }
+    [[nodiscard]] bool cursor_visible() const { return cursor_visible_; }
+
+    // ---- Erasing ----
+
+    /// Blanks the row from the cursor on; the cursor stays.
+    void clear_to_end_of_line();
+    /// Blanks from the cursor up to, not including, a column; does nothing beyond it.
+    void blank_to_column(int column);
+    /// Blanks the cursor's row and goes to its column 1.
+    void clear_line();
+    /// Goes to column 1 of a fresh row below everything that is printed.
+    void move_below_text();
+    /// Scrolls away what the terminal shows; from here on screen_place() counts from its top.
+    void clear_screen();
+
+    // ---- The screen after clear_screen() ----
+
+    [[nodiscard]] platform::WindowSize size() const { return size_; }
+    [[nodiscard]] Place screen_place(int row, int column) const { return {top_ + row - 1, column}; }
+    /// Restricts printing to the screen's rows from `first_row` to the bottom row; that area then
+    /// scrolls by itself. The cursor goes to its first row. A screen that does not reach down to it
+    /// swallows what is printed there.
+    void set_window(int first_row);
+    /// Lifts the restriction; the cursor stays where it is.
+    void clear_window() { window_first_ = 0; }
+
+    // ---- Live displays ----
+
+    /// From begin to end of a live display the cursor is hidden, text is clipped instead of
+    /// wrapped, and (when standard output is no terminal) nothing counts as final. Displays nest.
+    void begin_display();
+    /// `restore_cursor` false leaves the cursor hidden.
+    void end_display(bool restore_cursor = true);
+
+    // ---- Sending ----
+
+    /// Makes the terminal show what the model holds, in one write. Does nothing when it does.
+    void flush();
+    /// As flush(), but leaves out what a slow terminal does not take at once: a later flush sends
+    /// the rest of it first. For displays whose cycles must not wait for the terminal.
+    void flush_without_waiting();
+    /// As flush(), but no more than every 10 ms: for a progress text that is rewritten in place.
+    void flush_when_due();
+    /// As flush(), also for a line without its end: somebody is about to wait for an answer.
+    void flush_for_wait();
+    /// The last flush: grey, cursor visible.
+    void finish();
+
+    // ---- What is on the screen (for tests) ----
+
+    [[nodiscard]] bool is_terminal() const { return terminal_; }
+    [[nodiscard]] int first_row() const { return first_row_; }
+    [[nodiscard]] int last_row() const { return first_row_ + static_cast<int>(rows_.size()) - 1; }
+    /// The cells of a row without trailing blanks.
+    [[nodiscard]] std::vector<Cell> cells(int row) const;
+
+private:
+    using Cells = std::vector<Cell>;
+
+    struct Row {
+        Cells wanted;
+        Cells shown;
+        int dirty_from = 0; ///< columns that may differ, 0 = none
+        int dirty_to = 0;
+        std::string released; ///< what plain output has of this row already
+    };
+
+    [[nodiscard]] Row* row_at(int row);
+    [[nodiscard]] int bottom_row() const; ///< last row of the screen or of the text so far
+    [[nodiscard]] int first_reachable_row(int bottom) const;
+    [[nodiscard]] bool wraps() const
+    {
+        return terminal_ && (display_depth_ == 0 || window_first_ > 0);
+    }
+    void put(char32_t character);
+    /// Several characters that stand for themselves.
+    void put_plain(std::string_view text);
+    void set_cell(Row& row, int column, Cell cell);
+    void line_feed();
+    void scroll_window();
+    void mark_dirty(Row& row, int from, int to);
+
+    void flush_plain(bool for_wait);
+    void release_final_rows();
+    void release(Row& row);
+    [[nodiscard]] std::string plain_text(const Row& row) const;
+    void compose();
+    void take_window_change();
+    void repaint_from(int row, bool erase);
+    void send_row(int row);
+    void send_cells(const Row& sent, int row, int from, int to);
+    /// Sends ASCII in one colour from where the terminal's cursor is; returns the column behind.
+    int send_run(const Row& sent, int to);
+    void send_cell(const Cell& cell);
+    void move_terminal_to(int row, int column);
+    void set_terminal_color(Color color);
+    void forget_old_rows();
+
+    /// Rows that a live display may still rewrite when standard output is no terminal, and rows
+    /// that are kept at least.
+    static constexpr int kept_rows = 200;
+
+    // The model.
+    std::deque<Row> rows_;
+    int first_row_ = 1; ///< number of rows_.front()
+    int floor_row_ = 1; ///< what stands above it on the terminal is not ours
+    Place cursor_{1, 1};
+    Color color_ = Color::label;
+    bool cursor_visible_ = true;
+    bool cleared_ = false; ///< rows are the screen's own, from top_ on
+    int top_ = 1;
+    int window_first_ = 0; ///< first row of the text window, 0 = none
+    int window_last_ = 0;
+    int display_depth_ = 0;
+    int display_first_ = 0; ///< row in which the outermost display began
+    bool bell_ = false;
+    bool line_completed_ = false;
+    std::int64_t due_flush_ms_ = 0; ///< of flush_when_due()
+
+    // The terminal.
+    bool terminal_ = false;
+    bool colored_ = false;
+    platform::WindowSize size_{80, 25};
+    int sent_row_ = 1; ///< where the terminal's cursor is
+    int sent_column_ = 1;
+    int sent_bottom_ = 1; ///< the last row that the terminal has reached
+    Color sent_color_ = Color::label;
+    bool sent_cursor_visible_ = true;
+    bool clear_pending_ = false;
+    int rows_to_leave_ = 0; ///< once the output has been sent: see platform::note_rows_to_leave
+    std::string out_;
+};
+
+/// The one console.
+extern Console console;
+
+/// Prints a progress line, in debug mode only.
+void progress(const char* format, ...) PRINTF_FORMAT(1, 2);
+
+/// Prints a finished line: the label, the value in bright white, the line's end.
+void print_value_line(const char* label, const char* format, ...) PRINTF_FORMAT(2, 3);
+
+/// Prints a label, notes the place behind it and leaves that many columns free for its value.
+[[nodiscard]] Place place_field(const char* label, int columns = 0);
+
+/// A live display for as long as it exists: see Console::begin_display.
+class DisplayScope
+{
+public:
+    DisplayScope() { console.begin_display(); }
+    ~DisplayScope() { end_quietly(true); }
+    DisplayScope(const DisplayScope&) = delete;
+    DisplayScope& operator=(const DisplayScope&) = delete;
+
+    void end(bool restore_cursor = true)
+    {
+        if (std::exchange(active_, false))
+            console.end_display(restore_cursor);
+    }
+
+    /// The same for destructors: when memory has run out, the display stays as it is.
+    void end_quietly(bool restore_cursor) noexcept
+    {
+        try {
+            end(restore_cursor);
+        } catch (const std::exception&) {
+            console.show_cursor(restore_cursor);
+        }
+    }
+
+private:
+    bool active_ = true;
+};

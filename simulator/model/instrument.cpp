@@ -1,0 +1,179 @@
+#include "simulator/model/instrument.h"
+
+#include "simulator/model/config_record.h"
+#include "simulator/model/default_identities.h"
+#include "simulator/model/heater.h"
+#include "simulator/host.h"
+#include "simulator/model/measurements.h"
+#include "simulator/model/supply.h"
+
+#include <algorithm>
+
+namespace simulator
+{
+
+namespace
+{
+
+/// Thermal and electrical models move in steps of this length.
+constexpr std::int64_t step_us = 10'000;
+
+/// After a longer absence only the end of it is worked out: everything has settled by then.
+constexpr std::int64_t longest_absence_us = 3'600'000'000;
+
+void default_settings(Instrument& made)
+{
+    record(made.memory, 0).flags = set_active | set_valid;
+    const ConfigBytes config = current_config(made);
+    const HeaterModel& heater = made.physical.heater;
+    config[field::interlock_masks] = 0xFC; // heat-controller: all inputs, HV-supplies: the doors
+    put_field(config, field::voltage_limit, 2, raw_value(heater.voltage_limit, volt_unit, 0xFFFF));
+    put_field(config, field::current_limit, 2,
+              raw_value(heater.current_limit, ampere_unit, 0xFFFF));
+    put_field(config, field::power_limit, 4, raw_value(heater.power_limit, watt_unit, 0xFFFF'FFFF));
+    put_field(config, field::temperature, 4, raw_value(272.15, 0.001, 0xFFFF'FFFF)); // -1: off
+    for (unsigned supply = 0; supply < supply_count; ++supply) {
+        put_field(config, field::target(supply), 4, static_cast<std::uint32_t>(-1000)); // off
+        put_field(config, field::max_step(supply), 4, 100'000);
+        config[field::high_range(supply)] = 1;
+    }
+    config[field::negative(2)] = 1; // the third supply can do nothing else
+}
+
+void start_clock(Clock& clock, std::int64_t now_us)
+{
+    clock.before_us += now_us - clock.started_us;
+    clock.started_us = now_us;
+    if (clock.operating)
+        clock.operated_us += now_us - clock.operating_since_us;
+    clock.operated_before_us += clock.operated_us;
+    clock.operated_us = 0;
+    clock.operating_since_us = now_us;
+}
+
+} // namespace
+
+void make_new(Instrument& made, std::int64_t now_us)
+{
+    made = Instrument{};
+    made.now_us = now_us;
+    made.next_step_us = now_us + step_us;
+    made.origin_us = now_us;
+    default_identities(made.physical);
+    default_settings(made);
+    for (Clock& clock : made.clocks)
+        clock.started_us = now_us;
+    for (unsigned unit = 0; unit < unit_count; ++unit)
+        scan(made, unit);
+    made.saved = made.scanned;
+    refresh(made);
+}
+
+void advance(Instrument& moved, std::int64_t now_us)
+{
+    if (now_us < moved.next_step_us) [[likely]] {
+        moved.now_us = std::max(moved.now_us, now_us);
+        return;
+    }
+    if (now_us - moved.next_step_us > longest_absence_us)
+        moved.next_step_us +=
+            (now_us - moved.next_step_us - longest_absence_us) / step_us * step_us;
+    for (; moved.next_step_us <= now_us; moved.next_step_us += step_us) {
+        const std::int64_t age_us = moved.next_step_us - moved.origin_us;
+        const Periods& periods = moved.physical.periods;
+        step_heater(moved, step_us * 1e-6, age_us % periods.monitoring == 0);
+        for (unsigned supply = 0; supply < supply_count; ++supply)
+            step_supply(moved, supply, step_us * 1e-6, age_us % periods.voltage == 0,
+                        age_us % periods.current == 0);
+    }
+    moved.now_us = now_us;
+}
+
+Instrument& the_instrument()
+{
+    static Instrument& instrument = *new Instrument; // there until the process ends
+    return instrument;
+}
+
+void settings_changed(Instrument& changed)
+{
+    changed.changed = true;
+    refresh(changed);
+}
+
+void restart(Instrument& started)
+{
+    drop_written(started.memory);
+    refresh_presence(started);
+    for (unsigned unit = 0; unit < unit_count; ++unit) {
+        restart_unit(started, unit);
+        scan(started, unit);
+    }
+    start_clock(started.clocks[controller], started.now_us);
+    restart_measurements(started, controller);
+    settings_changed(started);
+}
+
+void restart_unit(Instrument& started, unsigned unit)
+{
+    start_clock(started.clocks[unit], started.now_us);
+    restart_measurements(started, unit);
+    if (unit >= 1 && unit < slot_count)
+        started.supplies[unit - 1].set = started.supplies[unit - 1].output = 0;
+    settings_changed(started);
+}
+
+void refresh_presence(Instrument& looked)
+{
+    for (unsigned unit = 0; unit < unit_count; ++unit)
+        looked.presence[unit] = looked.physical.units[unit].present;
+}
+
+void scan(Instrument& looked, unsigned unit)
+{
+    const Unit& found = looked.physical.units[unit];
+    looked.scanned[unit] =
+        found.present == 1 ? Scanned{found.identity.product_number, found.identity.hardware_type}
+                           : Scanned{};
+}
+
+std::span<std::uint8_t, config_size> current_config(Instrument& asked)
+{
+    return record(asked.memory, 0).config;
+}
+
+std::span<const std::uint8_t, config_size> current_config(const Instrument& asked)
+{
+    return std::span<const std::uint8_t, config_size>{asked.memory.bytes.get() + 1, config_size};
+}
+
+bool works(const Instrument& asked, unsigned unit)
+{
+    const Unit& asked_unit = asked.physical.units[unit];
+    const std::uint16_t kind = unit == base_unit ? base_type
+                               : unit == 0       ? heater_type
+                                                 : supply_type;
+    return asked_unit.present == 1 && asked_unit.identity.device_type == kind;
+}
+
+double main_supply(const Instrument& asked)
+{
+    const Physical& physical = asked.physical;
+    return physical.ac_input && physical.dc_output ? physical.readings.voltage24 : 0.0;
+}
+
+double with_noise(const Instrument& asked, double mean, double amplitude, unsigned channel,
+                  std::int64_t sample)
+{
+    if (!asked.physical.noise)
+        return mean;
+    std::uint64_t mixed = static_cast<std::uint64_t>(sample) * 0x9E37'79B9'7F4A'7C15U +
+                          channel * 0xD1B5'4A32'D192'ED03U;
+    mixed = (mixed ^ (mixed >> 30)) * 0xBF58'476D'1CE4'E5B9U;
+    mixed = (mixed ^ (mixed >> 27)) * 0x94D0'49BB'1331'11EBU;
+    mixed ^= mixed >> 31;
+    const double unit_interval = static_cast<double>(mixed >> 11) * 0x1p-53;
+    return mean + amplitude * (2 * unit_interval - 1);
+}
+
+} // namespace simulator
