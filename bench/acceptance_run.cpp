@@ -1,12 +1,12 @@
 // The whole acceptance test on an instrument with all its modules, under the virtual clock. Prints
 // how much of that clock's time it took, in seconds.
 
-#include <cstdio>
-#include <cstdlib>
-
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"
+
+#include <cstdio>
+#include <cstdlib>
 
 int main()
 {

@@ -1,13 +1,11 @@
 #include "bench/benchmarks.h"
-
-#include <fstream>
-#include <vector>
-
-#include <benchmark/benchmark.h>
-
 #include "bench/child_process.h"
 #include "bench/results.h"
 #include "bench/temporary_file.h"
+
+#include <benchmark/benchmark.h>
+#include <fstream>
+#include <vector>
 
 namespace bench
 {

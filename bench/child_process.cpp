@@ -1,15 +1,14 @@
 #include "bench/child_process.h"
 
+#include "bench/library.h"
+
 #include <cstdio>
 #include <cstdlib>
-
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include "bench/library.h"
 
 namespace bench
 {

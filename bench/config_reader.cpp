@@ -1,16 +1,14 @@
 #include "bench/benchmarks.h"
-
-#include <string>
-#include <vector>
-
-#include <benchmark/benchmark.h>
-
 #include "bench/library.h"
 #include "bench/results.h"
 #include "bench/set_file.h"
 #include "config/file_format.h"
 #include "frame/switches.h"
 #include "tests/support/restarting_reader.h"
+
+#include <benchmark/benchmark.h>
+#include <string>
+#include <vector>
 
 namespace bench
 {

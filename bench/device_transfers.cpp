@@ -1,13 +1,4 @@
 #include "bench/benchmarks.h"
-
-#include <cstdio>
-#include <cstdlib>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <benchmark/benchmark.h>
-
 #include "bench/child_process.h"
 #include "bench/library.h"
 #include "bench/results.h"
@@ -15,6 +6,13 @@
 #include "bench/temporary_file.h"
 #include "config/set_access.h"
 #include "diagnostics/memory_image.h"
+
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace bench
 {

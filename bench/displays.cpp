@@ -1,18 +1,18 @@
 #include "bench/displays.h"
 
-#include <benchmark/benchmark.h>
-
 #include "controller/measurements.h"
 #include "devlib/COM-KOV-CTRL.h"
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/terminal/keys.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/switches.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
 #include "interactive/screen_readings.h"
 #include "interactive/status_screen.h"
+
+#include <benchmark/benchmark.h>
 
 namespace bench
 {

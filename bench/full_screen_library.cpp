@@ -1,10 +1,10 @@
 // The functions that the full screen calls in its cycles: everything is ready in every reading,
 // every value is another one, and so is every bit of the status words.
 
-#include <cstdint>
-
 #include "bench/library.h"
 #include "devlib/COM-KOV-CTRL.h"
+
+#include <cstdint>
 
 namespace
 {

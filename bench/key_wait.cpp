@@ -1,15 +1,13 @@
 #include "bench/benchmarks.h"
-
-#include <vector>
-
-#include <benchmark/benchmark.h>
-
 #include "bench/library.h"
 #include "bench/results.h"
 #include "bench/terminal.h"
+#include "frame/platform/platform.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
-#include "frame/platform/platform.h"
+
+#include <benchmark/benchmark.h>
+#include <vector>
 
 namespace bench
 {

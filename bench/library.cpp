@@ -1,16 +1,15 @@
 #include "bench/library.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <ctime>
-#include <utility>
-
-#include <dlfcn.h>
-#include <unistd.h>
-
 #include "bench/system_calls.h"
 #include "bench/temporary_file.h"
 #include "devlib/COM-KOV-CTRL.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <dlfcn.h>
+#include <unistd.h>
+#include <utility>
 
 namespace bench
 {

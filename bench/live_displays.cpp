@@ -1,15 +1,13 @@
 #include "bench/benchmarks.h"
-
-#include <algorithm>
-#include <string>
-#include <vector>
-
-#include <benchmark/benchmark.h>
-
 #include "bench/displays.h"
 #include "bench/library.h"
 #include "bench/results.h"
 #include "bench/terminal.h"
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <string>
+#include <vector>
 
 namespace bench
 {

@@ -1,14 +1,13 @@
 // Benchmarks whose results are ratios of two measurements of the same run.
 
-#include <cstdlib>
-
-#include <benchmark/benchmark.h>
-
 #include "bench/benchmarks.h"
 #include "bench/library.h"
 #include "bench/results.h"
 #include "bench/terminal.h"
 #include "frame/platform/platform.h"
+
+#include <benchmark/benchmark.h>
+#include <cstdlib>
 
 int main(int argc, char** argv)
 {

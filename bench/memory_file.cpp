@@ -1,15 +1,13 @@
 #include "bench/benchmarks.h"
-
-#include <cstdio>
-#include <cstdlib>
-#include <vector>
-
-#include <benchmark/benchmark.h>
-
 #include "bench/library.h"
 #include "bench/results.h"
 #include "bench/temporary_file.h"
 #include "diagnostics/memory_image.h"
+
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
 
 namespace bench
 {

@@ -2,14 +2,12 @@
 // every cycle.
 
 #include "bench/displays.h"
+#include "bench/library.h"
 
 #include <clocale>
 #include <cmath>
 #include <cstdio>
-
 #include <curses.h>
-
-#include "bench/library.h"
 
 namespace bench
 {

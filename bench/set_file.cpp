@@ -1,8 +1,8 @@
 #include "bench/set_file.h"
 
-#include <cstdint>
-
 #include "config/file_format.h"
+
+#include <cstdint>
 
 namespace bench
 {

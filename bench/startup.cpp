@@ -1,15 +1,13 @@
 #include "bench/benchmarks.h"
-
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include <benchmark/benchmark.h>
-
 #include "bench/child_process.h"
 #include "bench/results.h"
 #include "bench/temporary_file.h"
 #include "bench/terminal.h"
+
+#include <benchmark/benchmark.h>
+#include <filesystem>
+#include <string>
+#include <vector>
 
 namespace bench
 {

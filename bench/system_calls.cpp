@@ -4,7 +4,6 @@
 #include <csignal>
 #include <cstddef>
 #include <ctime>
-
 #include <dlfcn.h>
 #include <poll.h>
 #include <sys/types.h>

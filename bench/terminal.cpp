@@ -1,17 +1,16 @@
 #include "bench/terminal.h"
 
+#include "frame/platform/platform.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
-
-#include "frame/platform/platform.h"
 
 namespace bench
 {

@@ -1,11 +1,11 @@
 #include "config/file_format.h"
 
+#include "frame/numbers.h"
+#include "frame/switches.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
-
-#include "frame/numbers.h"
-#include "frame/switches.h"
 
 namespace
 {

@@ -3,14 +3,14 @@
 /// a set begins with its name.
 #pragma once
 
+#include "config/record.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "config/record.h"
 
 /// Stands for the current configuration where otherwise the number of a set stands, 1..1023.
 inline constexpr unsigned current_configuration = 0;

@@ -1,15 +1,15 @@
 #include "config/files.h"
 
-#include <string>
-
 #include "config/file_format.h"
 #include "config/set_access.h"
-#include "frame/terminal/console.h"
 #include "frame/data_file.h"
-#include "frame/terminal/keys.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"
+
+#include <string>
 
 namespace
 {

@@ -1,9 +1,9 @@
 #include "config/record.h"
 
+#include "frame/numbers.h"
+
 #include <cmath>
 #include <cstdio>
-
-#include "frame/numbers.h"
 
 namespace
 {

@@ -4,13 +4,13 @@
 /// them.
 #pragma once
 
+#include "devlib/COM-KOV-CTRL.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-#include "devlib/COM-KOV-CTRL.h"
 
 enum class EntryKind : std::uint8_t {
     yes_no,          ///< a byte, "N" = 0, "Y" = anything else

@@ -1,7 +1,7 @@
 #include "config/set_access.h"
 
-#include "frame/terminal/console.h"
 #include "frame/platform/platform.h"
+#include "frame/terminal/console.h"
 
 ConfigName config_name(std::string_view text)
 {

@@ -2,11 +2,11 @@
 /// 1; the library counts them from 0.
 #pragma once
 
-#include <cstdint>
-#include <string_view>
-
 #include "frame/device_call.h"
 #include "frame/switches.h"
+
+#include <cstdint>
+#include <string_view>
 
 /// A set's name: 202 bytes filled up with zeros, and one more zero behind them. A name that fills
 /// the field has no terminator of its own.

@@ -1,11 +1,11 @@
 #include "config/sets.h"
 
-#include <array>
-
 #include "config/set_access.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"
+
+#include <array>
 
 namespace
 {

@@ -1,8 +1,8 @@
 #include "controller/identification.h"
 
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
+#include "frame/terminal/console.h"
 
 void show_product_data(const Given& given)
 {

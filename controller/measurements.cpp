@@ -1,9 +1,9 @@
 #include "controller/measurements.h"
 
-#include "instrument/controller_readings.h"
-#include "frame/terminal/console.h"
 #include "frame/format.h"
 #include "frame/live_display.h"
+#include "frame/terminal/console.h"
+#include "instrument/controller_readings.h"
 #include "instrument/supplies.h"
 
 void show_uptime(const Given& given)

@@ -1,7 +1,7 @@
 #include "controller/settings.h"
 
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
+#include "frame/terminal/console.h"
 
 namespace
 {

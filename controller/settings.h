@@ -3,12 +3,12 @@
 /// read nothing back, and pass any value on as it is.
 #pragma once
 
-#include <array>
-
-#include "instrument/status_words.h"
 #include "frame/bit_fields.h"
 #include "frame/format.h"
 #include "frame/switches.h"
+#include "instrument/status_words.h"
+
+#include <array>
 
 /// An interlock enable mask, 8 bits, the same for the HV-supplies and the heat-controller: set =
 /// the input acts on the modules of that kind.

@@ -1,14 +1,14 @@
 #include "controller/status_displays.h"
 
-#include <array>
-#include <span>
-
-#include "instrument/status_words.h"
 #include "frame/bit_fields.h"
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/live_display.h"
+#include "frame/terminal/console.h"
+#include "instrument/status_words.h"
+
+#include <array>
+#include <span>
 
 namespace
 {

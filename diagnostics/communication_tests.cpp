@@ -1,5 +1,14 @@
 #include "diagnostics/communication_tests.h"
 
+#include "frame/device_call.h"
+#include "frame/format.h"
+#include "frame/live_display.h"
+#include "frame/platform/platform.h"
+#include "frame/program.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
+#include "modules/presence.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -8,15 +17,6 @@
 #include <span>
 #include <string>
 #include <vector>
-
-#include "frame/terminal/console.h"
-#include "frame/device_call.h"
-#include "frame/format.h"
-#include "frame/terminal/keys.h"
-#include "frame/live_display.h"
-#include "frame/platform/platform.h"
-#include "frame/program.h"
-#include "modules/presence.h"
 
 namespace
 {

@@ -1,14 +1,14 @@
 #include "diagnostics/memory_image.h"
 
-#include <algorithm>
-#include <string_view>
-
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
+#include "frame/terminal/console.h"
 #include "frame/terminal/questions.h"
+
+#include <algorithm>
+#include <string_view>
 
 namespace
 {

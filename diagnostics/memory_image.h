@@ -1,12 +1,12 @@
 /// The controller's memory as a text file: one byte a line, two hexadecimal digits each.
 #pragma once
 
+#include "frame/data_file.h"
+#include "frame/switches.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
-
-#include "frame/data_file.h"
-#include "frame/switches.h"
 
 /// Saves the memory into the file `text`.
 void back_memory_up(const Given&);

@@ -1,22 +1,22 @@
 #include "diagnostics/recording.h"
 
-#include <array>
-#include <cstdint>
-#include <optional>
-#include <string>
-
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/terminal/keys.h"
 #include "frame/live_display.h"
 #include "frame/measurement_log.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
+#include "instrument/module_readings.h"
 #include "modules/heat_controller.h"
 #include "modules/housekeeping.h"
 #include "modules/presence.h"
-#include "instrument/module_readings.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
 
 namespace
 {

@@ -1,8 +1,8 @@
 #include "frame/bit_fields.h"
 
-#include <cstddef>
-
 #include "frame/format.h"
+
+#include <cstddef>
 
 FieldLine::FieldLine(std::span<const char* const> labels, int gap)
 {

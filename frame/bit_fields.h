@@ -2,13 +2,13 @@
 /// knows the bit; whoever shows the word calls it here.
 #pragma once
 
+#include "frame/terminal/console.h"
+
 #include <cstdint>
 #include <initializer_list>
 #include <span>
 #include <string_view>
 #include <vector>
-
-#include "frame/terminal/console.h"
 
 struct BitField {
     const char* label;

@@ -1,13 +1,13 @@
 #include "frame/command_line.h"
 
-#include <cctype>
-#include <cstddef>
-#include <string_view>
-
 #include "frame/numbers.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "frame/session.h"
+
+#include <cctype>
+#include <cstddef>
+#include <string_view>
 
 namespace
 {

@@ -1,9 +1,9 @@
 /// The grammar of the command line: the COM port number, then switches with their values.
 #pragma once
 
-#include <span>
-
 #include "frame/switches.h"
+
+#include <span>
 
 struct CommandLineResult {
     bool good = true;

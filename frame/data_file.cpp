@@ -1,12 +1,12 @@
 #include "frame/data_file.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <utility>
-
 #include "frame/format.h"
 #include "frame/platform/platform.h"
 #include "frame/terminal/questions.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
 
 OutputFile::~OutputFile()
 {

@@ -2,6 +2,8 @@
 /// full, and to tell the user.
 #pragma once
 
+#include "frame/terminal/console.h"
+
 #include <array>
 #include <cstdarg>
 #include <cstddef>
@@ -10,8 +12,6 @@
 #include <functional>
 #include <string>
 #include <string_view>
-
-#include "frame/terminal/console.h"
 
 /// A file being written. Its bytes are buffered; what fails to reach the disk is told by the print
 /// that notices it, at the latest by close().

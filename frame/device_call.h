@@ -10,15 +10,15 @@
 /// the library both reads and writes goes in as in_out(&variable); a pointer to const is an input.
 #pragma once
 
+#include "devlib/COM-KOV-CTRL.h"
+#include "frame/error_report.h"
+#include "frame/format.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <type_traits>
-
-#include "devlib/COM-KOV-CTRL.h"
-#include "frame/error_report.h"
-#include "frame/format.h"
 
 template <class Function>
 struct LibraryFunction {

@@ -1,9 +1,9 @@
 /// The entry of the program.
 #pragma once
 
-#include <span>
-
 #include "frame/switches.h"
+
+#include <span>
 
 /// The switch tables of all folders.
 [[nodiscard]] std::span<const SwitchTable> all_switch_tables();

@@ -1,10 +1,10 @@
 #include "frame/error_report.h"
 
-#include <cstdint>
-
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
+#include "frame/terminal/console.h"
+
+#include <cstdint>
 
 LibraryMessages library_messages()
 {

@@ -1,5 +1,9 @@
 #include "frame/format.h"
 
+#include "frame/numbers.h"
+#include "frame/platform/platform.h"
+#include "frame/terminal/characters.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -8,10 +12,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-
-#include "frame/terminal/characters.h"
-#include "frame/numbers.h"
-#include "frame/platform/platform.h"
 
 // ---- Colours of values ----
 

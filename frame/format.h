@@ -1,13 +1,13 @@
 /// How values become text: the formatters that all commands share.
 #pragma once
 
+#include "frame/terminal/colors.h"
+#include "frame/terminal/console.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-#include "frame/terminal/colors.h"
-#include "frame/terminal/console.h"
 
 // ---- Colours of values ----
 

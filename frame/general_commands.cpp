@@ -1,8 +1,8 @@
 #include "frame/general_commands.h"
 
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/program.h"
+#include "frame/terminal/console.h"
 #include "frame/usage.h"
 
 void ask_for_help(const Given&)

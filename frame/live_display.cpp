@@ -2,9 +2,9 @@
 
 #include "frame/error_report.h"
 #include "frame/format.h"
-#include "frame/terminal/keys.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
+#include "frame/terminal/keys.h"
 
 double CycleRates::per_second(std::int64_t now_ms) const
 {

@@ -14,12 +14,12 @@
 /// must happen once per reading (a counter, a row in a file) belongs to the reading.
 #pragma once
 
+#include "frame/terminal/console.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <string>
-
-#include "frame/terminal/console.h"
 
 /// Decides when drawing is due: in the first cycles, then at most every 10 ms.
 class DrawPacer

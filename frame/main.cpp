@@ -1,23 +1,23 @@
-#include <cstddef>
-#include <string>
-
 #include "config/switches.h"
 #include "controller/switches.h"
 #include "diagnostics/switches.h"
 #include "frame/command_line.h"
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/entry.h"
 #include "frame/format.h"
 #include "frame/general_commands.h"
-#include "frame/terminal/keys.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "frame/session.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
 #include "frame/usage.h"
 #include "interactive/switches.h"
 #include "modules/switches.h"
 #include "protocol/switches.h"
+
+#include <cstddef>
+#include <string>
 
 namespace
 {

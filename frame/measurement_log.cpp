@@ -1,11 +1,11 @@
 #include "frame/measurement_log.h"
 
+#include "frame/format.h"
+#include "frame/live_display.h"
+
 #include <array>
 #include <cstdarg>
 #include <cstddef>
-
-#include "frame/format.h"
-#include "frame/live_display.h"
 
 std::string acquisition_time_text(const platform::LocalTime& time)
 {

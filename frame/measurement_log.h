@@ -10,11 +10,11 @@
 ///     Total duration in s:<tab>12.345                    and so on
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "frame/data_file.h"
 #include "frame/platform/platform.h"
+
+#include <cstdint>
+#include <string>
 
 /// "%a, %m/%d/%Y, %H:%M:%S" with English day names.
 [[nodiscard]] std::string acquisition_time_text(const platform::LocalTime& time);

@@ -1,11 +1,11 @@
 #include "frame/session.h"
 
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/error_report.h"
 #include "frame/format.h"
-#include "frame/terminal/keys.h"
 #include "frame/program.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"
 
 namespace

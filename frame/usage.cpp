@@ -1,12 +1,12 @@
 #include "frame/usage.h"
 
-#include <cstring>
-
-#include "frame/terminal/console.h"
 #include "frame/format.h"
 #include "frame/numbers.h"
 #include "frame/program.h"
 #include "frame/switches.h"
+#include "frame/terminal/console.h"
+
+#include <cstring>
 
 namespace
 {

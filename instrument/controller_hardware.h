@@ -1,11 +1,11 @@
 /// The controller's hardware-type word: what it is equipped with.
 #pragma once
 
-#include <array>
-#include <cstdint>
-
 #include "frame/bit_fields.h"
 #include "frame/format.h"
+
+#include <array>
+#include <cstdint>
 
 namespace controller_hardware
 {

@@ -2,12 +2,12 @@
 /// in the order of the single displays; another order takes the fields by their names.
 #pragma once
 
-#include <array>
-#include <cstdint>
-
-#include "instrument/controller_readings.h"
 #include "frame/bit_fields.h"
 #include "frame/format.h"
+#include "instrument/controller_readings.h"
+
+#include <array>
+#include <cstdint>
 
 // ---- Overall state: a code ----
 

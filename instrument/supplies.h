@@ -1,8 +1,8 @@
 /// The supply voltages inside the instrument: what they should be, and how far they may be off.
 #pragma once
 
-#include "frame/terminal/colors.h"
 #include "frame/format.h"
+#include "frame/terminal/colors.h"
 
 struct Supply {
     double nominal;   ///< volts

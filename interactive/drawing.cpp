@@ -1,7 +1,7 @@
 #include "interactive/drawing.h"
 
-#include "instrument/status_words.h"
 #include "frame/bit_fields.h"
+#include "instrument/status_words.h"
 #include "instrument/supplies.h"
 #include "modules/state.h"
 

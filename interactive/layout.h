@@ -1,11 +1,11 @@
 /// Where everything stands on the full screen: its frame of labels, and the places of the values.
 #pragma once
 
-#include <array>
-
 #include "frame/terminal/console.h"
 #include "interactive/screen_readings.h"
 #include "modules/heat_controller.h"
+
+#include <array>
 
 inline constexpr int screen_columns = 132; ///< needed at least
 inline constexpr int screen_rows = 60;     ///< needed at least

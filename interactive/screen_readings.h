@@ -2,14 +2,14 @@
 /// and how the reading went.
 #pragma once
 
+#include "frame/live_display.h"
+#include "instrument/controller_readings.h"
+#include "instrument/module_readings.h"
+#include "modules/presence.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
-
-#include "instrument/controller_readings.h"
-#include "frame/live_display.h"
-#include "modules/presence.h"
-#include "instrument/module_readings.h"
 
 /// Slots that the screen lays out, and the place of the base unit behind them.
 inline constexpr unsigned screen_slots = 4;

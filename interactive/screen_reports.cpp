@@ -1,12 +1,12 @@
 #include "interactive/screen_reports.h"
 
-#include <cstdint>
-
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/error_report.h"
 #include "frame/format.h"
 #include "frame/platform/platform.h"
+#include "frame/terminal/console.h"
+
+#include <cstdint>
 
 namespace
 {

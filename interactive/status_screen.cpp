@@ -1,10 +1,10 @@
 #include "interactive/status_screen.h"
 
-#include "frame/terminal/characters.h"
 #include "frame/device_call.h"
-#include "frame/terminal/keys.h"
 #include "frame/platform/platform.h"
 #include "frame/session.h"
+#include "frame/terminal/characters.h"
+#include "frame/terminal/keys.h"
 #include "interactive/drawing.h"
 #include "interactive/layout.h"
 #include "interactive/screen_readings.h"

@@ -15,11 +15,11 @@
 ///         });
 #pragma once
 
-#include <functional>
-#include <string>
-
 #include "frame/numbers.h"
 #include "frame/switches.h"
+
+#include <functional>
+#include <string>
 
 /// What differs between the commands.
 struct ModuleTexts {

@@ -1,14 +1,14 @@
 #include "modules/heat_controller.h"
 
-#include <cstdint>
-#include <optional>
-#include <string>
-
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "modules/presence.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
 
 namespace
 {

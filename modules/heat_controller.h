@@ -1,9 +1,9 @@
 /// The commands of the heat-controller in slot 0.
 #pragma once
 
-#include "frame/terminal/console.h"
 #include "frame/format.h"
 #include "frame/switches.h"
+#include "frame/terminal/console.h"
 #include "instrument/module_readings.h"
 
 // Targets and limits. A negative target means that this kind of control is off.

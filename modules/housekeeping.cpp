@@ -1,15 +1,15 @@
 #include "modules/housekeeping.h"
 
-#include <cstdint>
-#include <string>
-
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/live_display.h"
+#include "frame/terminal/console.h"
+#include "instrument/module_readings.h"
 #include "modules/addressing.h"
 #include "modules/presence.h"
-#include "instrument/module_readings.h"
+
+#include <cstdint>
+#include <string>
 
 namespace
 {

@@ -1,14 +1,14 @@
 /// What the modules tell of their own well-being: supply voltages, temperatures, CPU and LED.
 #pragma once
 
+#include "frame/format.h"
+#include "frame/switches.h"
+#include "frame/terminal/console.h"
+#include "instrument/module_readings.h"
+#include "instrument/supplies.h"
+
 #include <span>
 #include <vector>
-
-#include "frame/terminal/console.h"
-#include "frame/format.h"
-#include "instrument/supplies.h"
-#include "frame/switches.h"
-#include "instrument/module_readings.h"
 
 /// Supply voltages and temperatures, one line a module.
 void show_module_housekeeping(const Given&);

@@ -1,15 +1,15 @@
 #include "modules/hv_supply.h"
 
-#include <string>
-
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/terminal/keys.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
 #include "modules/output.h"
 #include "modules/presence.h"
+
+#include <string>
 
 namespace
 {

@@ -1,14 +1,14 @@
 #include "modules/identification.h"
 
-#include <cstdint>
-#include <string>
-
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "modules/addressing.h"
+#include "frame/terminal/console.h"
 #include "instrument/module_hardware.h"
+#include "modules/addressing.h"
 #include "modules/presence.h"
+
+#include <cstdint>
+#include <string>
 
 namespace
 {

@@ -1,9 +1,9 @@
 #include "modules/maintenance.h"
 
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
-#include "frame/terminal/keys.h"
 #include "frame/platform/platform.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"
 #include "modules/addressing.h"
 #include "modules/presence.h"

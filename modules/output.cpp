@@ -1,10 +1,10 @@
 #include "modules/output.h"
 
-#include <cmath>
-
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "instrument/module_readings.h"
+
+#include <cmath>
 
 const char* attempt_ranges(unsigned address, MeasurementRanges& ranges)
 {

@@ -2,9 +2,9 @@
 /// the live displays show them.
 #pragma once
 
-#include <cstdint>
-
 #include "frame/terminal/console.h"
+
+#include <cstdint>
 
 /// What the measurement is set for.
 struct MeasurementRanges {

@@ -1,8 +1,8 @@
 #include "modules/presence.h"
 
-#include <algorithm>
-
 #include "frame/device_call.h"
+
+#include <algorithm>
 
 std::string module_name(unsigned address)
 {

@@ -1,14 +1,14 @@
 /// Module addresses and what stands behind them: names, presence, device types.
 #pragma once
 
+#include "frame/numbers.h"
+#include "frame/terminal/console.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "frame/terminal/console.h"
-#include "frame/numbers.h"
 
 /// Display name of an address: "heat-controller", "HV-supply 2", "base module", "all modules".
 /// Empty for an address that nobody has.

@@ -1,11 +1,11 @@
 #include "modules/state.h"
 
-#include <cstdint>
-
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/live_display.h"
+#include "frame/terminal/console.h"
 #include "modules/addressing.h"
+
+#include <cstdint>
 
 namespace
 {

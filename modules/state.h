@@ -1,13 +1,13 @@
 /// The state words of the modules and of the base unit, and activation.
 #pragma once
 
-#include <array>
-#include <span>
-
 #include "frame/bit_fields.h"
 #include "frame/format.h"
 #include "frame/numbers.h"
 #include "frame/switches.h"
+
+#include <array>
+#include <span>
 
 /// Bits of a state word.
 namespace module_state_bit

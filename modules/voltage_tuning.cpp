@@ -1,19 +1,19 @@
 #include "modules/voltage_tuning.h"
 
+#include "frame/device_call.h"
+#include "frame/format.h"
+#include "frame/live_display.h"
+#include "frame/measurement_log.h"
+#include "frame/platform/platform.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
+#include "modules/output.h"
+#include "modules/presence.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
-
-#include "frame/terminal/console.h"
-#include "frame/device_call.h"
-#include "frame/format.h"
-#include "frame/terminal/keys.h"
-#include "frame/live_display.h"
-#include "frame/measurement_log.h"
-#include "frame/platform/platform.h"
-#include "modules/output.h"
-#include "modules/presence.h"
 
 namespace
 {

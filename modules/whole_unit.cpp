@@ -1,13 +1,13 @@
 #include "modules/whole_unit.h"
 
-#include <span>
-
 #include "frame/numbers.h"
 #include "frame/platform/platform.h"
 #include "modules/heat_controller.h"
 #include "modules/housekeeping.h"
 #include "modules/identification.h"
 #include "modules/state.h"
+
+#include <span>
 
 namespace
 {

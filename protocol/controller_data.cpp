@@ -1,16 +1,16 @@
 #include "protocol/controller_data.h"
 
-#include <initializer_list>
-#include <span>
-
-#include "instrument/controller_readings.h"
 #include "controller/settings.h"
-#include "instrument/status_words.h"
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
+#include "frame/terminal/console.h"
+#include "instrument/controller_readings.h"
+#include "instrument/status_words.h"
 #include "protocol/report_items.h"
 #include "protocol/unit_data.h"
+
+#include <initializer_list>
+#include <span>
 
 namespace
 {

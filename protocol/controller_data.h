@@ -1,9 +1,9 @@
 /// What the acceptance test reports of the controller as a whole.
 #pragma once
 
-#include <cstdint>
-
 #include "protocol/report.h"
+
+#include <cstdint>
 
 /// Reads and reports product data, status words, settings and times, and tells the overall state.
 /// False after a failed call, which has been reported.

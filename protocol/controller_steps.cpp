@@ -1,14 +1,14 @@
 #include "protocol/controller_steps.h"
 
-#include <numeric>
-#include <string>
-#include <utility>
-
-#include "instrument/controller_readings.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/platform/platform.h"
+#include "instrument/controller_readings.h"
 #include "protocol/sampling.h"
+
+#include <numeric>
+#include <string>
+#include <utility>
 
 namespace
 {

@@ -1,11 +1,9 @@
 #include "protocol/product_report.h"
 
-#include <algorithm>
-
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/program.h"
+#include "frame/terminal/console.h"
 #include "instrument/module_hardware.h"
 #include "modules/output.h"
 #include "modules/state.h"
@@ -13,6 +11,8 @@
 #include "protocol/report_items.h"
 #include "protocol/sampling.h"
 #include "protocol/unit_data.h"
+
+#include <algorithm>
 
 namespace
 {

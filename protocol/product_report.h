@@ -2,12 +2,12 @@
 /// stand. Nothing is changed by it.
 #pragma once
 
+#include "instrument/module_readings.h"
+#include "modules/presence.h"
+#include "protocol/report.h"
+
 #include <array>
 #include <cstdint>
-
-#include "modules/presence.h"
-#include "instrument/module_readings.h"
-#include "protocol/report.h"
 
 /// What the measurements need to know of it.
 struct ProductData {

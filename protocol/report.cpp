@@ -1,8 +1,8 @@
 #include "protocol/report.h"
 
+#include "frame/format.h"
 #include "frame/terminal/characters.h"
 #include "frame/terminal/console.h"
-#include "frame/format.h"
 
 std::string latin1_text(std::string_view text)
 {

@@ -9,11 +9,11 @@
 /// printable() before.
 #pragma once
 
+#include "frame/data_file.h"
+#include "frame/terminal/colors.h"
+
 #include <span>
 #include <string>
-
-#include "frame/terminal/colors.h"
-#include "frame/data_file.h"
 
 /// What stands behind a temperature in the file.
 #define DEGREES_C_IN_FILE                                                                          \

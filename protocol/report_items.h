@@ -2,6 +2,9 @@
 /// bit tables of the displays as labelled values of the report.
 #pragma once
 
+#include "frame/bit_fields.h"
+#include "protocol/report.h"
+
 #include <cstdint>
 #include <deque>
 #include <initializer_list>
@@ -9,9 +12,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "frame/bit_fields.h"
-#include "protocol/report.h"
 
 using ReportItems = std::vector<ReportItem>;
 

@@ -1,12 +1,12 @@
 #include "protocol/sampling.h"
 
+#include "frame/device_call.h"
+#include "frame/platform/platform.h"
+#include "frame/terminal/keys.h"
+#include "instrument/module_readings.h"
+
 #include <algorithm>
 #include <utility>
-
-#include "frame/device_call.h"
-#include "frame/terminal/keys.h"
-#include "frame/platform/platform.h"
-#include "instrument/module_readings.h"
 
 void report_stop(Report& report)
 {

@@ -1,16 +1,16 @@
 /// Waiting, and taking series of measurements, for the acceptance test.
 #pragma once
 
+#include "frame/terminal/console.h"
+#include "protocol/report.h"
+#include "protocol/statistics.h"
+
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
-
-#include "frame/terminal/console.h"
-#include "protocol/report.h"
-#include "protocol/statistics.h"
 
 // Everything that returns bool here has told the user, and the report, why it is false.
 

@@ -1,12 +1,12 @@
 /// A series of measurements and what is told of it.
 #pragma once
 
+#include "frame/format.h"
+#include "protocol/report.h"
+
 #include <cstddef>
 #include <string>
 #include <vector>
-
-#include "frame/format.h"
-#include "protocol/report.h"
 
 class Statistics
 {

@@ -1,12 +1,12 @@
 #include "protocol/supply_steps.h"
 
-#include <array>
-
 #include "frame/device_call.h"
 #include "frame/numbers.h"
 #include "instrument/module_hardware.h"
 #include "modules/output.h"
 #include "protocol/module_steps.h"
+
+#include <array>
 
 namespace
 {

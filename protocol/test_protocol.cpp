@@ -1,18 +1,18 @@
 #include "protocol/test_protocol.h"
 
-#include <exception>
-
-#include "instrument/controller_readings.h"
-#include "instrument/status_words.h"
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/terminal/keys.h"
 #include "frame/platform/platform.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
+#include "instrument/controller_readings.h"
+#include "instrument/status_words.h"
 #include "protocol/product_report.h"
 #include "protocol/report.h"
 #include "protocol/sampling.h"
 #include "protocol/steps.h"
+
+#include <exception>
 
 namespace
 {

@@ -1,9 +1,9 @@
 #include "protocol/unit_data.h"
 
-#include "instrument/controller_hardware.h"
-#include "instrument/controller_readings.h"
 #include "frame/format.h"
 #include "frame/session.h"
+#include "instrument/controller_hardware.h"
+#include "instrument/controller_readings.h"
 #include "instrument/module_hardware.h"
 #include "modules/presence.h"
 #include "protocol/report_items.h"

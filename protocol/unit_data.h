@@ -1,13 +1,13 @@
 /// What the controller, its base unit and its modules tell alike for the acceptance test.
 #pragma once
 
+#include "frame/device_call.h"
+#include "frame/terminal/console.h"
+#include "protocol/report.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
-
-#include "frame/terminal/console.h"
-#include "frame/device_call.h"
-#include "protocol/report.h"
 
 /// Whom the questions go to.
 struct ReportedUnit {

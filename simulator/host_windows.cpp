@@ -3,7 +3,6 @@
 #include <charconv>
 #include <cstdlib>
 #include <string_view>
-
 #include <windows.h>
 
 namespace simulator::host

@@ -1,7 +1,7 @@
 #include "simulator/session.h"
 
-#include "simulator/library/call.h"
 #include "simulator/host.h"
+#include "simulator/library/call.h"
 #include "simulator/model/instrument.h"
 #include "simulator/model/measurements.h"
 #include "simulator/scenario/scenario.h"

@@ -10,7 +10,7 @@ format_tools=("clang-format clang-format" "mandoc mandoc")
 analysis_tools=("clang-tidy clang-tidy" "cppcheck cppcheck")
 
 need_tools "${format_tools[@]}"
-folders=(bench config controller devlib diagnostics frame interactive modules protocol simulator tests)
+folders=(bench config controller devlib diagnostics frame instrument interactive modules protocol simulator tests)
 find "${folders[@]}" -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run -Werror
 mandoc -Tlint -Wwarning docs/KOV-Controller.1
 [ "${1:-all}" = all ] || exit 0

@@ -1,10 +1,10 @@
 /// The console's colours as control sequences.
 #pragma once
 
+#include "frame/terminal/colors.h"
+
 #include <cstddef>
 #include <string>
-
-#include "frame/terminal/colors.h"
 
 /// The terminal's own colours, in the console's order. Grey is the default foreground and bright
 /// white its bold form, so that dark and light themes stay readable.

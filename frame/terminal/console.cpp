@@ -1,13 +1,13 @@
 #include "frame/terminal/console.h"
 
+#include "frame/program.h"
+#include "frame/terminal/characters.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
-
-#include "frame/terminal/characters.h"
-#include "frame/program.h"
 
 Console console;
 

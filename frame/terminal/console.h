@@ -16,6 +16,9 @@
 /// each line once, in its final form.
 #pragma once
 
+#include "frame/platform/platform.h"
+#include "frame/terminal/colors.h"
+
 #include <cstdarg>
 #include <cstdint>
 #include <deque>
@@ -24,9 +27,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "frame/terminal/colors.h"
-#include "frame/platform/platform.h"
 
 /// Has the compiler check the arguments of a printf format.
 #if defined(__clang__)

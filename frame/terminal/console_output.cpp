@@ -1,13 +1,13 @@
 // How the console's model reaches the terminal.
 
+#include "frame/terminal/characters.h"
+#include "frame/terminal/color_sequences.h"
+#include "frame/terminal/console.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
-
-#include "frame/terminal/characters.h"
-#include "frame/terminal/color_sequences.h"
-#include "frame/terminal/console.h"
 
 namespace
 {

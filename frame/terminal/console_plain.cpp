@@ -1,12 +1,12 @@
 // How the console's model reaches a file or a pipe.
 
-#include <cstddef>
-#include <span>
-#include <utility>
-
 #include "frame/terminal/characters.h"
 #include "frame/terminal/color_sequences.h"
 #include "frame/terminal/console.h"
+
+#include <cstddef>
+#include <span>
+#include <utility>
 
 std::string Console::plain_text(const Row& row) const
 {

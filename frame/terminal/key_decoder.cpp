@@ -1,11 +1,11 @@
 #include "frame/terminal/key_decoder.h"
 
+#include "frame/terminal/characters.h"
+#include "frame/terminal/scan_codes.h"
+
 #include <array>
 #include <cctype>
 #include <string_view>
-
-#include "frame/terminal/characters.h"
-#include "frame/terminal/scan_codes.h"
 
 namespace
 {

@@ -1,10 +1,10 @@
 #include "frame/terminal/keys.h"
 
+#include "frame/platform/platform.h"
+#include "frame/terminal/console.h"
+
 #include <algorithm>
 #include <array>
-
-#include "frame/terminal/console.h"
-#include "frame/platform/platform.h"
 
 namespace
 {

@@ -3,10 +3,10 @@
 /// whatever waits for a key ends the way Esc ends it.
 #pragma once
 
+#include "frame/terminal/key_decoder.h"
+
 #include <cstdint>
 #include <optional>
-
-#include "frame/terminal/key_decoder.h"
 
 /// Forgets everything that was typed (at the start of the program).
 void start_keys();

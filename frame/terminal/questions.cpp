@@ -1,9 +1,9 @@
 #include "frame/terminal/questions.h"
 
-#include <optional>
-
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
+
+#include <optional>
 
 YesNo ask_yes_no()
 {

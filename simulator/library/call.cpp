@@ -1,12 +1,12 @@
 #include "simulator/library/call.h"
 
 #include "simulator/host.h"
+#include "simulator/library/trace.h"
 #include "simulator/scenario/injection.h"
 #include "simulator/scenario/scenario.h"
+#include "simulator/scenario/value.h"
 #include "simulator/session.h"
 #include "simulator/simulator.h"
-#include "simulator/library/trace.h"
-#include "simulator/scenario/value.h"
 
 #include <cstring>
 

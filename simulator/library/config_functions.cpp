@@ -1,7 +1,7 @@
 /// The current configuration, the configuration sets and the memory: the same bytes.
 #include "simulator/library/call.h"
-#include "simulator/model/config_record.h"
 #include "simulator/library/units.h"
+#include "simulator/model/config_record.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,8 +1,8 @@
 /// Identification, housekeeping and status words of the controller.
 #include "simulator/library/call.h"
+#include "simulator/library/units.h"
 #include "simulator/model/measurements.h"
 #include "simulator/model/status.h"
-#include "simulator/library/units.h"
 
 using namespace simulator;
 

@@ -1,9 +1,9 @@
 /// The heat-controller's functions.
 #include "simulator/library/call.h"
+#include "simulator/library/units.h"
 #include "simulator/model/config_record.h"
 #include "simulator/model/measurements.h"
 #include "simulator/model/status.h"
-#include "simulator/library/units.h"
 
 #include <cmath>
 

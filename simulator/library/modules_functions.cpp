@@ -1,9 +1,9 @@
 /// Presence, scan, maintenance, readings and state of the modules and the base unit.
 #include "simulator/library/call_unit.h"
+#include "simulator/library/units.h"
 #include "simulator/model/config_record.h"
 #include "simulator/model/measurements.h"
 #include "simulator/model/status.h"
-#include "simulator/library/units.h"
 
 using namespace simulator;
 

@@ -1,10 +1,10 @@
 /// Session, communication control, error texts and communication tests.
 #include "simulator/library/call.h"
+#include "simulator/library/trace.h"
+#include "simulator/library/units.h"
 #include "simulator/model/measurements.h"
 #include "simulator/scenario/scenario.h"
 #include "simulator/session.h"
-#include "simulator/library/trace.h"
-#include "simulator/library/units.h"
 
 #include <cstring>
 

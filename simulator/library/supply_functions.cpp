@@ -1,10 +1,10 @@
 /// The HV-supplies' functions.
-#include "simulator/model/arithmetic.h"
 #include "simulator/library/call.h"
+#include "simulator/library/units.h"
+#include "simulator/model/arithmetic.h"
 #include "simulator/model/config_record.h"
 #include "simulator/model/measurements.h"
 #include "simulator/model/supply.h"
-#include "simulator/library/units.h"
 
 #include <algorithm>
 #include <cmath>

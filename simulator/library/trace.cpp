@@ -1,9 +1,9 @@
 #include "simulator/library/trace.h"
 
-#include "simulator/library/errors.h"
 #include "simulator/host.h"
-#include "simulator/simulator.h"
+#include "simulator/library/errors.h"
 #include "simulator/scenario/value.h"
+#include "simulator/simulator.h"
 
 #include <chrono>
 #include <cstdio>

@@ -1,9 +1,9 @@
 #include "simulator/model/instrument.h"
 
+#include "simulator/host.h"
 #include "simulator/model/config_record.h"
 #include "simulator/model/default_identities.h"
 #include "simulator/model/heater.h"
-#include "simulator/host.h"
 #include "simulator/model/measurements.h"
 #include "simulator/model/supply.h"
 

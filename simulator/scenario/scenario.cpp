@@ -1,10 +1,10 @@
 #include "simulator/scenario/scenario.h"
 
-#include "simulator/library/call.h"
 #include "simulator/host.h"
+#include "simulator/library/call.h"
 #include "simulator/scenario/injection_lines.h"
-#include "simulator/session.h"
 #include "simulator/scenario/settings.h"
+#include "simulator/session.h"
 #include "simulator/simulator.h"
 
 #include <algorithm>

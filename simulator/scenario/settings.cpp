@@ -1,7 +1,7 @@
 #include "simulator/scenario/settings.h"
 
-#include "simulator/model/arithmetic.h"
 #include "simulator/library/call.h"
+#include "simulator/model/arithmetic.h"
 #include "simulator/model/measurements.h"
 
 #include <algorithm>

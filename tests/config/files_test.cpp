@@ -1,8 +1,8 @@
-#include <csignal>
-
 #include "config/file_format.h"
 #include "tests/config/config_trial.h"
 #include "tests/support/temporary_file.h"
+
+#include <csignal>
 
 namespace
 {

@@ -1,7 +1,7 @@
+#include "tests/config/config_trial.h"
+
 #include <algorithm>
 #include <csignal>
-
-#include "tests/config/config_trial.h"
 
 namespace
 {

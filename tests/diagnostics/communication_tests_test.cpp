@@ -1,7 +1,7 @@
+#include "tests/support/trial.h"
+
 #include <algorithm>
 #include <set>
-
-#include "tests/support/trial.h"
 
 namespace
 {

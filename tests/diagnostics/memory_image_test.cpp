@@ -1,7 +1,7 @@
-#include <cstdio>
-
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
+
+#include <cstdio>
 
 namespace
 {

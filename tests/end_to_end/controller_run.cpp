@@ -1,7 +1,6 @@
 #include "tests/end_to_end/controller_run.h"
 
 #include <cstdlib>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

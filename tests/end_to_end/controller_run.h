@@ -2,11 +2,11 @@
 /// every run, in a folder of its own.
 #pragma once
 
-#include <string>
-#include <string_view>
-
 #include "tests/support/pseudo_terminal.h"
 #include "tests/support/temporary_file.h"
+
+#include <string>
+#include <string_view>
 
 /// What to run; to be changed before a PseudoTerminal gets it. Its folder is a temporary one.
 struct ControllerRun : Launch {

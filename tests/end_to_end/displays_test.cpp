@@ -1,11 +1,10 @@
 // The live displays as they stand on terminals of several sizes, what is typed there, and whose
 // library they ask.
-#include <ostream>
-#include <string>
+#include "tests/end_to_end/controller_run.h"
 
 #include <gtest/gtest.h>
-
-#include "tests/end_to_end/controller_run.h"
+#include <ostream>
+#include <string>
 
 static std::ostream& operator<<(std::ostream& stream, const TerminalSize& size)
 {

@@ -1,14 +1,13 @@
 // Files that cannot be opened, written, stored, read or closed: the user is told, nothing is said
 // to be saved that is not, and the rest of the command line is carried out.
-#include <cstdio>
-#include <string>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "tests/end_to_end/controller_run.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/temporary_file.h"
+
+#include <cstdio>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
 
 using testing::ContainsRegex;
 using testing::EndsWith;

@@ -1,7 +1,7 @@
 // A device library that is not ours: just enough to be opened and to tell who it is.
-#include <cstdio>
-
 #include "devlib/COM-KOV-CTRL.h"
+
+#include <cstdio>
 
 uint16_t COM_KOV_CTRL_GetSWVersion()
 {

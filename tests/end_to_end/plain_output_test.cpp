@@ -1,13 +1,12 @@
 // Output and input that are no terminal, and terminals that want plain text.
+#include "tests/end_to_end/controller_run.h"
+
 #include <csignal>
 #include <cstdlib>
-#include <map>
-#include <string>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "tests/end_to_end/controller_run.h"
+#include <map>
+#include <string>
 
 using Stream = Launch::Stream;
 using testing::EndsWith;

@@ -1,17 +1,15 @@
 // However the program ends, it closes the port and leaves the terminal as it found it.
+#include "tests/end_to_end/controller_run.h"
+
 #include <array>
 #include <csignal>
-#include <string>
-
 #include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "tests/end_to_end/controller_run.h"
 
 using testing::HasSubstr;
 using testing::Not;

@@ -1,13 +1,12 @@
 // The program as it is built for Windows, under Wine: what it writes and how it ends, compared with
 // the program of this system, and its displays in a console on a pseudo-terminal.
+#include "tests/end_to_end/controller_run.h"
+
 #include <algorithm>
 #include <csignal>
-#include <string>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "tests/end_to_end/controller_run.h"
+#include <string>
 
 using testing::HasSubstr;
 using testing::Not;

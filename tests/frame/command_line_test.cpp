@@ -1,12 +1,11 @@
 #include "frame/command_line.h"
+#include "frame/entry.h"
+#include "frame/terminal/console.h"
+#include "frame/usage.h"
+#include "tests/support/trial.h"
 
 #include <set>
 #include <string>
-
-#include "frame/terminal/console.h"
-#include "frame/entry.h"
-#include "frame/usage.h"
-#include "tests/support/trial.h"
 
 namespace
 {

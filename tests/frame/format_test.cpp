@@ -1,8 +1,7 @@
 #include "frame/format.h"
+#include "tests/support/trial.h"
 
 #include <limits>
-
-#include "tests/support/trial.h"
 
 namespace
 {

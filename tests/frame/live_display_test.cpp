@@ -1,7 +1,6 @@
 #include "frame/live_display.h"
-
-#include "frame/terminal/keys.h"
 #include "frame/program.h"
+#include "frame/terminal/keys.h"
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"
 

@@ -1,6 +1,6 @@
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/program.h"
+#include "frame/terminal/console.h"
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"
 

@@ -1,5 +1,9 @@
 // The switches as the rows of the tables have them, and as the user reads and completes them: in
 // the usage text, the manual page and the completions of bash and zsh.
+#include "frame/entry.h"
+#include "tests/support/temporary_file.h"
+#include "tests/support/trial.h"
+
 #include <algorithm>
 #include <cctype>
 #include <map>
@@ -7,10 +11,6 @@
 #include <set>
 #include <string>
 #include <vector>
-
-#include "frame/entry.h"
-#include "tests/support/temporary_file.h"
-#include "tests/support/trial.h"
 
 namespace
 {

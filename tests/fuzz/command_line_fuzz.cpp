@@ -1,20 +1,20 @@
 // Any text as a command line, one argument a line, with all switches but none of their routines:
 // what these get has to be in its range.
 
+#include "frame/command_line.h"
+#include "frame/entry.h"
+#include "frame/numbers.h"
+#include "frame/program.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
+#include "simulator/simulator.h"
+#include "tests/fuzz/target.h"
+#include "tests/support/virtual_platform.h"
+
 #include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
-
-#include "frame/command_line.h"
-#include "frame/terminal/console.h"
-#include "frame/entry.h"
-#include "frame/terminal/keys.h"
-#include "frame/numbers.h"
-#include "frame/program.h"
-#include "simulator/simulator.h"
-#include "tests/fuzz/target.h"
-#include "tests/support/virtual_platform.h"
 
 namespace
 {

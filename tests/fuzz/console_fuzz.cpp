@@ -1,9 +1,9 @@
 // Any bytes as the choices of a session on the console: the terminal shows what the model holds.
 
-#include <cstdio>
-
 #include "tests/fuzz/target.h"
 #include "tests/support/console_session.h"
+
+#include <cstdio>
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

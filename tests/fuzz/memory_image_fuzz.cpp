@@ -1,13 +1,12 @@
 // Any bytes as a memory image, compared with a reader that takes one character after the other.
 
-#include <cctype>
-#include <string>
-
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include "diagnostics/memory_image.h"
 #include "tests/fuzz/target.h"
+
+#include <cctype>
+#include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace
 {

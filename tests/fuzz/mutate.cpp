@@ -2,6 +2,8 @@
 // them.
 //   mutate COUNT SEED-FILE...
 
+#include "tests/fuzz/target.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -10,8 +12,6 @@
 #include <random>
 #include <string>
 #include <vector>
-
-#include "tests/fuzz/target.h"
 
 namespace
 {

@@ -1,12 +1,12 @@
 // Any text as a number, compared with a plain reader, and as an address.
 
+#include "frame/numbers.h"
+#include "tests/fuzz/target.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string>
-
-#include "frame/numbers.h"
-#include "tests/fuzz/target.h"
 
 namespace
 {

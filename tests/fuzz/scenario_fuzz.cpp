@@ -1,13 +1,13 @@
 // Any text as a scenario: a wrong line is refused with a reason, and whatever a good one sets, the
 // instrument answers.
 
-#include <algorithm>
-#include <array>
-#include <string>
-
 #include "devlib/COM-KOV-CTRL.h"
 #include "simulator/simulator.h"
 #include "tests/fuzz/target.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "instrument/module_hardware.h"
 #include "modules/presence.h"
+
+#include <gtest/gtest.h>
 
 namespace
 {

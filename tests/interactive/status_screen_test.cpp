@@ -1,11 +1,11 @@
-#include <algorithm>
-
-#include "frame/terminal/console.h"
 #include "frame/device_call.h"
 #include "frame/program.h"
+#include "frame/terminal/console.h"
 #include "interactive/screen_reports.h"
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"
+
+#include <algorithm>
 
 namespace
 {

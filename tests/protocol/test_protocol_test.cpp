@@ -1,13 +1,13 @@
-#include <algorithm>
-#include <map>
-#include <new>
-#include <utility>
-
 #include "simulator/simulator.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"
+
+#include <algorithm>
+#include <map>
+#include <new>
+#include <utility>
 
 namespace
 {

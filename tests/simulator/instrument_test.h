@@ -7,7 +7,6 @@
 #include "tests/support/virtual_time.h"
 
 #include <gtest/gtest.h>
-
 #include <string>
 
 /// A new instrument at an open port, at the beginning of time.

@@ -2,18 +2,17 @@
 /// sessions that somebody else's choices lead, and compares.
 #pragma once
 
+#include "frame/terminal/console.h"
+#include "tests/support/terminal_emulator.h"
+#include "tests/support/virtual_platform.h"
+
 #include <algorithm>
 #include <functional>
+#include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include "frame/terminal/console.h"
-#include "tests/support/terminal_emulator.h"
-#include "tests/support/virtual_platform.h"
 
 /// A terminal with lines of somebody else on it, and the console that starts below them.
 class RandomSession

@@ -1,7 +1,6 @@
 #include "tests/support/full_disk.h"
 
 #include <csignal>
-
 #include <sys/resource.h>
 
 namespace

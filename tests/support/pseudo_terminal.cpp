@@ -6,17 +6,16 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <iterator>
+#include <poll.h>
 #include <sstream>
 #include <stdexcept>
-#include <tuple>
-#include <vector>
-
-#include <fcntl.h>
-#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
+#include <vector>
 
 namespace
 {

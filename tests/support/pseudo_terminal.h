@@ -2,15 +2,14 @@
 /// runs it. Whatever waits gives up after a time that only a hanging program needs.
 #pragma once
 
+#include "tests/support/terminal_emulator.h"
+
 #include <functional>
 #include <map>
 #include <string>
 #include <string_view>
-
 #include <sys/types.h>
 #include <termios.h>
-
-#include "tests/support/terminal_emulator.h"
 
 struct Launch {
     enum class Stream {

@@ -3,11 +3,10 @@
 
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <random>
 #include <string>
-
-#include <gtest/gtest.h>
 
 inline std::string contents(const std::string& file_name)
 {

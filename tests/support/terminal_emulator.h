@@ -13,7 +13,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
 #include <vterm.h>
 
 struct TerminalSize {

@@ -1,11 +1,11 @@
 #include "tests/support/trial.h"
 
-#include <algorithm>
-
+#include "frame/entry.h"
 #include "frame/terminal/characters.h"
 #include "frame/terminal/console.h"
-#include "frame/entry.h"
 #include "simulator/simulator.h"
+
+#include <algorithm>
 
 namespace
 {

@@ -10,17 +10,16 @@
 /// green, {Y} yellow, {R} light red, {B} light blue, {K} dark grey, {.} back to grey.
 #pragma once
 
+#include "tests/support/virtual_platform.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "tests/support/virtual_platform.h"
 
 using testing::EndsWith;
 using testing::HasSubstr;

@@ -1,7 +1,7 @@
 /// The simulator's host in tests: time passes in no time and files need no disk.
-#include "simulator/host.h"
-
 #include "tests/simulator/virtual_host.h"
+
+#include "simulator/host.h"
 #include "tests/support/virtual_time.h"
 
 #include <filesystem>

@@ -1,13 +1,12 @@
 #include "tests/support/virtual_platform.h"
 
+#include "tests/support/virtual_time.h"
+
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <limits>
-
 #include <gtest/gtest.h>
-
-#include "tests/support/virtual_time.h"
+#include <limits>
 
 VirtualPlatform virtual_platform;
 

@@ -3,13 +3,13 @@
 /// program waits or the instrument takes time to answer.
 #pragma once
 
+#include "frame/platform/platform.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <map>
 #include <string>
-
-#include "frame/platform/platform.h"
 
 struct TypedKeys {
     std::int64_t at_ms;

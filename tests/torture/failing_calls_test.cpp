@@ -1,18 +1,18 @@
 // Every switch of the tables with each of its library calls failing in turn: once, and twice in a
 // row. However bad the device is, the user reads which function failed, the cursor comes back, the
 // rest of the command line is carried out, and the port is closed once.
+#include "frame/entry.h"
+#include "frame/terminal/console.h"
+#include "simulator/library/functions.h"
+#include "simulator/simulator.h"
+#include "tests/config/config_trial.h"
+#include "tests/support/temporary_file.h"
+
 #include <algorithm>
 #include <cctype>
 #include <map>
 #include <string>
 #include <vector>
-
-#include "frame/terminal/console.h"
-#include "frame/entry.h"
-#include "simulator/library/functions.h"
-#include "simulator/simulator.h"
-#include "tests/config/config_trial.h"
-#include "tests/support/temporary_file.h"
 
 namespace
 {

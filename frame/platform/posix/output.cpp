@@ -2,12 +2,11 @@
 
 #include <cerrno>
 #include <csignal>
-#include <string>
-#include <utility>
-
 #include <fcntl.h>
 #include <poll.h>
+#include <string>
 #include <unistd.h>
+#include <utility>
 
 namespace platform
 {

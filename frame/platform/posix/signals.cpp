@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <csignal>
-
 #include <sys/time.h>
 #include <unistd.h>
 

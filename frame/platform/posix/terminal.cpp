@@ -3,7 +3,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>

@@ -1,8 +1,8 @@
 #include "frame/platform/windows/keys.h"
 
-#include <utility>
-
 #include "frame/platform/windows/screen.h"
+
+#include <utility>
 
 namespace
 {

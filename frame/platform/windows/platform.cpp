@@ -1,5 +1,8 @@
 #include "frame/platform/platform.h"
 
+#include "frame/platform/windows/keys.h"
+#include "frame/platform/windows/screen.h"
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -7,13 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-
 #include <windows.h>
-
 #include <winternl.h>
-
-#include "frame/platform/windows/keys.h"
-#include "frame/platform/windows/screen.h"
 
 namespace platform
 {

@@ -5,7 +5,6 @@
 
 #include <string>
 #include <string_view>
-
 #include <windows.h>
 
 [[nodiscard]] std::wstring wide(std::string_view utf8);

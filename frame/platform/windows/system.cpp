@@ -1,16 +1,14 @@
 // What the system gives without a console: the command line, time, files, environment variables.
 
 #include "frame/platform/platform.h"
+#include "frame/platform/windows/arguments.h"
+#include "frame/platform/windows/screen.h"
 
+#include <io.h>
 #include <map>
 #include <string>
 #include <vector>
-
-#include <io.h>
 #include <windows.h>
-
-#include "frame/platform/windows/arguments.h"
-#include "frame/platform/windows/screen.h"
 
 namespace platform
 {

@@ -1,7 +1,7 @@
+#include "frame/platform/windows/arguments.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "frame/platform/windows/arguments.h"
 
 namespace
 {

@@ -1,11 +1,10 @@
 // Keys of a Windows console, from its records to the program's key codes.
-#include <vector>
+#include "frame/platform/windows/keys.h"
+#include "frame/terminal/key_decoder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "frame/terminal/key_decoder.h"
-#include "frame/platform/windows/keys.h"
+#include <vector>
 
 namespace
 {

@@ -1,9 +1,8 @@
 // Random sessions: the terminal shows what the console's model holds.
-#include <random>
+#include "tests/support/console_session.h"
 
 #include <gtest/gtest.h>
-
-#include "tests/support/console_session.h"
+#include <random>
 
 TEST(ConsoleModel, IsWhatATerminalShows)
 {

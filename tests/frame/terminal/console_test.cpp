@@ -1,6 +1,5 @@
-#include "frame/terminal/console.h"
-
 #include "frame/program.h"
+#include "frame/terminal/console.h"
 #include "tests/support/trial.h"
 
 namespace

@@ -1,6 +1,5 @@
-#include "frame/terminal/keys.h"
-
 #include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"
