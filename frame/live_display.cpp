@@ -113,6 +113,8 @@ public:
             }
             if (failed_ != nullptr || reading.is_over())
                 break;
+            if (!reading.is_new())
+                wait_for_news();
             if (!looker_.is_due() && going_on && display_.period_ms == 0)
                 continue;
             if (going_on && !display_.key_first && display_.period_ms == 0)
@@ -153,7 +155,11 @@ private:
     /// Takes a waiting key; false when it ends the display.
     bool take_key()
     {
-        if (!key_waiting() || awaits_only_reading())
+        if (!display_.continuous && !waits_for_news_)
+            return true; // what was typed ahead is for a question to come
+        if (!takes_keys())
+            return !has_waited_enough();
+        if (!key_waiting())
             return true;
         key_ = read_key();
         looker_.look_again();
@@ -162,12 +168,25 @@ private:
         return failed_ == nullptr && key_ != key::escape;
     }
 
-    /// A single reading is not given up because nobody can press a key: not at once, at least.
-    [[nodiscard]] bool awaits_only_reading() const
+    /// A single reading leaves a pipe to the questions behind it.
+    [[nodiscard]] bool takes_keys() const
+    {
+        return display_.continuous || platform::input_is_terminal();
+    }
+
+    /// Where nobody can press Esc what never comes is not waited for without end.
+    [[nodiscard]] bool has_waited_enough() const
     {
         constexpr std::int64_t patience_ms = 10'000;
-        return !display_.continuous && input_has_ended() &&
-               platform::tick_ms() - rates_.start_ms < patience_ms;
+        return platform::stop_signal() != 0 || platform::tick_ms() - rates_.start_ms >= patience_ms;
+    }
+
+    /// A single reading begins to wait for a measurement: from here on Esc is meant for it.
+    void wait_for_news()
+    {
+        if (!display_.continuous && !waits_for_news_)
+            flush_keys();
+        waits_for_news_ = true;
     }
 
     /// Waits for the next reading's time, on a fixed grid; false when Esc cut the wait short.
@@ -178,10 +197,9 @@ private:
         const std::int64_t late_ms = platform::tick_ms() - due_ms_;
         if (late_ms > 0)
             due_ms_ += late_ms / display_.period_ms * display_.period_ms;
+        if (!takes_keys())
+            return wait_until(due_ms_, false);
         while (wait_for_key_until(due_ms_)) {
-            if (awaits_only_reading()) {
-                return wait_until(due_ms_, false);
-            }
             if (folded(read_key()) == key::escape)
                 return false;
         }
@@ -199,6 +217,7 @@ private:
     const char* failed_ = nullptr;
     int key_ = 0; ///< the last key since the last drawing
     bool undrawn_ = false;
+    bool waits_for_news_ = false; ///< a reading has brought nothing new
 };
 
 } // namespace

@@ -124,11 +124,6 @@ bool key_waiting()
     return keyboard.look_again;
 }
 
-bool input_has_ended()
-{
-    return keyboard.ended && keyboard.decoder.keys.empty() && platform::stop_signal() == 0;
-}
-
 void expect_line_end()
 {
     keyboard.to_drop = ToDrop::line_end;

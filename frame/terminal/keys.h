@@ -19,10 +19,6 @@ void hide_typed_keys();
 /// more than once a millisecond unless it found something the last time.
 [[nodiscard]] bool key_waiting();
 
-/// True when standard input is no terminal and has come to its end: read_key() gives Esc then
-/// although nobody pressed it.
-[[nodiscard]] bool input_has_ended();
-
 /// Waits for a key; sends what the console holds first.
 void wait_for_key();
 

@@ -4,6 +4,8 @@
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"
 
+#include <optional>
+
 namespace
 {
 
@@ -72,31 +74,43 @@ TEST(LiveDisplay, NeverWaitsForTheTerminal)
     EXPECT_THAT(trial.screen(), HasSubstr("Value: {W}500{.}")) << "the end is shown";
 }
 
-TEST(LiveDisplay, WaitsForWhatIsNewUntilEsc)
+TEST(LiveDisplay, ASingleReadingWaitsForWhatIsNewUntilEsc)
 {
     const struct {
-        bool attended;         ///< somebody can press Esc, and does after 10 ms
+        const char* what;
+        bool attended; ///< somebody at a terminal presses Esc, before and after 10 ms
+        int period_ms;
         int nothing_new_until; ///< readings
         int readings;
         const char* screen;
     } cases[] = {
-        {true, 50, 51, "Test:   Value: {W}51{.}\n"},
-        {true, 500, 60, "Test:   Value:\n"},
-        {false, 50, 51, "Test:   Value: {W}51{.}\n"},
-        {false, 1'000'000, 10'000, "Test:   Value:\n"}, // but not for ever
+        {"comes before Esc", true, 0, 50, 51, "Test:   Value: {W}51{.}\n"},
+        {"at once, whatever was typed", true, 0, 0, 1, "Test:   Value: {W}1{.}\n"},
+        {"comes after Esc", true, 0, 500, 60, "Test:   Value:\n"},
+        {"comes to a pipe", false, 0, 50, 51, "Test:   Value: {W}51{.}\n"},
+        {"never comes to a pipe", false, 0, 1'000'000, 10'000, "Test:   Value:\n"},
+        {"at its time", false, 1000, 0, 1, "Test:   Value: {W}1{.}\n"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
         Trial trial;
-        if (c.attended)
+        if (c.attended) {
+            trial.type(0, "\033\033y");
             trial.type(10, "\033");
-        else
-            trial.pipe_in("");
-        Display display{.options = {.title = "Test", .key_first = true},
-                        .nothing_new_until = c.nothing_new_until};
+        } else {
+            trial.pipe_in("yn");
+        }
+        Display display{
+            .options = {.title = "Test", .key_first = c.period_ms == 0, .period_ms = c.period_ms},
+            .nothing_new_until = c.nothing_new_until};
         display.run();
         EXPECT_EQ(display.readings, c.readings);
         EXPECT_LE(display.drawings, 1);
         EXPECT_EQ(trial.screen(), c.screen);
+        std::string left;
+        while (const std::optional<char> answer = c.attended ? std::nullopt : read_answer())
+            left += *answer;
+        EXPECT_EQ(left, c.attended ? "" : "yn") << "for the questions to come";
     }
 }
 
