@@ -168,8 +168,7 @@ void ConfigFileIndex::begin_section(std::string_view line)
     const std::string_view name = line.substr(1, end - 1);
     unsigned number = current_configuration;
     if (name.starts_with(set_section) &&
-        (read_unsigned(name.substr(set_section.size()), number) != NumberResult::read ||
-         number > highest_set_number))
+        (!read_unsigned(name.substr(set_section.size()), number) || number > highest_set_number))
         return;
     // "Configuration01" is none of ours, either; the section comes first that is found first.
     if (name != section_name(number) || sections_[number].found)

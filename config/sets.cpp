@@ -1,6 +1,7 @@
 #include "config/sets.h"
 
 #include "config/set_access.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"

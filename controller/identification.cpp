@@ -2,6 +2,7 @@
 
 #include "frame/device_call.h"
 #include "frame/format.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 
 void show_product_data(const Given& given)

@@ -2,6 +2,7 @@
 
 #include "frame/format.h"
 #include "frame/live_display.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "instrument/controller_readings.h"
 #include "instrument/supplies.h"

@@ -1,6 +1,7 @@
 #include "controller/settings.h"
 
 #include "frame/device_call.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 
 namespace

@@ -4,6 +4,7 @@
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/live_display.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "instrument/status_words.h"
 

@@ -30,13 +30,12 @@ bool read_yes_no(char c, bool& yes)
 
 bool read_count(std::string_view text, std::uint32_t& count)
 {
-    return read_unsigned(text, count) == NumberResult::read && count <= largest_test_count;
+    return read_unsigned(text, count) && count <= largest_test_count;
 }
 
 bool read_set_number(std::string_view text, std::uint32_t& number)
 {
-    return read_unsigned(text, number) == NumberResult::read && number >= 1 &&
-           number <= highest_set_number;
+    return read_unsigned(text, number) && number >= 1 && number <= highest_set_number;
 }
 
 bool read_module_address(std::string_view text, unsigned& address)
@@ -89,7 +88,7 @@ bool read_attached(Attached kind, const char* text, Given& given)
     case Attached::nothing:
         return rest.empty();
     case Attached::optional_number:
-        return rest.empty() || read_unsigned(rest, given.number) == NumberResult::read;
+        return rest.empty() || read_unsigned(rest, given.number);
     case Attached::optional_count:
         return rest.empty() || read_count(rest, given.number);
     case Attached::address:
@@ -122,7 +121,7 @@ bool read_next(Next kind, const char* text, Given& given)
     case Next::nothing:
         return true;
     case Next::number:
-        return read_unsigned(value, given.number) == NumberResult::read;
+        return read_unsigned(value, given.number);
     case Next::count:
         return read_count(value, given.number);
     case Next::real:

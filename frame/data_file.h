@@ -2,6 +2,7 @@
 /// full, and to tell the user.
 #pragma once
 
+#include "frame/printf_format.h"
 #include "frame/terminal/console.h"
 
 #include <array>

@@ -1,6 +1,7 @@
 /// How values become text: the formatters that all commands share.
 #pragma once
 
+#include "frame/printf_format.h"
 #include "frame/terminal/colors.h"
 #include "frame/terminal/console.h"
 
@@ -76,9 +77,6 @@ inline constexpr Word disabled_word = {"disabled", Color::disabled};
 /// One byte with its C escape when it has one: \0 \a \b \t \n \v \f \r \e, \xNN from 80h on.
 [[nodiscard]] std::string escaped_byte(unsigned char byte);
 
-/// A whole text, byte by byte as escaped_byte() shows it.
-[[nodiscard]] std::string escaped(std::string_view text);
-
 /// A text from the device, a file or the command line, fit for a line of the console or a report:
 /// control characters are escaped, valid UTF-8 and other high bytes stay. Null is the empty text.
 [[nodiscard]] std::string printable(std::string_view text);
@@ -88,18 +86,7 @@ inline constexpr Word disabled_word = {"disabled", Color::disabled};
 /// "b": 8 bits of A5h are "1010 0101b", 5 bits of 1Fh "1 1111b".
 [[nodiscard]] std::string bits_text(std::uint32_t value, int count);
 
-/// Shortens a path to `width` characters: its head up to the first separator, "..", and the longest
-/// tail that fits and begins with a separator; else ".." and the last characters.
-[[nodiscard]] std::string shortened_path(std::string_view path, std::size_t width);
-
-/// The same, filled with blanks up to `width`.
-[[nodiscard]] std::string shortened_path_padded(std::string_view path, std::size_t width);
-
 // ---- Numbers ----
-
-/// A value with `digits` significant digits; `format` takes the precision and the value, as in
-/// "%.*lfV".
-[[nodiscard]] std::string significant_digits(const char* format, double value, int digits);
 
 /// A manufacturing date, the calendar week first: "CW07 2024".
 [[nodiscard]] std::string manufacturing_date_text(unsigned year, unsigned week);
@@ -109,13 +96,6 @@ inline constexpr Word disabled_word = {"disabled", Color::disabled};
 
 // ---- Times ----
 
-/// "%2lu:%02lu:%04.1lf": hours, minutes, seconds. Rounded to 0.1 s before it is split.
-[[nodiscard]] std::string duration_hms(double seconds);
-
-/// Below a minute the seconds in the caller's format ("%.2lfs"); else minutes:seconds, from an
-/// hour on hours:minutes:seconds, with the decimals and the unit of that format. Rounded first.
-[[nodiscard]] std::string duration_text(const char* format, double seconds);
-
 /// The uptime and operation time of everything: "%d.%02d sec.", from a minute on
 /// "%d:%02d.%02d sec.", from an hour on "%d:%02d:%02d.%02d sec."; hundredths are cut, hours never
 /// become days.
@@ -123,14 +103,3 @@ inline constexpr Word disabled_word = {"disabled", Color::disabled};
 
 /// The local time now: "%04d/%02d/%02d, %02d:%02d:%02d.%03d".
 [[nodiscard]] std::string timestamp();
-
-// ---- Spinner ----
-
-/// A turning bar that shows that something goes on. Whoever steps it flushes the console.
-struct Spinner {
-    Place place;
-    unsigned divider = 1; ///< turns once in so many steps; 0 counts as 1
-    unsigned steps = 0;
-
-    void step();
-};

@@ -12,6 +12,7 @@
 
 #include "frame/data_file.h"
 #include "frame/platform/platform.h"
+#include "frame/printf_format.h"
 
 #include <cstdint>
 #include <string>

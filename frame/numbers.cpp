@@ -57,50 +57,26 @@ Integer scan_integer(std::string_view text, int radix)
     return result;
 }
 
-/// The last character tells the radix; it is not part of the digits then.
-NumberResult read_integer(std::string_view text, Integer& integer)
+} // namespace
+
+bool read_unsigned(std::string_view text, std::uint32_t& value)
 {
     if (text.empty())
-        return NumberResult::empty;
+        return false;
+    // The last character tells the radix; it is not part of the digits then.
     const char last = text.back();
     const int radix = last == 'h' ? 16 : last == 'b' ? 2 : 10;
     const std::size_t expected_length = radix == 10 ? text.size() : text.size() - 1;
-    integer = scan_integer(text, radix);
-    return integer.digits > 0 && integer.length == expected_length ? NumberResult::read
-                                                                   : NumberResult::no_number;
-}
-
-} // namespace
-
-NumberResult read_unsigned(std::string_view text, std::uint32_t& value)
-{
-    Integer integer;
-    const NumberResult result = read_integer(text, integer);
-    if (result != NumberResult::read)
-        return result;
+    const Integer integer = scan_integer(text, radix);
+    if (integer.digits == 0 || integer.length != expected_length)
+        return false;
     constexpr auto largest = std::numeric_limits<std::uint32_t>::max();
     if (integer.magnitude > largest)
         value = largest;
     else
         value = static_cast<std::uint32_t>(integer.negative ? 0 - integer.magnitude
                                                             : integer.magnitude);
-    return result;
-}
-
-NumberResult read_signed(std::string_view text, std::int32_t& value)
-{
-    Integer integer;
-    const NumberResult result = read_integer(text, integer);
-    if (result != NumberResult::read)
-        return result;
-    constexpr std::uint64_t largest = std::numeric_limits<std::int32_t>::max();
-    if (integer.negative)
-        value = integer.magnitude > largest ? std::numeric_limits<std::int32_t>::min()
-                                            : -static_cast<std::int32_t>(integer.magnitude);
-    else
-        value =
-            static_cast<std::int32_t>(integer.magnitude > largest ? largest : integer.magnitude);
-    return result;
+    return true;
 }
 
 bool read_real(const char* text, double& value)
@@ -129,7 +105,7 @@ int read_address(std::string_view text)
     if (text.size() == 1 && text.front() == base_unit_character)
         return static_cast<int>(base_unit);
     std::uint32_t number = 0;
-    if (read_unsigned(text, number) != NumberResult::read || number > highest_slot)
+    if (!read_unsigned(text, number) || number > highest_slot)
         return invalid_address;
     return static_cast<int>(number);
 }

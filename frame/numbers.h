@@ -4,19 +4,11 @@
 #include <cstdint>
 #include <string_view>
 
-enum class NumberResult {
-    read = 0,
-    empty = -1,
-    no_number = -2,
-};
-
 /// An integer in decimal, or in hexadecimal or binary with "h" or "b" (lower case) behind it.
 /// Leading blanks and a sign are accepted. Nothing may follow. A number beyond the range becomes
-/// the nearest that fits; a negative one wraps round, as unsigned numbers do.
-[[nodiscard]] NumberResult read_unsigned(std::string_view text, std::uint32_t& value);
-
-/// The same for signed numbers; what is beyond the range becomes its end.
-[[nodiscard]] NumberResult read_signed(std::string_view text, std::int32_t& value);
+/// the nearest that fits; a negative one wraps round, as unsigned numbers do. False when there is
+/// none.
+[[nodiscard]] bool read_unsigned(std::string_view text, std::uint32_t& value);
 
 /// A real number at the start of the text; what follows it is ignored. False when there is none,
 /// and for what is no finite number.

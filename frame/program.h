@@ -1,6 +1,8 @@
 /// The program-wide state: one struct, one instance, set up by the entry and read everywhere.
 #pragma once
 
+#include "frame/printf_format.h"
+
 #include <cstdint>
 
 /// Data rate that the switch for it sets when no rate is given, in baud.
@@ -18,3 +20,6 @@ struct Program {
 };
 
 extern Program program;
+
+/// Prints a progress line, in debug mode only.
+void progress(const char* format, ...) PRINTF_FORMAT(1, 2);

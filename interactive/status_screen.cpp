@@ -2,6 +2,7 @@
 
 #include "frame/device_call.h"
 #include "frame/platform/platform.h"
+#include "frame/program.h"
 #include "frame/session.h"
 #include "frame/terminal/characters.h"
 #include "frame/terminal/keys.h"
@@ -9,6 +10,8 @@
 #include "interactive/layout.h"
 #include "interactive/screen_readings.h"
 #include "interactive/screen_reports.h"
+
+#include <array>
 
 namespace
 {
@@ -161,6 +164,24 @@ private:
     Place place_;
     std::int64_t shown_ms_ = 0;
     bool is_shown_ = false;
+};
+
+/// A turning bar that shows that something goes on.
+struct Spinner {
+    Place place;
+    unsigned divider; ///< turns once in so many steps
+    unsigned steps = 0;
+
+    void step()
+    {
+        constexpr std::array<const char*, 4> bars = {"-", "/", "|", "\\"};
+        if (++steps % divider != 0)
+            return;
+        const unsigned turn = steps / divider;
+        console.print_at(place, Color::label, "%s", bars[turn - 1]);
+        if (turn == bars.size())
+            steps = 0;
+    }
 };
 
 /// Reads and shows until Esc.

@@ -1,5 +1,6 @@
 #include "modules/addressing.h"
 
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "modules/presence.h"
 

@@ -3,6 +3,7 @@
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/live_display.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "instrument/module_readings.h"
 #include "modules/addressing.h"

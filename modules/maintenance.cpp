@@ -2,6 +2,7 @@
 
 #include "frame/device_call.h"
 #include "frame/platform/platform.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"

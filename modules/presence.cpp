@@ -1,6 +1,7 @@
 #include "modules/presence.h"
 
 #include "frame/device_call.h"
+#include "frame/program.h"
 
 #include <algorithm>
 
@@ -19,18 +20,6 @@ std::string module_name(unsigned address)
         return "all modules";
     default:
         return {};
-    }
-}
-
-const char* module_type_name(unsigned address)
-{
-    switch (address) {
-    case heat_controller:
-        return "Heat Controller";
-    case base_unit:
-        return "KOV Controller";
-    default:
-        return "HV Supply";
     }
 }
 

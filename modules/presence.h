@@ -14,10 +14,6 @@
 /// Empty for an address that nobody has.
 [[nodiscard]] std::string module_name(unsigned address);
 
-/// What kind of module answers at an address: "Heat Controller" (0), "KOV Controller" (128, the
-/// base unit), "HV Supply" (any other).
-[[nodiscard]] const char* module_type_name(unsigned address);
-
 /// Device-type codes of the modules.
 namespace module_type
 {

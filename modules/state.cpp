@@ -2,6 +2,7 @@
 
 #include "frame/device_call.h"
 #include "frame/live_display.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "modules/addressing.h"
 

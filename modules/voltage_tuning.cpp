@@ -5,6 +5,7 @@
 #include "frame/live_display.h"
 #include "frame/measurement_log.h"
 #include "frame/platform/platform.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "modules/output.h"

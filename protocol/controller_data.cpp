@@ -3,6 +3,7 @@
 #include "controller/settings.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "instrument/controller_readings.h"
 #include "instrument/status_words.h"

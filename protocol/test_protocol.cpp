@@ -3,6 +3,7 @@
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/platform/platform.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "instrument/controller_readings.h"

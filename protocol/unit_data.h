@@ -2,6 +2,7 @@
 #pragma once
 
 #include "frame/device_call.h"
+#include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "protocol/report.h"
 

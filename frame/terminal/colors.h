@@ -5,13 +5,11 @@
 #include <cstdint>
 
 enum class Color : std::uint8_t {
-    black = 0,
-    label = 7,   ///< grey: labels and ordinary text
-    all_off = 8, ///< dark grey: the word for an LED that is off
-    cold = 9,    ///< light blue
-    good = 10,   ///< light green: good, on, yes
-    below = 11,  ///< light cyan: a value below its tolerance
-    hot = 12,    ///< light red: too hot, and the "not" states
+    label = 7,  ///< grey: labels and ordinary text
+    cold = 9,   ///< light blue
+    good = 10,  ///< light green: good, on, yes
+    below = 11, ///< light cyan: a value below its tolerance
+    hot = 12,   ///< light red: too hot, and the "not" states
     not_good = 12,
     bad = 13,      ///< light magenta: failures and errors
     above = 13,    ///< light magenta: a value above its tolerance

@@ -1,6 +1,5 @@
 #include "frame/terminal/console.h"
 
-#include "frame/program.h"
 #include "frame/terminal/characters.h"
 
 #include <algorithm>
@@ -352,16 +351,6 @@ std::vector<Cell> Console::cells(int row) const
     while (!cells.empty() && cells.back().is_blank())
         cells.pop_back();
     return cells;
-}
-
-void progress(const char* format, ...)
-{
-    if (!program.debug)
-        return;
-    va_list arguments;
-    va_start(arguments, format);
-    console.vprint(Color::label, format, arguments);
-    va_end(arguments);
 }
 
 void print_value_line(const char* label, const char* format, ...)

@@ -17,6 +17,7 @@
 #pragma once
 
 #include "frame/platform/platform.h"
+#include "frame/printf_format.h"
 #include "frame/terminal/colors.h"
 
 #include <cstdarg>
@@ -27,17 +28,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-/// Has the compiler check the arguments of a printf format.
-#if defined(__clang__)
-#define PRINTF_FORMAT(format_index, first_index)                                                   \
-    __attribute__((format(printf, format_index, first_index)))
-#elif defined(__GNUC__) // where printf is not the standard's, this is the name of what is
-#define PRINTF_FORMAT(format_index, first_index)                                                   \
-    __attribute__((format(gnu_printf, format_index, first_index)))
-#else
-#define PRINTF_FORMAT(format_index, first_index)
-#endif
 
 struct Place {
     int row = 0;
@@ -153,7 +143,6 @@ public:
 
     // ---- What is on the screen (for tests) ----
 
-    [[nodiscard]] bool is_terminal() const { return terminal_; }
     [[nodiscard]] int first_row() const { return first_row_; }
     [[nodiscard]] int last_row() const { return first_row_ + static_cast<int>(rows_.size()) - 1; }
     /// The cells of a row without trailing blanks.
@@ -238,9 +227,6 @@ private:
 
 /// The one console.
 extern Console console;
-
-/// Prints a progress line, in debug mode only.
-void progress(const char* format, ...) PRINTF_FORMAT(1, 2);
 
 /// Prints a finished line: the label, the value in bright white, the line's end.
 void print_value_line(const char* label, const char* format, ...) PRINTF_FORMAT(2, 3);

@@ -48,9 +48,3 @@ void print_interrupted()
     console.print(Color::warning, "interrupted");
     console.print("\r\n");
 }
-
-void print_wrong_value(const char* name_of_value)
-{
-    console.print(Color::warning, "Wrong %s specified", name_of_value);
-    console.print("\r\n");
-}

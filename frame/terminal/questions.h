@@ -25,6 +25,3 @@ enum class YesNo {
 
 /// "interrupted", in yellow.
 void print_interrupted();
-
-/// "Wrong %s specified", in yellow, as in "Wrong module address specified".
-void print_wrong_value(const char* name_of_value);

@@ -54,7 +54,6 @@ TEST(Format, KeysAndEscapes)
     EXPECT_EQ(escaped_byte(27), "\\e");
     EXPECT_EQ(escaped_byte(5), "\x05");
     EXPECT_EQ(escaped_byte(0x7F), "\x7F");
-    EXPECT_EQ(escaped("a\t\xF8"), "a\\t\\xF8");
     EXPECT_EQ(printable("a\x1B[2J\r\n\x05\xC2\x9B"
                         "31m \xF8"
                         "C \xC3\xA9"),
@@ -63,53 +62,12 @@ TEST(Format, KeysAndEscapes)
     EXPECT_EQ(printable(static_cast<const char*>(nullptr)), "");
 }
 
-TEST(Format, ShortenedPaths)
+TEST(Format, VersionsAndTimestamps)
 {
-    EXPECT_EQ(shortened_path("C:\\short.txt", 20), "C:\\short.txt");
-    EXPECT_EQ(shortened_path("C:\\measurements\\2026\\log.txt", 20), "C:\\..\\2026\\log.txt");
-    EXPECT_EQ(shortened_path("C:\\measurements\\2026\\log.txt", 14), "C:\\..\\log.txt");
-    EXPECT_EQ(shortened_path("C:\\a-very-long-file-name.txt", 12), "..e-name.txt");
-    EXPECT_EQ(shortened_path("no-separator-at-all", 8), "..at-all");
-    EXPECT_EQ(shortened_path("\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9", 3), "..\xC3\xA9");
-    EXPECT_EQ(shortened_path("abc", 1), ".");
-    EXPECT_EQ(shortened_path_padded("a\\b", 6), "a\\b   ");
-}
-
-TEST(Format, SignificantDigits)
-{
-    EXPECT_EQ(significant_digits("%.*lfV", 1.23456, 3), "1.23V");
-    EXPECT_EQ(significant_digits("%.*lf", -0.0123456, 3), "-0.0123");
-    EXPECT_EQ(significant_digits("%.*lf", 12345.6, 3), "12346");
-    EXPECT_EQ(significant_digits("%.*lf", 0.0, 3), "0.00");
     EXPECT_EQ(version_text(0x010A), "1-10");
     EXPECT_EQ(version_text(0x0A00), "10-00");
-}
-
-TEST(Format, Durations)
-{
-    EXPECT_EQ(duration_hms(59.96), " 0:01:00.0");
-    EXPECT_EQ(duration_hms(-1.0), " 0:00:00.0");
-    EXPECT_EQ(duration_hms(3661.25), " 1:01:01.3");
-    EXPECT_EQ(duration_text("%.1lfs", 59.96), "1:00.0s");
-    EXPECT_EQ(duration_text("%.1lfs", 59.94), "59.9s");
-    EXPECT_EQ(duration_text("%6.2lf sec.", 125.5), "2:05.50 sec.");
-    EXPECT_EQ(duration_text("%.0lfs", 3725.0), "1:02:05s");
-    EXPECT_EQ(duration_text("%lf", 61.5), "1:1.500000");
-}
-
-TEST(Format, TimestampAndSpinner)
-{
     const Trial trial;
     EXPECT_EQ(timestamp(), "2026/03/14, 09:26:53.589");
-    console.start();
-    Spinner spinner{.place = {1, 3}, .divider = 2};
-    std::string turns;
-    for (int step = 0; step < 18; ++step) {
-        spinner.step();
-        const std::vector<Cell> cells = console.cells(1);
-        turns += cells.size() < 3 ? '.' : static_cast<char>(cells[2].character);
-    }
-    EXPECT_EQ(turns, ".--//||\\\\--//||\\\\-");
 }
 
 TEST(Format, Uptimes)

@@ -50,15 +50,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     std::uint64_t amount = 0;
     const bool is_number = read_plainly(text, negative, amount);
     std::uint32_t number = 0;
-    require((read_unsigned(text, number) == NumberResult::read) == is_number);
-    std::int32_t signed_number = 0;
-    require((read_signed(text, signed_number) == NumberResult::read) == is_number);
+    require(read_unsigned(text, number) == is_number);
     if (is_number) {
         constexpr std::uint64_t largest = std::numeric_limits<std::uint32_t>::max();
         const auto fitting = static_cast<std::uint32_t>(std::min(amount, largest));
         require(number == (negative && amount <= largest ? 0 - fitting : fitting));
-        const auto value = static_cast<std::int64_t>(negative ? 0 - amount : amount);
-        require(signed_number == std::clamp<std::int64_t>(value, INT32_MIN, INT32_MAX));
     }
     double real = 0.0;
     require(!read_real(text.c_str(), real) || std::isfinite(real));

@@ -1,5 +1,4 @@
 #include "instrument/module_hardware.h"
-#include "modules/presence.h"
 
 #include <gtest/gtest.h>
 
@@ -15,13 +14,6 @@ TEST(HardwareTypes, Names)
     EXPECT_EQ(hv_supply_hardware::type_name(0x411C'87D0), "HVPS-2000P");
     EXPECT_EQ(hv_supply_hardware::type_name(0x311C'81F4), "HVPS-500N");
     EXPECT_STREQ(hv_supply_hardware::output_kind(0x311C'81F4), "Negative");
-}
-
-TEST(Presence, ModuleTypeNames)
-{
-    EXPECT_STREQ(module_type_name(heat_controller), "Heat Controller");
-    EXPECT_STREQ(module_type_name(base_unit), "KOV Controller");
-    EXPECT_STREQ(module_type_name(2), "HV Supply");
 }
 
 TEST(HardwareTypes, FieldsEndWhereTheNextBegins)

@@ -229,9 +229,6 @@ TEST(Keyboard, QuestionsTakeYesNoAndEscOnly)
         EXPECT_EQ(trial.screen(), c.screen);
         EXPECT_FALSE(key_waiting());
     }
-    const KeyTrial trial;
-    print_wrong_value("module address");
-    EXPECT_EQ(trial.screen(), "{Y}Wrong module address specified{.}\n");
 }
 
 TEST(Keyboard, TimedWaits)

@@ -1,0 +1,89 @@
+#include "config/switches.h"
+#include "controller/switches.h"
+#include "diagnostics/switches.h"
+#include "frame/command_line.h"
+#include "frame/device_call.h"
+#include "frame/entry.h"
+#include "frame/format.h"
+#include "frame/general_commands.h"
+#include "frame/platform/platform.h"
+#include "frame/program.h"
+#include "frame/session.h"
+#include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
+#include "frame/usage.h"
+#include "interactive/switches.h"
+#include "modules/switches.h"
+#include "protocol/switches.h"
+
+#include <cstddef>
+#include <string>
+
+namespace
+{
+
+constexpr SwitchTable tables[] = {
+    general_switches, controller_switches, module_switches,   interactive_switches,
+    config_switches,  diagnostic_switches, protocol_switches,
+};
+
+/// What the user gets to read about a bad command line, or asked to read.
+void print_help(std::span<char* const> arguments, const CommandLineResult& result)
+{
+    const std::string name = program_name(arguments.empty() ? nullptr : arguments[0]);
+    print_banner(name);
+    if (!result.good && arguments.size() > 1 && !program.help) {
+        const auto position = static_cast<std::size_t>(result.position);
+        console.print(Color::bad, "Error parsing argument ");
+        console.print(Color::value, "#%d", result.position);
+        console.print(": ");
+        console.print(Color::value, "%s",
+                      position < arguments.size() ? printable(arguments[position]).c_str()
+                                                  : "argument not available");
+        console.print("\r\n");
+    }
+    if (program.help)
+        print_usage(name);
+}
+
+/// The way out of a good command line.
+void end_session()
+{
+    // So a command line that holds nothing but a port number opens the port, too.
+    const bool stopped = platform::stop_signal() != 0;
+    if (!stopped && open_session() && program.run)
+        run_status_screen();
+    close_session();
+    (void)attempt(LIB(CloseDebugFile));
+    if (!program.quiet)
+        console.print("Program completed\n");
+}
+
+} // namespace
+
+std::span<const SwitchTable> all_switch_tables()
+{
+    return tables;
+}
+
+int run_program(int argc, char** argv)
+{
+    program = {};
+    console.start();
+    start_keys();
+    const std::span<char* const> arguments{argv, static_cast<std::size_t>(argc)};
+    program.help = arguments.size() < 2;
+
+    const CommandLineResult result = run_command_line(arguments, tables);
+    if (!result.good || program.help)
+        print_help(arguments, result);
+    if (result.good)
+        end_session();
+    else
+        (void)attempt(LIB(CloseDebugFile));
+    console.finish();
+    platform::restore_terminal();
+    if (const int signal_number = platform::stop_signal(); signal_number != 0)
+        return 128 + signal_number;
+    return result.good ? 0 : -1;
+}
