@@ -13,6 +13,7 @@
 #include "devlib/COM-KOV-CTRL.h"
 #include "frame/error_report.h"
 #include "frame/format.h"
+#include "frame/platform/current_call.h"
 
 #include <array>
 #include <cstddef>
@@ -112,6 +113,7 @@ T* prepare(InOut<T> argument)
 template <class Function, class... Arguments>
 [[nodiscard]] const char* attempt(LibraryFunction<Function> lib, Arguments... arguments)
 {
+    const platform::CallInProgress noted{lib.name};
     return lib.function(device_call::prepare(arguments)...) == 0 ? nullptr : lib.name;
 }
 
