@@ -14,11 +14,15 @@ int color_of(const VTermScreenCell& cell)
         return -1;
     if (VTERM_COLOR_IS_DEFAULT_FG(&cell.fg))
         return attributes.bold != 0 ? 15 : 7;
-    const int index = cell.fg.indexed.idx;
+    int index = cell.fg.indexed.idx;
     constexpr int white = 7; // the terminal's own white differs from its default foreground
-    if (attributes.bold != 0 || !VTERM_COLOR_IS_INDEXED(&cell.fg) || index > 15 ||
-        (index & 7) == white)
+    if (!VTERM_COLOR_IS_INDEXED(&cell.fg) || index > 15 || (index & 7) == white)
         return -1;
+    constexpr int light = 8, light_green = 10, yellow = 3, cyan = 6;
+    if (attributes.bold != 0 && (index == yellow || index == cyan))
+        index += light;
+    else if ((attributes.bold != 0) != (index > light && index != light_green))
+        return -1; // what warns is bold, nothing else is
     // The terminal's order is blue, green, red from the highest bit on.
     return (index & 8) | (index & 1) << 2 | (index & 2) | (index & 4) >> 2;
 }
