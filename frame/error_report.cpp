@@ -34,7 +34,6 @@ void report_error(const char* function)
 
 void report_error_below(const char* function)
 {
-    if (console.place().column > 1)
-        console.print("\r\n");
+    console.end_line();
     report_error(function);
 }

@@ -20,7 +20,7 @@ Word listed_type(std::uint16_t code)
     return type != nullptr ? Word{type->list_name, Color::value} : Word{"unknown", Color::bad};
 }
 
-/// What stands in a line of the list behind the slot. A failure ends the line, not the list.
+/// What stands in a line of the list behind the unit. A failure ends the line, not the list.
 void print_identification(unsigned address, std::uint8_t flag)
 {
     if (flag != presence_flag::present) {
@@ -141,16 +141,18 @@ void list_modules(const Given&)
     console.print("Module presence:");
     if (presence.valid != 0) {
         for (unsigned slot = 0; slot < presence.slots(); ++slot) {
-            console.print("\r\n  slot #%02u: ", slot);
+            console.end_line(); // a failed entry has ended it
+            console.print("  slot #%02u: ", slot);
             print_identification(slot, presence.flags[slot]);
         }
-        console.print("\r\n base unit: ");
+        console.end_line();
+        console.print(" base unit: ");
         print_identification(base_unit, presence.flags[ModulePresence::base_unit_index]);
     } else {
         console.print(" ");
         console.print(Color::bad, "flags invalid!");
     }
-    console.print("\r\n");
+    console.end_line();
 }
 
 void check_modules(const Given&)

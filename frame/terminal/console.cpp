@@ -244,6 +244,7 @@ void Console::line_feed()
         rows_.emplace_back();
         ++top_;
         cursor_.row = bottom_row();
+        clear_to_end_of_line(); // a screen that was higher may have had text there
     }
     (void)row_at(cursor_.row); // makes the row
 }
@@ -290,9 +291,15 @@ void Console::clear_line()
     clear_to_end_of_line();
 }
 
+void Console::end_line()
+{
+    if (cursor_.column > 1)
+        write("\r\n");
+}
+
 void Console::move_below_text()
 {
-    int row = last_row();
+    int row = std::min(last_row(), bottom_row());
     while (row > first_row_ && cells(row).empty())
         --row;
     cursor_.row = row;

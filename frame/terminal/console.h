@@ -103,6 +103,8 @@ public:
     void blank_to_column(int column);
     /// Blanks the cursor's row and goes to its column 1.
     void clear_line();
+    /// Starts a new line, unless the cursor stands at the beginning of one.
+    void end_line();
     /// Goes to column 1 of a fresh row below everything that is printed.
     void move_below_text();
     /// Scrolls away what the terminal shows; from here on screen_place() counts from its top.

@@ -25,7 +25,7 @@ TEST(ListModules, WhatStandsInTheSlots)
               "Module presence: {M}flags invalid!{.}\n");
     // A failing slot ends its line only.
     EXPECT_THAT(display_of("-m", {"fail GetModuleProductNo@0 always"}),
-                HasSubstr("time-out{.}\n\n  slot #01: P/N: {W}240321{.}, dev.type: {W}HVPS"));
+                HasSubstr("time-out{.}\n  slot #01: P/N: {W}240321{.}, dev.type: {W}HVPS"));
     // More slots than the record has room for.
     EXPECT_THAT(display_of("-m", {"reply GetModulePresence.slotCount 4000000000"}),
                 HasSubstr("  slot #07: n/a\n base unit: "));
