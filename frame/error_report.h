@@ -7,6 +7,8 @@
 /// The library's texts about its last failure, fit for a line.
 struct LibraryMessages {
     std::string error, io_state, comm_error;
+
+    bool operator==(const LibraryMessages&) const = default;
 };
 
 /// Asks for them in a fixed order: the codes first, because the texts belong to them.

@@ -231,14 +231,14 @@ void show_interlock_state(Place place, std::uint16_t state, InterlockMasks masks
 void draw_values(const ScreenLayout& layout, const ScreenReadings& readings,
                  const ModulePresence& presence, InterlockMasks masks)
 {
+    const PortLine& port = layout.port;
+    console.print_at(port.errors, readings.state_errors != 0 ? Color::bad : Color::value, "%u",
+                     readings.state_errors);
     if (readings.cycles.cycles == 0)
         return;
-    const PortLine& port = layout.port;
     console.print_at(port.rate, Color::value, "%7.2lf",
                      readings.cycles.per_second(readings.shown_ms));
     console.print_at(port.mean, Color::value, "%6.1lf", readings.cycles.mean_ms(readings.shown_ms));
-    console.print_at(port.errors, readings.shown_errors != 0 ? Color::bad : Color::value, "%u",
-                     readings.shown_errors);
 
     show_controller(layout.controller, readings);
     for (std::size_t index = 0; index < layout.modules.size(); ++index) {

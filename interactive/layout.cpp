@@ -1,6 +1,9 @@
 #include "interactive/layout.h"
 
+#include "frame/live_display.h"
 #include "frame/program.h"
+
+#include <string_view>
 
 namespace
 {
@@ -9,7 +12,6 @@ namespace
 constexpr int first_value_column = 21;
 constexpr int second_row_column = 13;
 constexpr int group_column = 75;
-constexpr int one_row_controller_columns = 160; ///< what the controller's values need in one row
 
 // Widths of the values.
 constexpr int volts = 9;       // "%+8.3lfV"
@@ -18,6 +20,12 @@ constexpr int degrees = 8;     // "%+6.1lf" and the unit
 constexpr int duration = 6;    // "%6.1lf"
 constexpr int heater_unit = 8; // "%7.3lfV", "%7.3lfA", "%7.2lfW"
 constexpr int heater_degrees = 10;
+constexpr int counters = 21; // "%u/%u"
+
+constexpr std::string_view duration_label = "Measurement duration:";
+constexpr std::string_view counters_label = "ms, errors/overflows: ";
+constexpr int group_columns =
+    static_cast<int>(duration_label.size() + counters_label.size()) + duration + counters;
 
 /// Starts a new line of the frame.
 void new_line(const char* label)
@@ -39,8 +47,8 @@ Place field(const char* label, int width, int gap)
 GroupPlaces draw_group()
 {
     GroupPlaces places;
-    places.duration = place_field("Measurement duration:", duration);
-    places.counters = place_field("ms, errors/overflows: ");
+    places.duration = place_field(duration_label.data(), duration);
+    places.counters = place_field(counters_label.data());
     return places;
 }
 
@@ -69,14 +77,13 @@ void draw_common_supplies(HousekeepingPlaces& places, int gap)
 
 void draw_controller_housekeeping(int window_columns, HousekeepingPlaces& places)
 {
+    constexpr int gap = 2;
     new_line("  controller:");
-    const bool in_one_row = window_columns >= one_row_controller_columns;
-    const int gap = in_one_row ? 1 : 2;
-    if (!in_one_row)
-        go_to_column(first_value_column);
+    go_to_column(first_value_column);
     draw_common_supplies(places, gap);
-    places.psu = field("PSU:", degrees, 0); // in one row each column counts
-    if (!in_one_row) {
+    places.psu = field("PSU:", degrees, gap);
+    const int columns_left = window_columns - console.place().column + 1;
+    if (columns_left < group_columns) {
         console.print("\r\n");
         go_to_column(group_column);
     }
@@ -216,4 +223,11 @@ void draw_frame(const ModulePresence& presence, int window_columns, ScreenLayout
     layout.words.temperature = place_word("  Temperature state:");
     layout.words.fan = place_word("  Fan state:");
     layout.words.interlock = place_word("  Interlock state:");
+}
+
+void draw_quit_prompt()
+{
+    constexpr int row = 52; // below the longest frame, apart from the message area
+    console.move_to(console.screen_place(row, 3));
+    print_quit_prompt("", true);
 }

@@ -59,6 +59,9 @@ void draw_title();
 /// Row 3, and where its values go.
 [[nodiscard]] PortLine draw_port_line();
 
-/// All that stands below the identification, from the cursor's row on. A wide window has the
-/// controller's housekeeping in one row.
+/// All that stands below the identification, from the cursor's row on. A window that is wide enough
+/// has the controller's housekeeping in one row.
 void draw_frame(const ModulePresence& presence, int window_columns, ScreenLayout& layout);
+
+/// How to leave the screen, in a row that nothing else needs; nothing in quiet mode.
+void draw_quit_prompt();

@@ -45,11 +45,6 @@ void ReadingGroup::count_reading(std::int64_t now_ms)
     ++readings;
 }
 
-void report_reading(const char* failed)
-{
-    report_on_screen_and_purge(failed);
-}
-
 /// What overflowed before the screen began was nobody's fault.
 void ScreenReadings::forget_old_overflows(CompleteState& first) const
 {
@@ -80,7 +75,6 @@ const char* ScreenReadings::read_state()
     state = fresh;
     ++cycles.cycles;
     shown_ms = platform::tick_ms();
-    shown_errors = state_errors;
     return nullptr;
 }
 
@@ -91,22 +85,19 @@ const char* ScreenReadings::read_controller()
                       [](const ControllerHousekeeping&) { return true; });
 }
 
-const char* ScreenReadings::read_housekeeping()
+void ScreenReadings::read_housekeeping(const Report& report)
 {
     constexpr PerUnit<std::size_t> order = {0, base_index, 1, 2, 3};
     for (const std::size_t index : order) {
         if (presence_.flags[index] != presence_flag::present)
             continue;
         const unsigned address = index == base_index ? base_unit : static_cast<unsigned>(index);
-        const char* failed = read_group(
+        report(read_group(
             state.module_data_ready[index], ready_bit::housekeeping, housekeeping_groups[index],
             housekeeping[index],
             [address](ModuleHousekeeping& record) { return attempt_housekeeping(address, record); },
-            [](const ModuleHousekeeping& record) { return record.valid != 0; });
-        if (failed != nullptr)
-            return failed;
+            [](const ModuleHousekeeping& record) { return record.valid != 0; }));
     }
-    return nullptr;
 }
 
 const char* ScreenReadings::read_monitoring()
@@ -122,10 +113,12 @@ namespace
 {
 
 /// The output voltages, or the output currents, of the HV-supplies.
-const char* read_outputs(const ModulePresence& presence, const CompleteState& state, int bit,
-                         std::array<ReadingGroup, screen_slots>& groups,
-                         std::array<double, screen_slots>& values,
-                         const char* (*attempt_measurement)(unsigned, OutputMeasurement&))
+template <class Report>
+void read_outputs(const ModulePresence& presence, const CompleteState& state, int bit,
+                  std::array<ReadingGroup, screen_slots>& groups,
+                  std::array<double, screen_slots>& values,
+                  const char* (*attempt_measurement)(unsigned, OutputMeasurement&),
+                  const Report& report)
 {
     for (unsigned slot = 1; slot < screen_slots; ++slot) {
         if (!presence.has_slot(slot))
@@ -136,22 +129,36 @@ const char* read_outputs(const ModulePresence& presence, const CompleteState& st
             [&](OutputMeasurement& fresh) { return attempt_measurement(slot, fresh); },
             [](const OutputMeasurement& fresh) { return fresh.valid != 0; });
         values[slot] = latest.value;
-        if (failed != nullptr)
-            return failed;
+        report(failed);
     }
-    return nullptr;
 }
 
 } // namespace
 
-const char* ScreenReadings::read_voltages()
+void ScreenReadings::read_cycle(const std::function<void()>& before_report)
 {
-    return read_outputs(presence_, state, ready_bit::output_voltage, voltage_groups, voltage,
-                        attempt_output_voltage);
-}
-
-const char* ScreenReadings::read_currents()
-{
-    return read_outputs(presence_, state, ready_bit::output_current, current_groups, current,
-                        attempt_output_current);
+    bool failed_before = false;
+    const Report report = [&](const char* failed) {
+        if (failed == nullptr)
+            return;
+        failed_before = true;
+        before_report();
+        report_on_screen_and_purge(failed);
+    };
+    // Without the state nothing is known to be ready; a controller that does not answer will not
+    // answer for its modules either.
+    report(read_state());
+    if (!failed_before)
+        report(read_controller());
+    if (failed_before)
+        return;
+    words = state;
+    has_words = true;
+    // A module that fails does not keep the next one from its turn.
+    read_housekeeping(report);
+    report(read_monitoring());
+    read_outputs(presence_, state, ready_bit::output_voltage, voltage_groups, voltage,
+                 attempt_output_voltage, report);
+    read_outputs(presence_, state, ready_bit::output_current, current_groups, current,
+                 attempt_output_current, report);
 }

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 
 /// Slots that the screen lays out, and the place of the base unit behind them.
 inline constexpr unsigned screen_slots = 4;
@@ -52,17 +53,15 @@ public:
 
     /// One cycle: the complete state, then whatever is ready. `before_report` is called before each
     /// error report, to show what was read until then.
-    template <class BeforeReport>
-    void read_cycle(BeforeReport before_report);
+    void read_cycle(const std::function<void()>& before_report);
 
     CycleRates cycles; ///< counts the complete states
     std::uint32_t state_errors = 0;
     CompleteState state; ///< means something when cycles.cycles > 0
 
-    // What the screen shows of them: the figures of the last complete state, and the words of the
+    // What the screen shows of them: the rates at the last complete state, and the words of the
     // last one whose cycle went on.
     std::int64_t shown_ms = 0;
-    std::uint32_t shown_errors = 0;
     CompleteState words;
     bool has_words = false;
 
@@ -78,38 +77,14 @@ public:
     std::array<ReadingGroup, screen_slots> current_groups;
 
 private:
+    /// Reports what failed; does nothing for null, which is success.
+    using Report = std::function<void(const char* failed)>;
+
     [[nodiscard]] const char* read_state();
     [[nodiscard]] const char* read_controller();
-    [[nodiscard]] const char* read_housekeeping();
+    void read_housekeeping(const Report& report);
     [[nodiscard]] const char* read_monitoring();
-    [[nodiscard]] const char* read_voltages();
-    [[nodiscard]] const char* read_currents();
     void forget_old_overflows(CompleteState& first) const;
 
     ModulePresence presence_;
 };
-
-/// Answers a failed call on the screen; purges when the call took too long.
-void report_reading(const char* failed);
-
-template <class BeforeReport>
-void ScreenReadings::read_cycle(BeforeReport before_report)
-{
-    const auto report = [&before_report](const char* failed) {
-        if (failed == nullptr)
-            return false;
-        before_report();
-        report_reading(failed);
-        return true;
-    };
-    // Without the state nothing is known to be ready; a controller that does not answer will not
-    // answer for its modules either.
-    if (report(read_state()) || report(read_controller()))
-        return;
-    words = state;
-    has_words = true;
-    report(read_housekeeping());
-    report(read_monitoring());
-    report(read_voltages());
-    report(read_currents());
-}

@@ -5,11 +5,16 @@
 /// First row of the message area; it reaches to the screen's bottom row.
 inline constexpr int message_area_row = 54;
 
-/// Begins a new screen: the next report starts in the message area's first row.
+/// Begins a new screen: there are no reports yet.
 void start_screen_reports();
 
-/// Reports into the message area, which scrolls by itself; the rest of the screen stays.
+/// Reports into the message area, which scrolls by itself; the rest of the screen stays. After its
+/// first ten, an equal report is only counted, in a line with the time of the last one.
 void report_error_on_screen(const char* function);
+
+/// Shows the reports once more when the window has changed, also those made while it was too small
+/// for the message area. To be called whenever the screen is drawn.
+void fit_screen_reports();
 
 /// Notes that a library call is about to be made: only a call that then lasts longer than a second
 /// is answered with a purge.

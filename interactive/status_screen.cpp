@@ -122,6 +122,9 @@ bool is_large_enough(platform::WindowSize size)
                   "and a height of at least %d characters.\r\nAdjust the window size and restart "
                   "the utility.\r\n\r\n",
                   screen_columns, screen_rows);
+    console.print(Color::bad, "This window has a width of %d and a height of %d characters.",
+                  size.columns, size.rows);
+    console.print("\r\n");
     return false;
 }
 
@@ -131,7 +134,7 @@ bool read_screen_presence(ModulePresence& presence)
     if (!succeeds_on_screen(2, [&] { return attempt_presence(presence); }))
         return false;
     if (presence.valid == 0)
-        console.print("\r\n");
+        console.end_line();
     return check_valid(presence);
 }
 
@@ -208,10 +211,12 @@ void run_cycles(const ScreenLayout& layout, const ModulePresence& presence, Inte
         key_echo.blank_when_old(now);
         if (pacer.is_due(now)) {
             draw_values(layout, readings, presence, masks);
+            fit_screen_reports();
             console.flush_without_waiting();
         }
     }
     draw_values(layout, readings, presence, masks);
+    fit_screen_reports();
 }
 
 /// The screen below its title, in a window of that size when it was entered.
@@ -229,6 +234,7 @@ void run_screen(platform::WindowSize size)
     if (!call_on_screen_twice(LIB(GetHVsupplyInterlockEnable), &masks.hv_supply) ||
         !call_on_screen_twice(LIB(GetHeatCtrlInterlockEnable), &masks.heat_controller))
         return;
+    draw_quit_prompt();
     run_cycles(layout, presence, masks);
 }
 
@@ -236,6 +242,11 @@ void run_screen(platform::WindowSize size)
 
 void run_status_screen()
 {
+    if (!platform::output_is_terminal()) {
+        console.print(Color::warning, "The interactive mode needs a terminal and is left out.");
+        console.print("\r\n");
+        return;
+    }
     console.clear_screen();
     const platform::WindowSize size = console.size();
     draw_title();

@@ -48,6 +48,8 @@ bool output_is_terminal();
 struct WindowSize {
     int columns;
     int rows;
+
+    bool operator==(const WindowSize&) const = default;
 };
 
 /// The terminal's present size; 80x25 when it does not tell.
