@@ -25,7 +25,7 @@ std::string source_file(const char* name)
 /// What the pattern's first group matches.
 Spellings matches(const std::string& text, const char* pattern)
 {
-    const std::regex expression{pattern, std::regex::multiline};
+    const std::regex expression{pattern};
     Spellings found;
     for (std::sregex_iterator match{text.begin(), text.end(), expression}, end; match != end;
          ++match)
@@ -50,7 +50,7 @@ Spellings spellings_in_usage()
 Spellings spellings_in_manual()
 {
     std::string rows;
-    for (const std::string& row : matches(source_file("docs/KOV-Controller.1"), "^(\\.It Fl .*)$"))
+    for (const std::string& row : matches(source_file("docs/KOV-Controller.1"), "\n(\\.It Fl .*)"))
         rows += row + '\n';
     return matches(std::regex_replace(rows, std::regex{R"(\\&)"}, ""), "Fl (\\S+)");
 }

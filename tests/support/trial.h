@@ -38,8 +38,9 @@ using ScenarioLines = std::initializer_list<ScenarioLine>;
 class Trial
 {
 public:
+    Trial() : Trial(ScenarioLines{}) {}
     /// On an instrument that is set up with these lines.
-    Trial(ScenarioLines lines = {});
+    Trial(ScenarioLines lines);
     ~Trial();
     Trial(const Trial&) = delete;
     Trial& operator=(const Trial&) = delete;
