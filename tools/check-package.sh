@@ -32,6 +32,17 @@ dpkg_there() {
 dpkg_there --install "$package"
 program=$root/usr/bin/KOV-Controller
 
+# Compiled and linked with what makes a fault harder to exploit.
+for file in "$program" "$root/usr/lib/kov-controller/simulator/libCOM-KOV-CTRL.so"; do
+    elf=$(readelf --wide --file-header --segments --dynamic --dyn-syms "$file")
+    for sign in 'Type: *DYN' GNU_RELRO BIND_NOW __stack_chk_fail '__[a-z]*_chk\b'; do
+        grep -q "$sign" <<<"$elf" || fail "$file was built without $sign"
+    done
+    # A stack that can be executed, or a segment that can be written and executed.
+    ! grep -q 'GNU_STACK.*RWE\|LOAD.*RWE' <<<"$elf" || fail "$file can execute what it writes"
+done
+readelf --wide --dynamic "$program" | grep -q 'FLAGS_1.*PIE' || fail "the program is no PIE"
+
 # The system's libraries, and nothing else of the system, for a run inside the root. The dynamic
 # linker needs /proc for a path that is relative to the program.
 libraries=$(ldd "$program" | grep -o ' /[^ ]*\|^[[:space:]]*/[^ ]*' | grep -v "$root")
