@@ -1,0 +1,19 @@
+# What is installed where on Windows, and the zip that a user unpacks and runs ("cpack" in the build
+# folder). The program looks for the device library in its own folder alone.
+#
+#   KOV-Controller.exe, COM-KOV-CTRL.dll
+#   scenarios/                  for the simulated instrument
+#   README.md, docs/            the guide, and what it refers to
+install(TARGETS KOV-Controller COM-KOV-CTRL RUNTIME DESTINATION . LIBRARY DESTINATION .)
+install(DIRECTORY simulator/scenarios DESTINATION .)
+install(FILES README.md DESTINATION .)
+install(FILES docs/simulated-instrument.md DESTINATION docs) # as README.md says
+
+set(CPACK_GENERATOR ZIP)
+set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_VENDOR "KOV-Controller developers")
+set(CPACK_SYSTEM_NAME windows)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+include(CPack)

@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Packs the program for Windows (build/windows) as a user gets it, and looks into the zip: all files,
+# programs that need the system's libraries alone, and, where Wine is, a run of what was unpacked.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
+
+need_tools "${build_tools[@]}" "${windows_tools[@]}"
+build windows all
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+
+fail() {
+    echo "check-zip: $*" >&2
+    exit 1
+}
+
+zips=$source_folder/build/windows
+rm -f "$zips"/*.zip
+(cd "$zips" && cpack) >"$zips/zip.log" 2>&1 || {
+    cat "$zips/zip.log" >&2
+    fail "cpack failed"
+}
+zip=$(ls "$zips"/*.zip)
+(cd "$folder" && cmake -E tar xf "$zip")
+cd "$folder"/*/
+
+present=$(find . -type f | sort)
+scenarios=$(cd "$source_folder/simulator" && find scenarios -type f -printf './%p\n')
+expected=$(printf '%s\n' ./KOV-Controller.exe ./COM-KOV-CTRL.dll ./README.md \
+    ./docs/simulated-instrument.md "$scenarios" | sort)
+[ "$present" = "$expected" ] ||
+    fail "the zip holds other files: $(diff <(echo "$expected") <(echo "$present") || true)"
+
+for file in KOV-Controller.exe COM-KOV-CTRL.dll; do
+    needs=$(x86_64-w64-mingw32-objdump -p "$file" | sed -n 's/.*DLL Name: //p')
+    others=$(grep -viE '^(kernel32|msvcrt|ntdll|user32|advapi32|shell32|COM-KOV-CTRL)\.dll$' \
+        <<<"$needs" || true)
+    [ -z "$others" ] || fail "$file needs $others"
+done
+
+wine=${wine_tools[0]% *}
+if is_there "$wine"; then
+    output=$(WINEPREFIX=$source_folder/build/windows/wine WINEDEBUG=-all KOV_SIMULATOR_STATE=none \
+        WINEDLLOVERRIDES=mscoree,mshtml= timeout 120 "$wine" KOV-Controller.exe 3 -p -T </dev/null 2>/dev/null)
+    grep -q '^Product identification: KOV-CTRL, Controller' <<<"$output" ||
+        fail "the unpacked program printed: $output"
+fi
+echo "The zip is whole: $(basename "$zip")"
