@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,6 +21,7 @@ namespace
 constexpr std::int64_t sleep_slack_us = 80;
 
 int lock_file = -1;
+int locked_file = -1; ///< what the lock is for, as far as it is there
 
 std::int64_t clock_us(clockid_t clock)
 {
@@ -30,6 +33,12 @@ std::int64_t clock_us(clockid_t clock)
 std::string reason()
 {
     return std::strerror(errno);
+}
+
+/// With the slash at its end; empty for a name without a folder.
+std::string folder_of(const std::string& path)
+{
+    return path.substr(0, path.rfind('/') + 1);
 }
 
 /// Makes the folders above a file, as far as they are missing.
@@ -55,13 +64,39 @@ bool write_all(int file, const std::string& bytes)
 /// Makes a renamed file's new name last.
 void sync_folder(const std::string& path)
 {
-    const std::size_t slash = path.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-    const int file = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const std::string folder = folder_of(path);
+    const int file =
+        open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (file < 0)
         return;
     fsync(file);
     close(file);
+}
+
+/// Makes a file that was not there; a remainder or a link of that name goes.
+int create_new(const std::string& name)
+{
+    int file = -1;
+    for (int tries = 0; tries < 3 && file < 0; ++tries) {
+        file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+        if (file < 0 && errno == ENOENT)
+            make_folders(name);
+        else if (file < 0 && (errno != EEXIST || unlink(name.c_str()) != 0))
+            break;
+    }
+    return file;
+}
+
+/// Why a file that was opened is not read; empty = it may be.
+std::string unreadable(int file)
+{
+    struct stat status {
+    };
+    if (fstat(file, &status) != 0)
+        return reason();
+    if (!S_ISREG(status.st_mode))
+        return "it is no regular file";
+    return status.st_size > largest_file ? "it is too large" : "";
 }
 
 } // namespace
@@ -106,6 +141,34 @@ std::optional<std::string> environment(const char* name)
     return value;
 }
 
+std::string real_name(const std::string& path)
+{
+    const auto real = [](const std::string& name) {
+        char* const found = realpath(name.empty() ? "." : name.c_str(), nullptr);
+        std::string result = found != nullptr ? found : "";
+        std::free(found);
+        return result;
+    };
+    std::string name = path;
+    constexpr int most_links = 40;
+    for (int links = 0; links < most_links; ++links) {
+        std::string result = real(name);
+        if (!result.empty())
+            return result;
+        // It is not there; a link may lead to where it will be.
+        char target[PATH_MAX];
+        const ssize_t length = readlink(name.c_str(), target, sizeof target);
+        if (length < 0) {
+            make_folders(name);
+            result = real(folder_of(name));
+            return result.empty() ? path : result + '/' + name.substr(folder_of(name).size());
+        }
+        const std::string next(target, static_cast<std::size_t>(length));
+        name = next.starts_with('/') ? next : folder_of(name) + next;
+    }
+    return path;
+}
+
 std::string default_state_path(unsigned port)
 {
     const std::optional<std::string> states = environment("XDG_STATE_HOME");
@@ -128,10 +191,15 @@ std::FILE* open_file(const char* name, const char* mode)
 Reading read_file(const std::string& path, std::string& bytes, std::string& problem)
 {
     bytes.clear();
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); // a FIFO blocks
     if (file < 0) {
         problem = reason();
         return errno == ENOENT ? Reading::missing : Reading::failed;
+    }
+    problem = unreadable(file);
+    if (!problem.empty()) {
+        close(file);
+        return Reading::failed;
     }
     char block[16384];
     for (;;) {
@@ -152,11 +220,7 @@ bool replace_file(const std::string& path, const std::string& bytes, bool durabl
                   std::string& problem)
 {
     const std::string temporary = path + ".new";
-    int file = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    if (file < 0 && errno == ENOENT) {
-        make_folders(path);
-        file = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    }
+    const int file = create_new(temporary);
     if (file < 0) {
         problem = reason();
         return false;
@@ -194,8 +258,10 @@ std::optional<std::string> set_aside(const std::string& path)
 
 Locking lock(const std::string& path, std::int64_t& holder, std::string& problem)
 {
+    holder = 0;
     make_folders(path);
-    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    const int file =
+        open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (file < 0) {
         problem = reason();
         return Locking::failed;
@@ -204,24 +270,31 @@ Locking lock(const std::string& path, std::int64_t& holder, std::string& problem
     };
     region.l_type = F_WRLCK;
     region.l_whence = SEEK_SET;
-    if (fcntl(file, F_SETLK, &region) == 0) {
-        lock_file = file;
-        return Locking::done;
+    if (fcntl(file, F_SETLK, &region) != 0) {
+        const bool held = errno == EACCES || errno == EAGAIN;
+        problem = reason();
+        if (held && fcntl(file, F_GETLK, &region) == 0 && region.l_type != F_UNLCK)
+            holder = region.l_pid;
+        close(file);
+        return held ? Locking::held : Locking::failed;
     }
-    const bool held = errno == EACCES || errno == EAGAIN;
-    problem = reason();
-    holder = 0;
-    if (held && fcntl(file, F_GETLK, &region) == 0 && region.l_type != F_UNLCK)
-        holder = region.l_pid;
-    close(file);
-    return held ? Locking::held : Locking::failed;
+    lock_file = file;
+    // The same file may have another name, by a hard link.
+    locked_file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (locked_file >= 0 && flock(locked_file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        unlock();
+        return Locking::held;
+    }
+    return Locking::done;
 }
 
 void unlock()
 {
-    if (lock_file >= 0)
-        close(lock_file); // which gives the lock back
-    lock_file = -1;
+    for (int* const file : {&locked_file, &lock_file}) {
+        if (*file >= 0)
+            close(*file); // which gives the lock back
+        *file = -1;
+    }
 }
 
 } // namespace simulator::host

@@ -81,6 +81,52 @@ HANDLE create(const std::wstring& path, DWORD disposition)
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+/// Makes a file that was not there; a remainder or a link of that name goes.
+HANDLE create_new(const std::wstring& name)
+{
+    HANDLE file = INVALID_HANDLE_VALUE;
+    for (int tries = 0; tries < 3 && file == INVALID_HANDLE_VALUE; ++tries) {
+        file = create(name, CREATE_NEW);
+        if (file != INVALID_HANDLE_VALUE)
+            break;
+        const DWORD error = GetLastError();
+        if (error == ERROR_PATH_NOT_FOUND)
+            make_folders(name);
+        else if (error != ERROR_FILE_EXISTS || DeleteFileW(name.c_str()) == 0)
+            break;
+    }
+    return file;
+}
+
+/// Why a file that was opened is not read; empty = it may be.
+std::string unreadable(HANDLE file)
+{
+    LARGE_INTEGER size = {};
+    if (GetFileType(file) != FILE_TYPE_DISK)
+        return "it is no regular file";
+    if (GetFileSizeEx(file, &size) == 0)
+        return reason();
+    return size.QuadPart > largest_file ? "it is too large" : "";
+}
+
+/// The name that the system gives a file or folder; empty when it is not there.
+std::wstring final_name(const std::wstring& path)
+{
+    const HANDLE file =
+        CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return L"";
+    wchar_t name[1024];
+    const DWORD length = GetFinalPathNameByHandleW(file, name, 1024, FILE_NAME_NORMALIZED);
+    CloseHandle(file);
+    std::wstring result(name, length < 1024 ? length : 0);
+    constexpr std::wstring_view prefix = L"\\\\?\\";
+    if (result.starts_with(prefix) && result.substr(prefix.size() + 1, 1) == L":")
+        result.erase(0, prefix.size()); // which is not for people
+    return result;
+}
+
 /// Reads on from where the file stands.
 bool read_all(HANDLE file, std::string& bytes)
 {
@@ -166,6 +212,18 @@ std::optional<std::string> environment(const char* name)
     return utf8(value);
 }
 
+std::string real_name(const std::string& path)
+{
+    const std::wstring name = wide(path);
+    const std::wstring there = final_name(name);
+    if (!there.empty())
+        return utf8(there);
+    const std::size_t end = name.find_last_of(L"\\/") + 1; // 0 without a folder
+    make_folders(name);
+    const std::wstring folder = final_name(end > 0 ? name.substr(0, end) : L".");
+    return folder.empty() ? path : utf8(folder + L'\\' + name.substr(end));
+}
+
 std::string default_state_path(unsigned port)
 {
     const std::optional<std::string> folder = environment("LOCALAPPDATA");
@@ -192,9 +250,12 @@ Reading read_file(const std::string& path, std::string& bytes, std::string& prob
         return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? Reading::missing
                                                                               : Reading::failed;
     }
-    const bool good = read_all(file, bytes);
-    if (!good)
+    problem = unreadable(file);
+    bool good = problem.empty();
+    if (good && !read_all(file, bytes)) {
         problem = reason();
+        good = false;
+    }
     CloseHandle(file);
     return good ? Reading::done : Reading::failed;
 }
@@ -204,11 +265,7 @@ bool replace_file(const std::string& path, const std::string& bytes, bool durabl
 {
     const std::wstring name = wide(path);
     const std::wstring temporary = name + L".new";
-    HANDLE file = create(temporary, CREATE_ALWAYS);
-    if (file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_PATH_NOT_FOUND) {
-        make_folders(name);
-        file = create(temporary, CREATE_ALWAYS);
-    }
+    const HANDLE file = create_new(temporary);
     if (file == INVALID_HANDLE_VALUE) {
         problem = reason();
         return false;
@@ -245,7 +302,7 @@ Locking lock(const std::string& path, std::int64_t& holder, std::string& problem
 {
     const std::wstring name = wide(path);
     make_folders(name);
-    const HANDLE file = create(name, OPEN_ALWAYS);
+    const HANDLE file = create(name + L".lock", OPEN_ALWAYS);
     if (file == INVALID_HANDLE_VALUE) {
         problem = reason();
         return Locking::failed;

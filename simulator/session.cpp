@@ -41,26 +41,33 @@ Failure failed(Failure failure, std::string text)
     return failure;
 }
 
-/// Where the state of a port is kept; empty = nowhere.
-std::string state_path(std::uint8_t port)
+/// Finds out where the state of a port is kept, by its one name; empty = nowhere, as was asked for.
+Failure find_state_path(std::uint8_t port)
 {
     const std::optional<std::string> named = host::environment("KOV_SIMULATOR_STATE");
-    if (!named)
-        return host::default_state_path(port);
-    return *named == "none" ? "" : *named;
+    session.state_path.clear();
+    if (named == "none")
+        return Failure::none;
+    const std::string path = named ? *named : host::default_state_path(port);
+    if (path.empty())
+        return failed(Failure::state_file,
+                      "no folder is known for the instrument's state; KOV_SIMULATOR_STATE may name "
+                      "a file, or none");
+    session.state_path = host::real_name(path);
+    return Failure::none;
 }
 
 Failure lock_port(std::uint8_t port)
 {
     std::int64_t holder = 0;
     std::string problem;
-    switch (host::lock(session.state_path + ".lock", holder, problem)) {
+    switch (host::lock(session.state_path, holder, problem)) {
     case host::Locking::done:
         return Failure::none;
     case host::Locking::held:
-        return failed(Failure::port_in_use, "COM" + std::to_string(port) +
-                                                " is used by another program, process " +
-                                                std::to_string(holder));
+        return failed(Failure::port_in_use,
+                      "COM" + std::to_string(port) + " is used by another program" +
+                          (holder != 0 ? ", process " + std::to_string(holder) : ""));
     case host::Locking::failed:
         break;
     }
@@ -129,6 +136,7 @@ Failure save(bool closing)
         return Failure::none;
     const bool durable = closing || now_us >= session.durable_at_us;
     std::string problem;
+    session.unsafe = true; // until it is written
     if (!host::replace_file(session.state_path, write_state(instrument), durable, problem))
         return failed(Failure::state_file, "cannot write '" + session.state_path + "': " + problem);
     session.unsafe = !durable;
@@ -168,9 +176,11 @@ Failure open_port(std::uint8_t port)
     if (port == 0)
         return Failure::bad_port;
     (void)instrument_now();
-    session.state_path = state_path(port);
+    Failure failure = find_state_path(port);
+    if (failure != Failure::none)
+        return failure;
     if (!session.state_path.empty()) {
-        Failure failure = lock_port(port);
+        failure = lock_port(port);
         if (failure != Failure::none)
             return failure;
         failure = find_instrument();

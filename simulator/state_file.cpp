@@ -127,12 +127,40 @@ bool read_record(Reader& reader, Memory& memory)
     return true;
 }
 
+/// What no instrument can have becomes what it has without a past.
+double sensible(double value, double limit, double otherwise)
+{
+    return value > -limit && value < limit ? value : otherwise;
+}
+
+/// A time that an instrument can have, between 1970 and the year 9999, or the length of such a
+/// time: three of them make no overflow.
+bool is_time(std::int64_t microseconds)
+{
+    return microseconds >= 0 && microseconds <= 253'402'300'800'000'000;
+}
+
+/// The first step that is yet to be made is the next one.
+bool read_times(Reader& reader, Instrument& instrument)
+{
+    const std::int64_t& now_us = instrument.now_us;
+    return reader.line("time", instrument.now_us, instrument.next_step_us, instrument.origin_us) &&
+           is_time(now_us) && instrument.next_step_us > now_us &&
+           instrument.next_step_us <= now_us + step_us && is_time(instrument.origin_us) &&
+           instrument.origin_us <= now_us;
+}
+
 bool read_clocks(Reader& reader, Instrument& instrument)
 {
     for (Clock& clock : instrument.clocks) {
         int operating = 0;
         if (!reader.line("clock", clock.started_us, clock.before_us, operating,
                          clock.operating_since_us, clock.operated_us, clock.operated_before_us))
+            return false;
+        if (!is_time(clock.started_us) || !is_time(clock.operating_since_us) ||
+            std::max(clock.started_us, clock.operating_since_us) > instrument.now_us ||
+            !is_time(clock.before_us) || !is_time(clock.operated_us) ||
+            !is_time(clock.operated_before_us))
             return false;
         clock.operating = operating != 0;
     }
@@ -142,8 +170,8 @@ bool read_clocks(Reader& reader, Instrument& instrument)
 bool read_parts(Reader& reader, Instrument& instrument)
 {
     int base_activated = 0;
-    if (!reader.line("time", instrument.now_us, instrument.next_step_us, instrument.origin_us) ||
-        !read_clocks(reader, instrument) || !reader.line("base", base_activated))
+    if (!read_times(reader, instrument) || !read_clocks(reader, instrument) ||
+        !reader.line("base", base_activated))
         return false;
     instrument.base_activated = base_activated != 0;
     for (Scanned& saved : instrument.saved)
@@ -151,10 +179,15 @@ bool read_parts(Reader& reader, Instrument& instrument)
             return false;
     if (!reader.line("heater", instrument.heater.temperature))
         return false;
-    instrument.heater.sample.temperature = instrument.heater.temperature;
-    for (Supply& supply : instrument.supplies)
+    Heater& heater = instrument.heater;
+    heater.temperature = sensible(heater.temperature, 10'000, Heater{}.temperature);
+    heater.sample.temperature = heater.temperature;
+    for (Supply& supply : instrument.supplies) {
         if (!reader.line("supply", supply.set, supply.output))
             return false;
+        supply.set = sensible(supply.set, 100'000, 0);
+        supply.output = sensible(supply.output, 100'000, 0);
+    }
     instrument.memory = {};
     for (;;) {
         const std::string_view word = reader.word();

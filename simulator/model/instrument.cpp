@@ -15,9 +15,6 @@ namespace simulator
 namespace
 {
 
-/// Thermal and electrical models move in steps of this length.
-constexpr std::int64_t step_us = 10'000;
-
 /// After a longer absence only the end of it is worked out: everything has settled by then.
 constexpr std::int64_t longest_absence_us = 3'600'000'000;
 

@@ -223,6 +223,9 @@ struct Instrument {
     bool interfered = false; ///< a scenario changed something by itself
 };
 
+/// Thermal and electrical models move in steps of this length.
+inline constexpr std::int64_t step_us = 10'000;
+
 /// A new instrument, switched on at that time, with the scenario-less physical world.
 void make_new(Instrument& instrument, std::int64_t now_us);
 

@@ -24,6 +24,10 @@ TEST(Host, FilesAreReplacedAsAWholeAndDamagedOnesGetNamesOfTheirOwn)
         EXPECT_EQ(bytes, content);
         EXPECT_EQ(host::read_file(path, bytes, problem), host::Reading::missing);
     }
+    ASSERT_TRUE(host::replace_file(path, "", false, problem));
+    std::filesystem::resize_file(path, 3'000'000'000);
+    EXPECT_EQ(host::read_file(path, bytes, problem), host::Reading::failed);
+    EXPECT_EQ(problem, "it is too large");
     problem.clear();
     EXPECT_FALSE(host::replace_file(folder, "a folder", true, problem));
     EXPECT_FALSE(problem.empty());

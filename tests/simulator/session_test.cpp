@@ -1,5 +1,9 @@
 /// Opening and closing, the state file, restart, and the times that transfers take.
+#include "simulator/state_file.h"
 #include "tests/simulator/instrument_test.h"
+
+#include <cmath>
+#include <functional>
 
 namespace
 {
@@ -112,6 +116,48 @@ TEST_F(SessionTest, StateThatCannotBeWrittenFailsTheCall)
     virtual_host::computer().disk_full = true;
     EXPECT_NE(COM_KOV_CTRL_SetEnable(1), 0);
     EXPECT_EQ(last_error(), "cannot write '/state/COM3.state': No space left on device");
+    virtual_host::computer().disk_full = false;
+    start_again(); // closing writes what is not on the disk yet
+    ASSERT_EQ(COM_KOV_CTRL_Open(port), 0);
+    EXPECT_EQ(got(COM_KOV_CTRL_GetEnable), 1);
+    COM_KOV_CTRL_Close();
+    virtual_host::computer().has_home = false;
+    EXPECT_NE(COM_KOV_CTRL_Open(port), 0);
+    EXPECT_EQ(last_error(), "no folder is known for the instrument's state; KOV_SIMULATOR_STATE "
+                            "may name a file, or none");
+}
+
+TEST(StateFile, TimesThatNoInstrumentHasAreRefused)
+{
+    using simulator::Instrument;
+    constexpr std::int64_t now_us = 1'800'000'000'000'000;
+    constexpr std::int64_t wild_us = 9'000'000'000'000'000'000;
+    const std::function<void(Instrument&)> changes[] = {
+        [](Instrument& left) { left.now_us = wild_us, left.next_step_us = wild_us + 1; },
+        [](Instrument& left) { left.now_us = -1; },
+        [](Instrument& left) { left.next_step_us = -wild_us; },
+        [](Instrument& left) { left.next_step_us += 10'001; },
+        [](Instrument& left) { left.origin_us = -wild_us; },
+        [](Instrument& left) { left.clocks[5].started_us = now_us + 1; },
+        [](Instrument& left) { left.clocks[0].operating_since_us = -wild_us; },
+        [](Instrument& left) { left.clocks[3].before_us = wild_us; },
+    };
+    Instrument found;
+    const auto is_read = [&](const auto& change) {
+        Instrument left;
+        simulator::make_new(left, now_us);
+        change(left);
+        return simulator::read_state(found, simulator::write_state(left));
+    };
+    EXPECT_TRUE(is_read([](Instrument& left) {
+        left.heater.temperature = 1e300;
+        left.supplies[1].output = std::nan("");
+    }));
+    EXPECT_EQ(found.heater.temperature, 25);
+    EXPECT_EQ(found.supplies[1].output, 0);
+    for (const auto& change : changes)
+        EXPECT_FALSE(is_read(change)) << &change - changes;
+    EXPECT_EQ(found.now_us, now_us);
 }
 
 TEST_F(SessionTest, RestartKeepsTheSettingsAndOperationTimeRunsWhileTheDeviceIsOn)

@@ -15,6 +15,7 @@ struct Computer {
     std::map<std::string, std::string> files; ///< those of the disk can be read, too
     std::string own_lock;
     bool disk_full = false;
+    bool has_home = true;
 };
 
 Computer& computer();

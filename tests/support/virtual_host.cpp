@@ -61,9 +61,14 @@ std::optional<std::string> environment(const char* name)
     return found->second;
 }
 
+std::string real_name(const std::string& path)
+{
+    return path;
+}
+
 std::string default_state_path(unsigned port)
 {
-    return "/state/COM" + std::to_string(port) + ".state";
+    return computer().has_home ? "/state/COM" + std::to_string(port) + ".state" : "";
 }
 
 std::FILE* open_file(const char* name, const char* mode)
