@@ -7,6 +7,12 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/tools/setup.sh"
 
+# run_tests PRESET [OPTION...]: on a terminal in one line, in a log each test in its own.
+run_tests() {
+    echo "Testing $1..." >&2
+    (cd "$source_folder" && ctest --preset "$@" --progress)
+}
+
 # The unit tests as a Windows program, and the Windows program beside that of this system.
 test_windows() {
     need_tools "${windows_tools[@]}" "${wine_tools[@]}"
@@ -19,11 +25,12 @@ test_windows() {
     export WINEPREFIX=$source_folder/build/windows/wine WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
     local server=${KOV_WINE%/*}/wineserver64
     trap '"'"$server"'" -k || true' EXIT
-    echo "Starting Wine..."
+    echo "Starting Wine..." >&2
     mkdir -p "$WINEPREFIX"
     "$server" -p
     timeout 120 "$KOV_WINE" cmd /c exit 2>/dev/null
-    (cd "$source_folder" && ctest --preset windows)
+    run_tests windows
+    echo "Testing the Windows program in its console..." >&2
     timeout 600 "$source_folder/build/debug/tests/windows_tests" --gtest_brief=1
     "$server" -k || true
     trap - EXIT
@@ -37,5 +44,5 @@ for preset in "$@"; do
         continue
     fi
     build "$preset" all
-    (cd "$source_folder" && ctest --preset "$preset" -j "$(nproc)")
+    run_tests "$preset" -j "$(nproc)"
 done

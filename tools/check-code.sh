@@ -1,24 +1,94 @@
 #!/usr/bin/env bash
 # What no test sees: the formatting, the manual's markup, and what clang-tidy and cppcheck find.
-#   ./tools/check-code.sh          all; some minutes a core
-#   ./tools/check-code.sh quick    the formatting and the manual only
+#   ./tools/check-code.sh            all; some minutes a core
+#   ./tools/check-code.sh quick      the formatting and the manual only
+#   ./tools/check-code.sh changed    clang-tidy on what was changed lately
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 cd "$source_folder"
 
-format_tools=("clang-format clang-format" "mandoc mandoc")
-analysis_tools=("clang-tidy clang-tidy" "cppcheck cppcheck")
-
-need_tools "${format_tools[@]}"
+# Other versions have other views.
+format_tools=("clang-format-14 clang-format-14" "mandoc mandoc")
+tidy_tools=("clang-tidy-14 clang-tidy-14")
+cppcheck_tools=("cppcheck cppcheck")
 folders=(bench config controller devlib diagnostics frame instrument interactive modules protocol simulator tests)
-find "${folders[@]}" -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run -Werror
-mandoc -Tlint -Wwarning docs/KOV-Controller.1
-[ "${1:-all}" = all ] || exit 0
 
-need_tools "${build_tools[@]}" "${test_tools[@]}" "${analysis_tools[@]}"
-build debug all # for compile_commands.json, and for what the build generates
-cppcheck --quiet --std=c++20 --language=c++ --library=googletest --error-exitcode=1 \
-    --enable=warning,performance,portability --inline-suppr -I. "${folders[@]}"
-sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/debug/compile_commands.json | grep -v /build/ |
-    sort -u | xargs -P "$(nproc)" -n 4 clang-tidy -p build/debug --quiet 2>/dev/null
+check_layout() {
+    need_tools "${format_tools[@]}"
+    find "${folders[@]}" -name '*.cpp' -o -name '*.h' | xargs clang-format-14 --dry-run -Werror
+    mandoc -Tlint -Wwarning docs/KOV-Controller.1
+}
+
+# The sources that are built, as the compiler gets them.
+built_sources() {
+    build debug all # for compile_commands.json, and for what the build generates
+    sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/debug/compile_commands.json |
+        grep -v /build/ | sort -u
+}
+
+run_clang_tidy() {
+    need_tools "${build_tools[@]}" "${test_tools[@]}" "${tidy_tools[@]}"
+    xargs -r -P "$(nproc)" -n 2 clang-tidy-14 -p build/debug --quiet 2>/dev/null
+}
+
+# The commit from which changes count: where this branch left the one of the origin, or, on that
+# itself, ten commits ago (or as many as there are). Empty without a history.
+base_of_change() {
+    local base
+    base=$(git merge-base HEAD origin/HEAD 2>/dev/null || git merge-base HEAD origin/main 2>/dev/null ||
+        git merge-base HEAD main 2>/dev/null || true)
+    if [ -z "$base" ] || [ "$base" = "$(git rev-parse HEAD)" ]; then
+        base=$(git rev-list --first-parent --max-count=11 HEAD 2>/dev/null | tail -n 1 || true)
+    fi
+    echo "$base"
+}
+
+# Changed sources; of a changed header the source of its name.
+changed_sources() {
+    local base name
+    base=$(base_of_change)
+    [ -n "$base" ] || return 0
+    { git diff --name-only --diff-filter=d "$base" -- && git ls-files --others --exclude-standard; } |
+        while read -r name; do
+            case $name in
+            *.cpp) echo "$source_folder/$name" ;;
+            *.h) echo "$source_folder/${name%.h}.cpp" ;;
+            esac
+        done | sort -u
+}
+
+check_changed() {
+    local most=40 sources count
+    sources=$(comm -12 <(built_sources) <(changed_sources))
+    count=$(grep -c . <<<"$sources" || true)
+    if [ "$count" -gt "$most" ]; then
+        echo "clang-tidy: $most of $count changed sources; tools/check-code.sh checks all." >&2
+        sources=$(head -n "$most" <<<"$sources")
+    else
+        echo "clang-tidy: $count changed sources." >&2
+    fi
+    run_clang_tidy <<<"$sources"
+}
+
+check_all() {
+    need_tools "${cppcheck_tools[@]}"
+    cppcheck --quiet --std=c++20 --language=c++ --library=googletest --error-exitcode=1 \
+        --enable=warning,performance,portability --inline-suppr -I. "${folders[@]}"
+    built_sources | run_clang_tidy
+}
+
+case ${1:-all} in
+quick)
+    check_layout
+    ;;
+changed)
+    need_tools "${build_tools[@]}" "${test_tools[@]}"
+    check_changed
+    ;;
+*)
+    need_tools "${build_tools[@]}" "${test_tools[@]}"
+    check_layout
+    check_all
+    ;;
+esac
 echo "Nothing found."

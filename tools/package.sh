@@ -14,16 +14,12 @@ fi
 export SOURCE_DATE_EPOCH
 folder=$source_folder/build/package
 installed_runpath='$ORIGIN:$ORIGIN/../lib/kov-controller/maker:$ORIGIN/../lib/kov-controller/simulator'
-log=$folder/package.log
-mkdir -p "$folder"
 umask 022
-{
+make_package() {
     cmake -S "$source_folder" -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKOV_TESTS=OFF \
         -DCMAKE_INSTALL_PREFIX=/usr "-DKOV_RUNPATH=$installed_runpath" &&
         cmake --build "$folder" &&
-        (cd "$folder" && rm -f ./*.deb && cpack -G DEB)
-} >"$log" 2>&1 || {
-    cat "$log" >&2
-    exit 1
+        cd "$folder" && rm -f ./*.deb && cpack -G DEB
 }
+run_logged "the Debian package" "$folder/package.log" make_package
 ls "$folder"/*.deb

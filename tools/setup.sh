@@ -50,20 +50,58 @@ need_tools() {
     install_tools "$@" || exit 1
 }
 
-# build PRESET TARGET: configures where needed and builds; shows what was printed only when it fails.
-build() {
-    local folder="$source_folder/build/$1" log
-    mkdir -p "$folder"
-    log="$folder/build.log"
-    (
-        cd "$source_folder" || exit
-        if [ ! -e "$folder/build.ninja" ] || [ CMakePresets.json -nt "$folder/build.ninja" ]; then
-            cmake --preset "$1" || exit
+# Tells on standard error what is being done: on a terminal in one line that is written over and gone
+# in the end, elsewhere in lines that stay.
+if [ -t 2 ] && [ "${TERM:-dumb}" != dumb ]; then
+    tell() { printf '\r\033[K%s' "$*" >&2; }
+    told() { printf '\r\033[K' >&2; }
+else
+    tell() { printf '%s\n' "$*" >&2; }
+    told() { :; }
+fi
+
+# show_progress WHAT: takes what CMake and Ninja print and tells how far they are; says nothing where
+# there is nothing to do.
+show_progress() {
+    local line last=-1 share
+    while IFS= read -r line; do
+        if [[ $line =~ ^\[([0-9]+)/([0-9]+)\]\  ]] && [ "${BASH_REMATCH[2]}" -gt 1 ]; then
+            share=$((100 * BASH_REMATCH[1] / BASH_REMATCH[2]))
+            # A log has a line for each fifth.
+            if [ -t 2 ] || [ $((share / 20)) -gt $((last / 20)) ] || [ $last -lt 0 ]; then
+                tell "Building $1: ${BASH_REMATCH[1]} of ${BASH_REMATCH[2]} ($share %)"
+            fi
+            last=$share
+        elif [[ $line == "-- The CXX compiler"* || $line == *"Re-running CMake"* ]]; then
+            tell "Configuring $1..."
         fi
-        cmake --build --preset "$1" --target "$2"
-    ) >"$log" 2>&1 || {
-        cat "$log" >&2
-        echo "The build failed; the above is in $log" >&2
-        exit 1
-    }
+    done
+    told
+}
+
+# run_logged WHAT LOG COMMAND...: tells how far a build is, and shows all that was printed when it
+# fails.
+run_logged() {
+    local what=$1 log=$2
+    shift 2
+    mkdir -p "$(dirname "$log")"
+    if "$@" 2>&1 | tee "$log" | show_progress "$what"; then # pipefail is on in all scripts
+        return 0
+    fi
+    cat "$log" >&2
+    echo "Building $what failed; the above is in $log" >&2
+    return 1
+}
+
+configure_and_build() { # PRESET TARGET
+    cd "$source_folder" || return
+    if [ ! -e "build/$1/build.ninja" ] || [ CMakePresets.json -nt "build/$1/build.ninja" ]; then
+        cmake --preset "$1" || return
+    fi
+    cmake --build --preset "$1" --target "$2"
+}
+
+# build PRESET TARGET: configures where needed and builds.
+build() {
+    run_logged "$1" "$source_folder/build/$1/build.log" configure_and_build "$@" || exit 1
 }
