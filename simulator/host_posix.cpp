@@ -164,7 +164,7 @@ std::string real_name(const std::string& path)
             return result.empty() ? path : result + '/' + name.substr(folder_of(name).size());
         }
         const std::string next(target, static_cast<std::size_t>(length));
-        name = next.starts_with('/') ? next : folder_of(name) + next;
+        name = next.starts_with('/') ? next : folder_of(name).append(next);
     }
     return path;
 }
