@@ -7,7 +7,8 @@
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
-#include "modules/presence.h"
+#include "instrument/addresses.h"
+#include "instrument/presence.h"
 
 #include <algorithm>
 #include <array>
@@ -234,8 +235,10 @@ bool choose_targets(Test& test, unsigned address)
 {
     progress("Getting module-presence flags:\r\n");
     ModulePresence presence;
-    if (!succeeded(attempt_presence(presence)) || !check_valid(presence))
+    if (!succeeded(attempt_presence(presence)))
         return false;
+    if (presence.valid == 0)
+        return fail_with(presence_flags_invalid.text);
     test.behind_partner = " with ";
     test.targets = {address};
     if (address <= highest_slot) {

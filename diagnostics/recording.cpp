@@ -8,10 +8,10 @@
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
+#include "instrument/addresses.h"
 #include "instrument/module_readings.h"
 #include "modules/heat_controller.h"
 #include "modules/housekeeping.h"
-#include "modules/presence.h"
 
 #include <array>
 #include <cstdint>

@@ -38,10 +38,10 @@ bool read_set_number(std::string_view text, std::uint32_t& number)
     return read_unsigned(text, number) && number >= 1 && number <= highest_set_number;
 }
 
-bool read_module_address(std::string_view text, unsigned& address)
+bool read_module_address(const DeviceFacts& device, std::string_view text, unsigned& address)
 {
-    const int result = read_address(text);
-    if (result == invalid_address)
+    const int result = device.read_address(text);
+    if (result < 0)
         return false;
     address = static_cast<unsigned>(result);
     return true;
@@ -80,7 +80,7 @@ const Switch* find_switch(std::span<const SwitchTable> tables, std::string_view 
 }
 
 /// Reads what is attached to a switch. `text` is what follows its letters, zero-terminated.
-bool read_attached(Attached kind, const char* text, Given& given)
+bool read_attached(const DeviceFacts& device, Attached kind, const char* text, Given& given)
 {
     const std::string_view rest = text;
     given.has_number = !rest.empty();
@@ -92,10 +92,10 @@ bool read_attached(Attached kind, const char* text, Given& given)
     case Attached::optional_count:
         return rest.empty() || read_count(rest, given.number);
     case Attached::address:
-        return read_module_address(rest, given.address);
+        return read_module_address(device, rest, given.address);
     case Attached::hv_address:
     case Attached::hv_address_with_optional_ranges:
-        if (rest.empty() || !read_module_address(rest.substr(0, 1), given.address) ||
+        if (rest.empty() || !read_module_address(device, rest.substr(0, 1), given.address) ||
             given.address == 0)
             return false;
         if (rest.size() == 1)
@@ -138,7 +138,7 @@ bool read_next(Next kind, const char* text, Given& given)
 /// Reads and runs the switch at `position`, which then stands at the last argument consumed. False
 /// when it is wrong; `position` stands at the argument to blame.
 bool run_switch(std::span<char* const> arguments, std::span<const SwitchTable> tables,
-                std::size_t& position)
+                const DeviceFacts& device, std::size_t& position)
 {
     const char* const argument = arguments[position];
     if (argument[0] != '-' && argument[0] != '/')
@@ -150,14 +150,15 @@ bool run_switch(std::span<char* const> arguments, std::span<const SwitchTable> t
 
     Given given;
     given.capital = is_capital(letters[0]);
-    if (!read_attached(row->attached, argument + 1 + std::string_view{row->letters}.size(), given))
+    if (!read_attached(device, row->attached, argument + 1 + std::string_view{row->letters}.size(),
+                       given))
         return false;
     if (row->next != Next::nothing) {
         ++position;
         if (position >= arguments.size() || !read_next(row->next, arguments[position], given))
             return false;
     }
-    if (row->session != Session::none && !open_session())
+    if (row->session != Session::none && !open_session(device.type))
         return row->session == Session::wanted;
     row->routine(given);
     return true;
@@ -166,7 +167,7 @@ bool run_switch(std::span<char* const> arguments, std::span<const SwitchTable> t
 } // namespace
 
 CommandLineResult run_command_line(std::span<char* const> arguments,
-                                   std::span<const SwitchTable> tables)
+                                   std::span<const SwitchTable> tables, const DeviceFacts& device)
 {
     if (arguments.size() < 2)
         return {.good = false, .position = 1};
@@ -174,7 +175,7 @@ CommandLineResult run_command_line(std::span<char* const> arguments,
         return {.good = false, .position = 2}; // kept: the one behind the wrong number
     std::size_t position = 2;
     for (; position < arguments.size() && program.run && platform::stop_signal() == 0; ++position) {
-        if (!run_switch(arguments, tables, position))
+        if (!run_switch(arguments, tables, device, position))
             return {.good = false, .position = static_cast<int>(position)};
     }
     return {};

@@ -1,6 +1,7 @@
 /// The grammar of the command line: the COM port number, then switches with their values.
 #pragma once
 
+#include "frame/device_facts.h"
 #include "frame/switches.h"
 
 #include <span>
@@ -16,4 +17,5 @@ struct CommandLineResult {
 /// the last argument, the first bad switch, or the end of the run. A switch is read whole before
 /// the session is opened for it.
 [[nodiscard]] CommandLineResult run_command_line(std::span<char* const> arguments,
-                                                 std::span<const SwitchTable> tables);
+                                                 std::span<const SwitchTable> tables,
+                                                 const DeviceFacts& device);

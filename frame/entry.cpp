@@ -1,9 +1,10 @@
+#include "frame/entry.h"
+
 #include "config/switches.h"
 #include "controller/switches.h"
 #include "diagnostics/switches.h"
 #include "frame/command_line.h"
 #include "frame/device_call.h"
-#include "frame/entry.h"
 #include "frame/format.h"
 #include "frame/general_commands.h"
 #include "frame/platform/platform.h"
@@ -12,6 +13,7 @@
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "frame/usage.h"
+#include "instrument/device_facts.h"
 #include "interactive/switches.h"
 #include "modules/switches.h"
 #include "protocol/switches.h"
@@ -43,7 +45,7 @@ void print_help(std::span<char* const> arguments, const CommandLineResult& resul
         console.print("\r\n");
     }
     if (program.help)
-        print_usage(name);
+        print_usage(name, controller_facts);
 }
 
 /// The way out of a good command line.
@@ -51,7 +53,7 @@ void end_session()
 {
     // So a command line that holds nothing but a port number opens the port, too.
     const bool stopped = platform::stop_signal() != 0;
-    if (!stopped && open_session() && program.run)
+    if (!stopped && open_session(controller_facts.type) && program.run)
         run_status_screen();
     close_session();
     (void)attempt(LIB(CloseDebugFile));
@@ -74,7 +76,7 @@ int run_program(int argc, char** argv)
     const std::span<char* const> arguments{argv, static_cast<std::size_t>(argc)};
     program.help = arguments.size() < 2;
 
-    const CommandLineResult result = run_command_line(arguments, tables);
+    const CommandLineResult result = run_command_line(arguments, tables, controller_facts);
     if (!result.good || program.help)
         print_help(arguments, result);
     if (result.good)

@@ -97,15 +97,3 @@ bool read_port_number(std::string_view text, std::uint16_t& value)
     value = static_cast<std::uint16_t>(integer.negative ? 0 - integer.low_bits : integer.low_bits);
     return true;
 }
-
-int read_address(std::string_view text)
-{
-    if (text.size() == 1 && text.front() == all_modules_character)
-        return static_cast<int>(all_modules);
-    if (text.size() == 1 && text.front() == base_unit_character)
-        return static_cast<int>(base_unit);
-    std::uint32_t number = 0;
-    if (!read_unsigned(text, number) || number > highest_slot)
-        return invalid_address;
-    return static_cast<int>(number);
-}

@@ -1,4 +1,4 @@
-/// Readers of what the user typed: numbers and module addresses.
+/// Readers of the numbers that the user typed.
 #pragma once
 
 #include <cstdint>
@@ -17,16 +17,3 @@
 /// A decimal 16-bit number at the start of the text; what follows it is ignored, of a longer
 /// number the low 16 bits remain. False when there is none.
 [[nodiscard]] bool read_port_number(std::string_view text, std::uint16_t& value);
-
-// ---- Module addresses ----
-
-inline constexpr unsigned heat_controller = 0; ///< its slot
-inline constexpr unsigned highest_slot = 3;    ///< from 1 on: HV-supplies
-inline constexpr unsigned base_unit = 128;     ///< the controller's own base unit
-inline constexpr unsigned all_modules = 255;
-inline constexpr char base_unit_character = '_';
-inline constexpr char all_modules_character = '*';
-inline constexpr int invalid_address = -1;
-
-/// A module address: "*" alone is all modules, "_" alone the base unit, else the number of a slot.
-[[nodiscard]] int read_address(std::string_view text);

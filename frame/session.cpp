@@ -55,18 +55,18 @@ bool open_port()
     return true;
 }
 
-bool device_is_good()
+bool device_is_good(std::uint16_t expected_type)
 {
     progress("Checking device type...\n");
     std::uint16_t type = 0;
     if (!call(LIB(GetDevType), &type))
         return false;
-    if (type == controller_device_type)
+    if (type == expected_type)
         return true;
     flush_keys(); // from here on a key is an answer, and is not echoed by the terminal
     console.print(Color::bad, "Wrong device type");
     console.print(", expected ");
-    console.print(Color::value, "%04Xh", controller_device_type);
+    console.print(Color::value, "%04Xh", expected_type);
     console.print(", found ");
     console.print(Color::value, "%04Xh", type);
     console.print(", proceed anyway (Y/N)?\r\n");
@@ -75,7 +75,7 @@ bool device_is_good()
 
 } // namespace
 
-bool open_session()
+bool open_session(std::uint16_t expected_type)
 {
     if (program.port_open)
         return true;
@@ -84,7 +84,7 @@ bool open_session()
     bool good = port_number_is_good();
     if (good && program.debug)
         program.quiet = false; // who asks for every detail gets it
-    good = good && library_is_good() && open_port() && device_is_good();
+    good = good && library_is_good() && open_port() && device_is_good(expected_type);
     program.run = good;
     return good;
 }

@@ -1,7 +1,6 @@
 #include "frame/usage.h"
 
 #include "frame/format.h"
-#include "frame/numbers.h"
 #include "frame/program.h"
 #include "frame/switches.h"
 #include "frame/terminal/console.h"
@@ -141,11 +140,11 @@ void print_banner(const std::string& name)
                   __DATE__);
 }
 
-void print_usage(const std::string& name)
+void print_usage(const std::string& name, const DeviceFacts& device)
 {
     console.print("Usage: ");
     print_program_name(name.c_str());
-    console.print(usage_text, highest_slot, highest_slot, base_unit_character,
-                  all_modules_character, static_cast<int>(largest_test_count), debug_file_name,
-                  default_data_rate);
+    console.print(usage_text, device.highest_slot, device.highest_slot, device.base_unit_character,
+                  device.all_modules_character, static_cast<int>(largest_test_count),
+                  debug_file_name, default_data_rate);
 }

@@ -1,6 +1,8 @@
 /// What the program says about itself.
 #pragma once
 
+#include "frame/device_facts.h"
+
 #include <string>
 
 /// The library's trace file, in the working directory.
@@ -17,4 +19,4 @@ void print_program_name(const char* path);
 void print_banner(const std::string& name);
 
 /// "Usage: ", the name, and all switches.
-void print_usage(const std::string& name);
+void print_usage(const std::string& name, const DeviceFacts& device);

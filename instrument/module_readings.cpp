@@ -1,7 +1,7 @@
 #include "instrument/module_readings.h"
 
 #include "frame/device_call.h"
-#include "frame/numbers.h"
+#include "instrument/addresses.h"
 
 const char* attempt_housekeeping(unsigned address, ModuleHousekeeping& record)
 {

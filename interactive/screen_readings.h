@@ -3,9 +3,10 @@
 #pragma once
 
 #include "frame/live_display.h"
+#include "instrument/addresses.h"
 #include "instrument/controller_readings.h"
 #include "instrument/module_readings.h"
-#include "modules/presence.h"
+#include "instrument/presence.h"
 
 #include <array>
 #include <cstddef>

@@ -3,9 +3,9 @@
 #include "frame/device_call.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
-#include "frame/session.h"
 #include "frame/terminal/characters.h"
 #include "frame/terminal/keys.h"
+#include "instrument/device_types.h"
 #include "interactive/drawing.h"
 #include "interactive/layout.h"
 #include "interactive/screen_readings.h"
@@ -133,9 +133,12 @@ bool read_screen_presence(ModulePresence& presence)
     progress("\r\nGetting module-presence flags:\r\n"); // below the firmware date
     if (!succeeds_on_screen(2, [&] { return attempt_presence(presence); }))
         return false;
-    if (presence.valid == 0)
+    if (presence.valid == 0) {
         console.end_line();
-    return check_valid(presence);
+        console.print(presence_flags_invalid);
+        console.print("\r\n");
+    }
+    return presence.valid != 0;
 }
 
 /// The echo of the last key, blanked after a while.

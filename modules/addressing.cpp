@@ -2,6 +2,7 @@
 
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "instrument/addresses.h"
 #include "modules/presence.h"
 
 namespace

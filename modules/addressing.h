@@ -15,8 +15,8 @@
 ///         });
 #pragma once
 
-#include "frame/numbers.h"
 #include "frame/switches.h"
+#include "instrument/addresses.h"
 
 #include <functional>
 #include <string>

@@ -4,7 +4,7 @@
 #include "frame/format.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
-#include "modules/presence.h"
+#include "instrument/addresses.h"
 
 #include <cstdint>
 #include <optional>

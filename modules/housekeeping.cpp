@@ -5,9 +5,9 @@
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "instrument/addresses.h"
 #include "instrument/module_readings.h"
 #include "modules/addressing.h"
-#include "modules/presence.h"
 
 #include <cstdint>
 #include <string>

@@ -3,9 +3,10 @@
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/terminal/console.h"
+#include "instrument/addresses.h"
+#include "instrument/device_types.h"
 #include "instrument/module_hardware.h"
 #include "modules/addressing.h"
-#include "modules/presence.h"
 
 #include <cstdint>
 #include <string>

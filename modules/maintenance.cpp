@@ -6,6 +6,8 @@
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"
+#include "instrument/addresses.h"
+#include "instrument/device_types.h"
 #include "modules/addressing.h"
 #include "modules/presence.h"
 

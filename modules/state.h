@@ -3,8 +3,8 @@
 
 #include "frame/bit_fields.h"
 #include "frame/format.h"
-#include "frame/numbers.h"
 #include "frame/switches.h"
+#include "instrument/addresses.h"
 
 #include <array>
 #include <span>

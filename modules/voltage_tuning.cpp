@@ -8,8 +8,8 @@
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
+#include "instrument/addresses.h"
 #include "modules/output.h"
-#include "modules/presence.h"
 
 #include <algorithm>
 #include <cstdint>

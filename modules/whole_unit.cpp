@@ -1,7 +1,7 @@
 #include "modules/whole_unit.h"
 
-#include "frame/numbers.h"
 #include "frame/platform/platform.h"
+#include "instrument/addresses.h"
 #include "modules/heat_controller.h"
 #include "modules/housekeeping.h"
 #include "modules/identification.h"

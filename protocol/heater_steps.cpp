@@ -1,7 +1,7 @@
 #include "protocol/heater_steps.h"
 
 #include "frame/device_call.h"
-#include "frame/numbers.h"
+#include "instrument/addresses.h"
 #include "protocol/module_steps.h"
 
 namespace

@@ -2,7 +2,8 @@
 
 #include "frame/device_call.h"
 #include "frame/format.h"
-#include "frame/numbers.h"
+#include "instrument/addresses.h"
+#include "instrument/device_types.h"
 #include "instrument/module_readings.h"
 #include "protocol/report_items.h"
 

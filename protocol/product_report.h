@@ -2,8 +2,10 @@
 /// stand. Nothing is changed by it.
 #pragma once
 
+#include "instrument/addresses.h"
+#include "instrument/device_types.h"
 #include "instrument/module_readings.h"
-#include "modules/presence.h"
+#include "instrument/presence.h"
 #include "protocol/report.h"
 
 #include <array>

@@ -1,7 +1,7 @@
 #include "protocol/supply_steps.h"
 
 #include "frame/device_call.h"
-#include "frame/numbers.h"
+#include "instrument/addresses.h"
 #include "instrument/module_hardware.h"
 #include "modules/output.h"
 #include "protocol/module_steps.h"

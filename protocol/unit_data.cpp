@@ -1,11 +1,12 @@
 #include "protocol/unit_data.h"
 
 #include "frame/format.h"
-#include "frame/session.h"
+#include "instrument/addresses.h"
 #include "instrument/controller_hardware.h"
 #include "instrument/controller_readings.h"
+#include "instrument/device_types.h"
 #include "instrument/module_hardware.h"
-#include "modules/presence.h"
+#include "instrument/presence.h"
 #include "protocol/report_items.h"
 
 namespace

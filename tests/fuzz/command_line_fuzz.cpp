@@ -7,6 +7,7 @@
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
+#include "instrument/device_facts.h"
 #include "simulator/simulator.h"
 #include "tests/fuzz/target.h"
 #include "tests/support/virtual_platform.h"
@@ -55,7 +56,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     console.start();
     start_keys();
     const int count = static_cast<int>(arguments.size());
-    const CommandLineResult result = run_command_line({pointers.data(), arguments.size()}, tables);
+    const CommandLineResult result =
+        run_command_line({pointers.data(), arguments.size()}, tables, controller_facts);
     require(result.good || (result.position >= 1 && result.position <= count));
     return 0;
 }

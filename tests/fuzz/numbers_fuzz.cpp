@@ -1,6 +1,7 @@
 // Any text as a number, compared with a plain reader, and as an address.
 
 #include "frame/numbers.h"
+#include "instrument/addresses.h"
 #include "tests/fuzz/target.h"
 
 #include <algorithm>
