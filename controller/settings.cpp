@@ -1,8 +1,10 @@
 #include "controller/settings.h"
 
+#include "frame/bit_fields.h"
 #include "frame/device_call.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "instrument/status_words.h"
 
 namespace
 {

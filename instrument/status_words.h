@@ -1,5 +1,6 @@
-/// What the controller's status words mean: the tables that every display of them uses. A table is
-/// in the order of the single displays; another order takes the fields by their names.
+/// What the controller's status words mean, and the words that it is set with: the tables that
+/// every display of them uses. A table is in the order of the single displays; another order takes
+/// the fields by their names.
 #pragma once
 
 #include "frame/bit_fields.h"
@@ -147,6 +148,24 @@ inline constexpr std::array resulting_interlock_fields = {
 static_assert(well_formed(heat_controller_interlock_fields, 16) &&
               well_formed(controller_interlock_fields, 16) &&
               well_formed(resulting_interlock_fields, 16));
+
+// ---- What is set ----
+
+/// An interlock enable mask, 8 bits, the same for the HV-supplies and the heat-controller: set =
+/// the input acts on the modules of that kind.
+inline constexpr std::array interlock_mask_fields = {
+    BitField{"  HTCTR#1: ", interlock_bit::heat_controller_1, on_word, off_word},
+    BitField{"  HTCTR#2: ", interlock_bit::heat_controller_2, on_word, off_word},
+    BitField{"  front: ", interlock_bit::front, on_word, off_word},
+    BitField{"  rear: ", interlock_bit::rear, on_word, off_word},
+};
+
+/// Function of the slide switch 'Fan', 8 bits: whether the software overrides it, and with what.
+inline constexpr std::array fan_switch_fields = {
+    BitField{", override: ", 0, on_word, off_word},
+    BitField{", software control: ", 1, on_word, off_word},
+};
+static_assert(well_formed(interlock_mask_fields, 8) && well_formed(fan_switch_fields, 8));
 
 // ---- Flags that are no bits of a word ----
 

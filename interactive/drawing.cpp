@@ -1,9 +1,9 @@
 #include "interactive/drawing.h"
 
 #include "frame/bit_fields.h"
+#include "instrument/module_state.h"
 #include "instrument/status_words.h"
 #include "instrument/supplies.h"
-#include "modules/state.h"
 
 namespace
 {

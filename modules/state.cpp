@@ -4,6 +4,7 @@
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "instrument/module_state.h"
 #include "modules/addressing.h"
 
 #include <cstdint>

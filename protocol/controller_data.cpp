@@ -1,6 +1,5 @@
 #include "protocol/controller_data.h"
 
-#include "controller/settings.h"
 #include "frame/device_call.h"
 #include "frame/format.h"
 #include "frame/program.h"

@@ -2,7 +2,7 @@
 /// returns false has told the user, and the report, why.
 #pragma once
 
-#include "modules/output.h"
+#include "instrument/supply_output.h"
 #include "protocol/product_report.h"
 #include "protocol/report.h"
 #include "protocol/sampling.h"

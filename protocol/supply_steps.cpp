@@ -3,7 +3,7 @@
 #include "frame/device_call.h"
 #include "instrument/addresses.h"
 #include "instrument/module_hardware.h"
-#include "modules/output.h"
+#include "instrument/supply_output.h"
 #include "protocol/module_steps.h"
 
 #include <array>

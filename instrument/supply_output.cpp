@@ -1,0 +1,52 @@
+#include "instrument/supply_output.h"
+
+#include "frame/device_call.h"
+#include "instrument/module_readings.h"
+
+const char* attempt_ranges(unsigned address, MeasurementRanges& ranges)
+{
+    return attempt(LIB(GetHVsupplyMeasRanges), address, &ranges.negative, &ranges.high);
+}
+
+const char* attempt_to_set_ranges(unsigned address, MeasurementRanges ranges)
+{
+    return attempt(LIB(SetHVsupplyMeasRanges), address, ranges.negative, ranges.high);
+}
+
+const char* attempt_target_voltage(unsigned address, double& volts)
+{
+    return attempt(LIB(GetHVsupplyTargetOutputVoltage), address, &volts);
+}
+
+const char* attempt_pwm_parameters(unsigned address, PwmParameters& parameters)
+{
+    PwmParameters& p = parameters;
+    return attempt(LIB(GetHVsupplyParamsPWM), address, &p.period, &p.width, &p.phase_measured,
+                   &p.phase_set, &p.voltage_set, &p.voltage_measured, &p.active, &p.data_ready);
+}
+
+const char* attempt_output(unsigned address, std::uint8_t data_ready, MeasurementRanges ranges,
+                           OutputValues& output, NewOutput& news)
+{
+    news = {};
+    OutputMeasurement measured;
+    if (is_ready(data_ready, ready_bit::output_voltage)) {
+        if (const char* failed = attempt_output_voltage(address, measured))
+            return failed;
+        if (measured.valid != 0) {
+            output.voltage = measured.value;
+            output.voltage_ranges = ranges;
+            output.has_voltage = news.voltage = true;
+        }
+    }
+    if (is_ready(data_ready, ready_bit::output_current)) {
+        if (const char* failed = attempt_output_current(address, measured))
+            return failed;
+        if (measured.valid != 0) {
+            output.current = measured.value;
+            output.current_ranges = ranges;
+            output.has_current = news.current = true;
+        }
+    }
+    return nullptr;
+}
