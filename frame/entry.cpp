@@ -85,7 +85,12 @@ int run_program(int argc, char** argv)
         (void)attempt(LIB(CloseDebugFile));
     console.finish();
     platform::restore_terminal();
+    const std::string failure = platform::output_failure();
+    if (!failure.empty())
+        platform::tell_error("Error writing standard output: " + failure);
     if (const int signal_number = platform::stop_signal(); signal_number != 0)
         return 128 + signal_number;
-    return result.good ? 0 : -1;
+    if (!result.good)
+        return -1;
+    return failure.empty() ? 0 : 1;
 }

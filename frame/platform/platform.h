@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace platform
@@ -58,26 +59,53 @@ WindowSize window_size();
 enum class WindowChange {
     none,
     resized, ///< the window has another size
-    resumed, ///< the program was stopped and continued: the screen holds somebody else's text
+    resumed, ///< the program was stopped and continued, or a request to end it was answered: the
+             ///< screen holds another text
 };
 
 /// What happened to the window since the last call.
 WindowChange take_window_change();
 
-/// Writes all bytes to standard output. False when nobody can receive them any more; a request to
-/// end the program has then been made.
-bool write_output(std::string_view bytes);
+/// Writes the bytes to standard output and returns how many went: fewer than all only when the
+/// program was stopped or told something meanwhile, which take_window_change() tells of, in a
+/// protected run, and while output is held. What nobody can receive any more counts as written; the
+/// program has then been asked to end, or output_failure() says why. Behind the bytes the cursor
+/// must go down that many rows to stand below everything that is on the screen: where the terminal
+/// is left when the program is stopped or ended on the spot.
+std::size_t write_output(std::string_view bytes, int rows_to_leave);
 
-/// Writes what standard output takes without a wait, and returns how many bytes that were: all of
-/// them, too, when nobody can receive them any more, or when only waiting is possible.
-std::size_t write_some_output(std::string_view bytes);
+/// The same without a wait, for a picture: nothing in the background, where the screen is somebody
+/// else's.
+std::size_t write_some_output(std::string_view bytes, int rows_to_leave);
 
-/// From on to off nothing holds the program up or ends it on the spot: writing never waits for who
-/// receives it (what is not taken is sent later), and a further request to end the program is not
-/// acted on. For what must come to its end, with outputs of the instrument on.
+/// From on to off nothing is written to standard output, not even to a file on a disk that hangs.
+void hold_output(bool on);
+
+/// Output held for as long as it exists: for what must not be delayed.
+class HeldOutput
+{
+public:
+    HeldOutput() { hold_output(true); }
+    ~HeldOutput() { hold_output(false); }
+    HeldOutput(const HeldOutput&) = delete;
+    HeldOutput& operator=(const HeldOutput&) = delete;
+};
+
+/// Why standard output could not be written (a full disk), empty when it could.
+std::string output_failure();
+
+/// Writes a line to standard error.
+void tell_error(std::string_view text);
+
+/// From on to off settings of the instrument are changed that will be restored: nothing holds the
+/// program up or leaves them so without a word. Writing never waits for who receives it (what is
+/// not taken is sent later). The program is not stopped, neither by Ctrl-Z, which is answered by a
+/// line that says why, nor in the background. A further request to end it does so only when a call
+/// blocks, and after a warning.
 void protect_run(bool on);
 
-/// A protected run for as long as it exists.
+/// A protected run for as long as it exists: from before the first change of a setting until all
+/// are restored.
 class ProtectedRun
 {
 public:
@@ -86,10 +114,6 @@ public:
     ProtectedRun(const ProtectedRun&) = delete;
     ProtectedRun& operator=(const ProtectedRun&) = delete;
 };
-
-/// Tells how many rows the cursor must go down to stand below everything that is on the screen:
-/// where the terminal is left when the program is stopped or ended on the spot.
-void note_rows_to_leave(int rows);
 
 // ---- Input ----
 
@@ -105,7 +129,8 @@ enum class InputResult {
 };
 
 /// Reads at most `size` waiting bytes into `buffer` and tells their number in `count`. Waits up to
-/// `timeout_ms` for the first one: 0 = not at all, negative = as long as it takes.
+/// `timeout_ms` for the first one: 0 = not at all, negative = as long as it takes. In the
+/// background there are none: the terminal's keys are meant for somebody else.
 InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& count,
                        std::int64_t timeout_ms);
 

@@ -24,6 +24,7 @@
 #include <cstdint>
 #include <deque>
 #include <exception>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -181,7 +182,9 @@ private:
     void release(Row& row);
     [[nodiscard]] std::string plain_text(const Row& row) const;
     void compose();
-    void take_window_change();
+    /// False when the window is as it was.
+    bool take_window_change();
+    bool was_sent(std::size_t count);
     void repaint_from(int row, bool erase);
     void send_row(int row);
     void send_cells(const Row& sent, int row, int from, int to);
@@ -223,8 +226,10 @@ private:
     Color sent_color_ = Color::label;
     bool sent_cursor_visible_ = true;
     bool clear_pending_ = false;
-    int rows_to_leave_ = 0; ///< once the output has been sent: see platform::note_rows_to_leave
+    int rows_to_leave_ = 0; ///< behind the output: see platform::write_output
     std::string out_;
+    static constexpr int none_unsent = std::numeric_limits<int>::max();
+    int unsent_from_ = none_unsent; ///< the output holds rows from here on
 };
 
 /// The one console.

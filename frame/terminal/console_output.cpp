@@ -77,11 +77,10 @@ void Console::flush()
         flush_plain(false);
         return;
     }
-    compose();
-    if (!out_.empty())
-        platform::write_output(out_);
-    out_.clear();
-    platform::note_rows_to_leave(rows_to_leave_);
+    do {
+        compose();
+        (void)was_sent(platform::write_output(out_, rows_to_leave_));
+    } while (!out_.empty() && take_window_change());
 }
 
 void Console::flush_without_waiting()
@@ -90,18 +89,23 @@ void Console::flush_without_waiting()
         flush_plain(false);
         return;
     }
-    const auto send = [this] {
-        if (!out_.empty())
-            out_.erase(0, platform::write_some_output(out_));
-        if (out_.empty())
-            platform::note_rows_to_leave(rows_to_leave_);
-        return out_.empty();
-    };
     take_window_change();
+    const auto send = [this] {
+        return was_sent(platform::write_some_output(out_, rows_to_leave_));
+    };
     if (send()) { // else what is shown by now is composed when the last picture is through
         compose();
         (void)send();
     }
+}
+
+/// Drops what the terminal has taken; true when it has everything.
+bool Console::was_sent(std::size_t count)
+{
+    out_.erase(0, count);
+    if (out_.empty())
+        unsent_from_ = none_unsent;
+    return out_.empty();
 }
 
 /// Adds to the output what makes the terminal show the model.
@@ -124,8 +128,10 @@ void Console::compose()
         sent_bottom_ = bottom_row();
     }
     for (int row = first_row_; row <= std::min(last_row(), bottom_row()); ++row) {
-        if (rows_[static_cast<std::size_t>(row - first_row_)].dirty_from > 0)
-            send_row(row);
+        if (rows_[static_cast<std::size_t>(row - first_row_)].dirty_from == 0)
+            continue;
+        unsent_from_ = std::min(unsent_from_, row);
+        send_row(row);
     }
     if (cleared_ && sent_bottom_ < bottom_row()) // scrolls, also for rows that stay empty
         move_terminal_to(bottom_row(), 1);
@@ -179,11 +185,11 @@ void Console::finish()
     flush_plain(false);
 }
 
-void Console::take_window_change()
+bool Console::take_window_change()
 {
     const platform::WindowChange change = platform::take_window_change();
     if (change == platform::WindowChange::none)
-        return;
+        return false;
     const bool resumed = change == platform::WindowChange::resumed;
     if (resumed) {    // the shell found the terminal in its neutral state, and left it so
         out_.clear(); // the end of a picture that is not there any more
@@ -194,7 +200,7 @@ void Console::take_window_change()
     size_ = platform::window_size();
     if (cleared_) {
         if (clear_pending_)
-            return;
+            return true;
         set_terminal_color(Color::label);
         out_ += "\033[H\033[2J";
         sent_row_ = top_;
@@ -202,7 +208,7 @@ void Console::take_window_change()
         sent_bottom_ = bottom_row();
         (void)row_at(bottom_row());
         repaint_from(top_, false);
-        return;
+        return true;
     }
     // A higher window need not show again what had scrolled away.
     floor_row_ = std::max(reached_before, first_reachable_row(sent_bottom_));
@@ -211,15 +217,17 @@ void Console::take_window_change()
         --row; // the last line is most likely the question that waits for its answer
     row = std::max(row, first_reachable_row(bottom_row()));
     if (resumed) { // somebody else's text stands between us and our rows: show them again below it
+        row = std::max(std::min(row, unsent_from_), first_row_);
         out_ += '\r';
         sent_row_ = sent_bottom_ = floor_row_ = row;
         sent_column_ = 1;
         repaint_from(row, false);
-        return;
+        return true;
     }
     sent_bottom_ = sent_row_; // a lower window may have lost the empty rows below the cursor
     if (display_depth_ > 0)
         repaint_from(std::min(row, sent_bottom_), true);
+    return true;
 }
 
 void Console::repaint_from(int row, bool erase)

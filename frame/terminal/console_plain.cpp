@@ -65,6 +65,5 @@ void Console::flush_plain(bool for_wait)
     if (for_wait && display_depth_ == 0 && cursor_.row == first_row_)
         release(rows_.front());
     if (!out_.empty())
-        platform::write_output(out_);
-    out_.clear();
+        (void)was_sent(platform::write_output(out_, 0));
 }

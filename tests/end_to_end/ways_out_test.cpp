@@ -6,13 +6,20 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <set>
+#include <sstream>
 #include <string>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
+using testing::AnyOf;
+using testing::ContainsRegex;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 namespace
 {
@@ -48,12 +55,50 @@ TEST(WayOut, OfADisplayLeavesTheTerminalAsItWas)
     }
 }
 
-TEST(WayOut, SecondSignalEndsAtOnceWhateverTheLibraryDoes)
+/// All signals whose default ends a process, but for the one that nobody can catch.
+std::vector<int> ending_signals()
 {
-    const ControllerRun run{"3 -PK -T", "block GetHousekeeping for 600000\n"};
+    std::vector<int> numbers;
+    for (int number = 1; number <= SIGRTMAX; ++number) {
+        const std::set<int> others = {SIGKILL, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU,
+                                      SIGCONT, SIGCHLD, SIGURG,  SIGWINCH};
+        const bool of_the_runtime = number >= __SIGRTMIN && number < SIGRTMIN;
+        if (!others.contains(number) && !of_the_runtime)
+            numbers.push_back(number);
+    }
+    return numbers;
+}
+
+TEST(WayOut, ByEverySignalIsInOrder)
+{
+    EXPECT_GT(ending_signals().size(), 50U);
+    for (const int number : ending_signals()) {
+        SCOPED_TRACE(number);
+        const ControllerRun run{"3 -G -PK -Z -T"};
+        PseudoTerminal terminal{run};
+        ASSERT_TRUE(terminal.shows("24.000V"));
+        terminal.send_signal(number);
+        EXPECT_EQ(terminal.exit_status(), 128 + number);
+        EXPECT_THAT(terminal.screen.screen(), HasSubstr(completed));
+        EXPECT_TRUE(was_called(run, "Close"));
+        EXPECT_FALSE(was_called(run, "DevicePurge")) << "no later switch runs";
+        expect_terminal_restored(terminal);
+    }
+}
+
+constexpr const char* waiting_notice = "Waiting for COM_KOV_CTRL_GetHousekeeping since ";
+
+TEST(WayOut, IsToldAndTakenWhenACallBlocks)
+{
+    ControllerRun run{"3 -PK -T", "block GetHousekeeping for 600000\n"};
+    run.size = {.columns = 140, .rows = 25};
     PseudoTerminal terminal{run};
     ASSERT_TRUE(terminal.shows("Polling rate:")); // the first reading never ends
-    // Two signals of one number may arrive as one: repeat until it has ended.
+    terminal.send_signal(SIGINT);
+    ASSERT_TRUE(terminal.shows(waiting_notice));
+    EXPECT_THAT(terminal.screen.screen(),
+                ContainsRegex("\\.[0-9] s; Ctrl-C again leaves the instrument as it is\n"));
+    // A repeat within half a second is the same wish: go on until it has ended.
     ASSERT_TRUE(terminal.wait_until([&] {
         terminal.send_signal(SIGINT);
         return terminal.has_ended();
@@ -61,6 +106,97 @@ TEST(WayOut, SecondSignalEndsAtOnceWhateverTheLibraryDoes)
     EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
     EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr(completed)));
     expect_terminal_restored(terminal);
+}
+
+TEST(WayOut, IsInOrderWhenSignalsComeTogether)
+{
+    const ControllerRun run{"3 -G -PK -T", "block GetHousekeeping for 200\n"};
+    PseudoTerminal terminal{run};
+    ASSERT_TRUE(terminal.shows("24.000V"));
+    for (const int number : {SIGTERM, SIGCONT, SIGHUP, SIGTERM, SIGINT})
+        terminal.send_signal(number);
+    EXPECT_GT(terminal.exit_status(), 128); // any of them may be taken first
+    EXPECT_TRUE(was_called(run, "Close"));
+    expect_terminal_restored(terminal);
+}
+
+// ---- Output that is no terminal ----
+
+TEST(RedirectedOutput, KeepsWhatIsThereWhateverEndsTheProgram)
+{
+    const struct {
+        const char* switches;
+        const char* shown; ///< by the calls that were made
+        std::vector<int> signals;
+    } cases[] = {
+        {"-PE -pk", "", {0}},
+        {"-PE -PK", "GetHousekeeping", {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGUSR1}},
+        {"-R report", "SetEnable", {SIGINT, SIGTERM}},
+    };
+    using Stream = Launch::Stream;
+    for (const auto& [switches, shown, signals] : cases) {
+        for (const int number : signals) {
+            for (const Stream output : {Stream::file, Stream::new_file}) {
+                SCOPED_TRACE(std::string{switches} + ' ' + std::to_string(number));
+                ControllerRun run{std::string{"3 -G "} + switches + " -T", "uptime 200\n"};
+                run.output = output;
+                run.output_file = run.folder + "/out";
+                write_file(run.output_file, "yesterday\n");
+                PseudoTerminal terminal{run};
+                if (number != 0) {
+                    ASSERT_TRUE(terminal.wait_until(
+                        [&, call = std::string{shown}] { return was_called(run, call); }));
+                    terminal.send_signal(number);
+                }
+                EXPECT_EQ(terminal.exit_status(), number == 0 ? 0 : 128 + number);
+                const std::string begin = output == Stream::file ? "yesterday\n" : "";
+                const std::string text = contents(run.output_file);
+                EXPECT_THAT(text, StartsWith(begin + "Checking DLL Version...\n"));
+                EXPECT_THAT(text, EndsWith(std::string{completed} + "\n"));
+                EXPECT_EQ(text.find('\0'), std::string::npos);
+            }
+        }
+    }
+}
+
+TEST(RedirectedOutput, ToAFullDiskKeepsNoCommandFromItsTurn)
+{
+    ControllerRun run{"3 -G -MA0 n -HT-1 -UN -T"};
+    run.output = Launch::Stream::file;
+    run.output_file = "/dev/full";
+    PseudoTerminal terminal{run};
+    EXPECT_EQ(terminal.exit_status(), 1);
+    EXPECT_EQ(terminal.screen.row(1), "Error writing standard output: No space left on device");
+    for (const char* function :
+         {"SetModuleActivationState", "SetHeatCtrlHeaterTemperature", "SetEnable", "Close"})
+        EXPECT_TRUE(was_called(run, function)) << function;
+}
+
+TEST(RedirectedOutput, ThatNobodyTakesKeepsTheProgramFromNoEnd)
+{
+    const struct {
+        const char* switches;
+        const char* at_work; ///< when this has been called
+        const char* cleaned_up;
+    } cases[] = {
+        {"-PK", "GetHousekeeping", "Close"},
+        {"-HS data -PK", "GetHeatCtrlMonitoring", "Close"},
+        {"-R report", "SetEnable", "SetCurrentConfig"},
+    };
+    for (const auto& [switches, at_work, cleaned_up] : cases) {
+        SCOPED_TRACE(switches);
+        ControllerRun run{std::string{"3 -G "} + switches + " -T", "uptime 200\n"};
+        run.output = Launch::Stream::pipe;
+        PseudoTerminal terminal{run};
+        ASSERT_TRUE(terminal.wait_until(
+            [&, call = std::string{at_work}] { return was_called(run, call); }));
+        terminal.fill_output_pipe();
+        terminal.send_signal(SIGTERM);
+        ASSERT_TRUE(terminal.wait_until([&] { return terminal.has_ended(); }));
+        EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
+        EXPECT_TRUE(was_called(run, cleaned_up));
+        EXPECT_TRUE(was_called(run, "Close"));
+    }
 }
 
 // ---- Whatever holds the screen or waits, and whatever comes in between ----
@@ -211,6 +347,110 @@ TEST(Suspended, HandsTheTerminalBackAndTakesItAgain)
     EXPECT_EQ(transcript(terminal.screen),
               before + "[1]+  Stopped\n$ fg\n" + display + "Program completed\n");
     expect_terminal_restored(terminal);
+}
+
+TEST(Suspended, LosesNoLineAndSendsNoneLate)
+{
+    constexpr int count = 1000;
+    std::string switches;
+    for (int i = 0; i < count; ++i)
+        switches += "-pe ";
+    const ControllerRun run{"3 " + switches + "-T", "latency 0\n"};
+    PseudoTerminal terminal{run};
+    // Nobody takes the text: the program waits for the terminal in the middle of it.
+    ASSERT_TRUE(terminal.is_waiting_for_terminal());
+    terminal.send_signal(SIGTSTP); // the key would drop what the terminal holds
+    ASSERT_TRUE(terminal.is_stopped());
+    terminal.take_all();
+    terminal.screen.feed("\r\n$ fg\r\n");
+    terminal.send_signal(SIGCONT);
+    EXPECT_EQ(terminal.exit_status(), 0);
+    std::istringstream lines{transcript(terminal.screen)};
+    int shown = 0;
+    bool again = false;
+    for (std::string line; std::getline(lines, line);) {
+        shown += line == "Device type: 8ED6h" ? 1 : 0;
+        if (again) {
+            EXPECT_THAT(line, AnyOf("Device type: 8ED6h", completed));
+        }
+        again = again || line == "$ fg";
+    }
+    EXPECT_GE(shown, count);
+    EXPECT_LE(shown, count + 2); // the last line is shown again
+}
+
+// ---- While settings are changed ----
+
+/// The acceptance test, with outputs on.
+struct SettingsChanged : ControllerRun {
+    explicit SettingsChanged(const char* scenario = "")
+        : ControllerRun{"3 -G -R report -T", std::string{"uptime 200\n"} + scenario}
+    {
+        size = {.columns = 140, .rows = 60};
+    }
+
+    [[nodiscard]] bool are_changed(PseudoTerminal& terminal, const char* call = "SetEnable") const
+    {
+        return terminal.wait_until([&] { return was_called(*this, call); });
+    }
+};
+
+constexpr const char* restored = "Current configuration data has been restored";
+
+TEST(SettingsChanged, AreNotLeftSoByCtrlZ)
+{
+    const SettingsChanged run;
+    PseudoTerminal terminal{run};
+    ASSERT_TRUE(run.are_changed(terminal));
+    terminal.type("\032");
+    ASSERT_TRUE(terminal.shows("Not stopped: outputs would stay on. Ctrl-C ends the run"));
+    terminal.type("\003");
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
+    EXPECT_THAT(terminal.screen.screen(), HasSubstr(restored));
+    expect_terminal_restored(terminal);
+}
+
+TEST(SettingsChanged, AreLeftSoOnlyAfterAWarning)
+{
+    const SettingsChanged run{"block SetEnable at 1 for 600000\n"};
+    PseudoTerminal terminal{run};
+    ASSERT_TRUE(terminal.shows("abling the device..."));
+    terminal.send_signal(SIGTERM);
+    ASSERT_TRUE(terminal.shows("; outputs may still be on, Ctrl-C again leaves them so"));
+    ASSERT_TRUE(terminal.wait_until([&] {
+        terminal.send_signal(SIGINT);
+        return terminal.has_ended();
+    }));
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
+    EXPECT_THAT(terminal.screen.screen(),
+                HasSubstr("Settings are not restored, outputs may still be on!"));
+    expect_terminal_restored(terminal);
+}
+
+TEST(Background, TakesNoKeyAndIsNotStopped)
+{
+    for (const char* switches : {"-R report", "-PK"}) {
+        SCOPED_TRACE(switches);
+        ControllerRun run{std::string{"3 -G "} + switches + " -T", "uptime 200\n"};
+        run.in_background = true;
+        run.output = Launch::Stream::pipe;
+        PseudoTerminal terminal{run};
+        ASSERT_TRUE(terminal.wait_until([&] { return was_called(run, "GetHousekeeping"); }));
+        terminal.type(" \n\033");
+        const auto size = contents(run.folder + "/Debug.txt").size();
+        EXPECT_TRUE(terminal.wait_until(
+            [&] { return contents(run.folder + "/Debug.txt").size() > size + 10'000; }));
+        EXPECT_TRUE(terminal.modes_are_original());
+        if (std::string{switches} == "-PK") {
+            terminal.bring_to_foreground();
+            EXPECT_EQ(terminal.exit_status(), 0); // the keys are there for it now
+        } else {
+            terminal.send_signal(SIGTERM);
+            EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
+            EXPECT_THAT(terminal.piped_out(), HasSubstr(restored));
+        }
+        expect_terminal_restored(terminal);
+    }
 }
 
 TEST(SlowPipe, IsWrittenToItsEndWhateverSignalComes)

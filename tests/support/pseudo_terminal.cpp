@@ -90,13 +90,18 @@ void pass_on_to_job(int number)
         kill(-job, number);
 }
 
-[[noreturn]] void become_job(char* const* arguments, char* const* environment)
+void bring_job_to_foreground(int)
+{
+    tcsetpgrp(STDERR_FILENO, job);
+}
+
+[[noreturn]] void become_job(char* const* arguments, char* const* environment, bool in_background)
 {
     setpgid(0, 0);
-    tcsetpgrp(STDERR_FILENO, getpid());
+    if (!in_background)
+        tcsetpgrp(STDERR_FILENO, getpid());
     // Whoever runs the tests may ignore signals; an ordinary shell's child does not.
-    for (const int number :
-         {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGXFSZ, SIGTSTP, SIGTTIN, SIGTTOU, SIGCONT})
+    for (int number = 1; number <= SIGRTMAX; ++number)
         signal(number, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);
@@ -106,9 +111,10 @@ void pass_on_to_job(int number)
 }
 
 /// Runs the program as its one job; reports its process number and then what becomes of it.
-[[noreturn]] void become_shell(char* const* arguments, char* const* environment, const char* folder,
-                               std::array<int, 4> descriptors)
+[[noreturn]] void become_shell(char* const* arguments, char* const* environment,
+                               const Launch& launch, std::array<int, 4> descriptors)
 {
+    const char* folder = launch.folder.c_str();
     bool ready = setsid() >= 0 && (*folder == '\0' || chdir(folder) == 0);
     for (int i = 0; i < static_cast<int>(descriptors.size()); ++i)
         ready = ready && dup2(descriptors[static_cast<std::size_t>(i)], i) == i;
@@ -118,9 +124,10 @@ void pass_on_to_job(int number)
             ioctl(STDERR_FILENO, TIOCSCTTY, 0) == 0;
     signal(SIGTTOU, SIG_IGN);
     signal(SIGHUP, pass_on_to_job);
+    signal(SIGUSR1, bring_job_to_foreground);
     const pid_t child = ready ? fork() : -1;
     if (child == 0)
-        become_job(arguments, environment);
+        become_job(arguments, environment, launch.in_background);
     if (child < 0)
         _exit(127);
     job = child;
@@ -165,6 +172,12 @@ PseudoTerminal::PseudoTerminal(const Launch& launch) : screen{launch.size}
         out = new_pipe();
     if (launch.output == Stream::closed_pipe)
         close_once(out[0]);
+    if (launch.output == Stream::file || launch.output == Stream::new_file) {
+        const int mode = launch.output == Stream::file ? O_APPEND : O_TRUNC;
+        out[1] =
+            checked(open(launch.output_file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | mode, 0600),
+                    "the output file");
+    }
     const int input = launch.input == Stream::terminal ? terminal_ : in[0];
     const int output = launch.output == Stream::terminal ? terminal_ : out[1];
 
@@ -175,7 +188,7 @@ PseudoTerminal::PseudoTerminal(const Launch& launch) : screen{launch.size}
     const std::array<int, 2> status = new_pipe();
     shell_ = checked(fork(), "fork");
     if (shell_ == 0)
-        become_shell(argument_pointers.data(), environment_pointers.data(), launch.folder.c_str(),
+        become_shell(argument_pointers.data(), environment_pointers.data(), launch,
                      {input, output, terminal_, status[1]});
     close(status[1]);
     status_pipe_ = status[0];
@@ -206,7 +219,7 @@ void PseudoTerminal::take_news()
     constexpr int moment_ms = 20; // a condition may depend on more than the program's output
     std::array<pollfd, 3> entries = {
         pollfd{.fd = master_, .events = POLLIN, .revents = 0},
-        pollfd{.fd = output_pipe_, .events = POLLIN, .revents = 0},
+        pollfd{.fd = output_is_read_ ? output_pipe_ : -1, .events = POLLIN, .revents = 0},
         pollfd{.fd = ended_ ? -1 : status_pipe_, .events = POLLIN, .revents = 0}};
     if (poll(entries.data(), entries.size(), moment_ms) <= 0)
         return;
@@ -248,20 +261,42 @@ bool PseudoTerminal::shows(std::string_view text)
     return wait_until([&] { return screen.row_of(text) != 0; });
 }
 
+void PseudoTerminal::take_all()
+{
+    // Written behind the program's last byte: when it comes out, all of them have.
+    constexpr char end_mark = '\0';
+    const auto has_room = [this] {
+        pollfd entry = {.fd = terminal_, .events = POLLOUT, .revents = 0};
+        return poll(&entry, 1, 0) > 0;
+    };
+    if (terminal_ < 0 || !wait_until(has_room) || write(terminal_, &end_mark, 1) != 1)
+        return;
+    (void)wait_until([this] { return terminal_bytes_.ends_with(end_mark); });
+    terminal_bytes_.pop_back();
+}
+
 int PseudoTerminal::exit_status()
 {
     if (!wait_until([this] { return ended_; })) {
         kill(program_, SIGKILL);
         (void)wait_until([this] { return ended_; });
     }
-    // Written behind the program's last byte: when it comes out, all of them have.
-    constexpr char end_mark = '\0';
-    if (terminal_ >= 0 && write(terminal_, &end_mark, 1) == 1) {
-        (void)wait_until([this] { return terminal_bytes_.ends_with(end_mark); });
-        terminal_bytes_.pop_back();
-    }
+    take_all();
+    output_is_read_ = true;
     (void)wait_until([this] { return output_pipe_ < 0; });
     return WIFEXITED(status_) ? WEXITSTATUS(status_) : -WTERMSIG(status_);
+}
+
+bool PseudoTerminal::is_waiting_for_terminal() const
+{
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    int full_looks = 0; // the program may be about to write the last byte that fits
+    while (full_looks < 5 && std::chrono::steady_clock::now() < deadline) {
+        pollfd entry = {.fd = terminal_, .events = POLLOUT, .revents = 0};
+        full_looks = poll(&entry, 1, 0) == 0 ? full_looks + 1 : 0;
+        (void)poll(nullptr, 0, 10);
+    }
+    return full_looks == 5;
 }
 
 void PseudoTerminal::type(std::string_view bytes)
@@ -290,6 +325,11 @@ void PseudoTerminal::send_signal(int number) const
     kill(program_, number);
 }
 
+void PseudoTerminal::bring_to_foreground() const
+{
+    kill(shell_, SIGUSR1);
+}
+
 void PseudoTerminal::close_terminal()
 {
     close_once(terminal_);
@@ -299,6 +339,19 @@ void PseudoTerminal::close_terminal()
 void PseudoTerminal::close_output_pipe()
 {
     close_once(output_pipe_);
+}
+
+void PseudoTerminal::fill_output_pipe()
+{
+    output_is_read_ = false;
+    const std::string name = "/proc/" + std::to_string(program_) + "/fd/1";
+    const int pipe = checked(open(name.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC), "the pipe");
+    constexpr std::array<char, 512> filling = {};
+    while (write(pipe, filling.data(), filling.size()) > 0) {
+    }
+    while (write(pipe, filling.data(), 1) > 0) {
+    }
+    close(pipe);
 }
 
 termios PseudoTerminal::modes() const

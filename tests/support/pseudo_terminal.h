@@ -17,6 +17,8 @@ struct Launch {
         pipe,
         null_device,
         closed_pipe, ///< of which nobody reads what is written
+        file,        ///< of that name; appended to when it is there, as with ">>"
+        new_file,    ///< as with ">"
     };
 
     std::string program;
@@ -29,6 +31,8 @@ struct Launch {
     Stream input = Stream::terminal;
     Stream output = Stream::terminal;
     std::string piped_in = {}; ///< what the input pipe holds before its end
+    std::string output_file = {};
+    bool in_background = false; ///< as with "&"
 };
 
 class PseudoTerminal
@@ -45,6 +49,10 @@ public:
     [[nodiscard]] bool wait_until(const std::function<bool()>& condition);
     /// Waits until a row of the screen holds the text.
     [[nodiscard]] bool shows(std::string_view text);
+    /// Waits until nothing fits into the terminal any more, while nobody takes what it holds.
+    [[nodiscard]] bool is_waiting_for_terminal() const;
+    /// Takes what the terminal holds, of a program that writes nothing now.
+    void take_all();
     /// Waits until the program was stopped by a signal.
     [[nodiscard]] bool is_stopped()
     {
@@ -60,10 +68,14 @@ public:
     [[nodiscard]] bool keys_are_taken();
     void resize(TerminalSize size);
     void send_signal(int number) const;
+    /// As "fg" does with a job that runs in the background.
+    void bring_to_foreground() const;
     /// The user closes the terminal's window.
     void close_terminal();
     /// Nobody reads the output pipe any more.
     void close_output_pipe();
+    /// The same, but the pipe stays there, full.
+    void fill_output_pipe();
 
     /// True while the terminal works as it did when the program started.
     [[nodiscard]] bool modes_are_original() const;
@@ -83,6 +95,7 @@ private:
     int master_ = -1;
     int terminal_ = -1; ///< keeps the terminal there when the program has ended
     int output_pipe_ = -1;
+    bool output_is_read_ = true;
     int status_pipe_ = -1; ///< what the shell tells of the program
     termios original_modes_ = {};
     bool stopped_ = false;

@@ -1,12 +1,12 @@
 #include "frame/platform/posix/posix.h"
 
 #include <cerrno>
-#include <csignal>
+#include <cstring>
 #include <fcntl.h>
-#include <poll.h>
 #include <string>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 namespace platform
 {
@@ -14,80 +14,82 @@ namespace platform
 namespace
 {
 
-/// Standard output opened once more, for writing without a wait: the mode belongs to the opening,
-/// and the one that we were given is the shell's, too.
+/// How standard output is written to without a wait.
+enum class Way {
+    unknown,
+    plainly,  ///< a file takes what it gets, at the place where we were given it
+    reopened, ///< the mode belongs to the opening, and the one that we were given is the shell's,
+              ///< too
+    as_socket,
+    cautiously, ///< where opening is not allowed
+};
+
+Way way = Way::unknown;
 int reopened_output = -1;
-bool output_reopening_tried = false;
+bool output_held = false;
+std::string failure; ///< of the first write that failed; nothing is written after it
+volatile std::sig_atomic_t rows_below = 0;
 
-/// What was not taken during a protected run.
-std::string unsent;
-
-/// Nobody receives our output any more.
-void output_has_gone(int error)
+Way find_way()
 {
-    posix::request_stop(error == EIO ? SIGHUP : SIGPIPE);
+    struct stat status = {};
+    if (fstat(STDOUT_FILENO, &status) != 0 || S_ISREG(status.st_mode) || S_ISBLK(status.st_mode))
+        return Way::plainly;
+    if (S_ISSOCK(status.st_mode))
+        return Way::as_socket;
+    reopened_output = open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    return reopened_output >= 0 ? Way::reopened : Way::cautiously;
 }
 
-bool reopen_output()
+pollfd room()
 {
-    if (!output_reopening_tried) {
-        output_reopening_tried = true;
-        reopened_output = open("/proc/self/fd/1", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    return {.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+}
+
+ssize_t write_without_wait(std::string_view bytes)
+{
+    constexpr std::size_t cautious_size = 256; // fits mostly, where there is room at all
+    if (way == Way::as_socket)
+        return send(STDOUT_FILENO, bytes.data(), bytes.size(), MSG_DONTWAIT);
+    if (pollfd entry = room(); way == Way::cautiously) {
+        bytes = bytes.substr(0, cautious_size);
+        if (poll(&entry, 1, 0) <= 0)
+            return 0;
     }
-    return reopened_output >= 0;
-}
-
-bool wait_for_room(int timeout_ms)
-{
-    pollfd entry = {.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
-    return poll(&entry, 1, timeout_ms) > 0;
+    return write(posix::unblocked_output(), bytes.data(), bytes.size());
 }
 
 /// Writes what goes at once. What nobody receives any more counts as written.
 std::size_t write_at_once(std::string_view bytes)
 {
-    constexpr std::size_t cautious_size = 256; // fits mostly, where there is room at all
-    if (!reopen_output()) {                    // not ours to open
-        if (!wait_for_room(0))
-            return 0;
-        bytes = bytes.substr(0, cautious_size);
-    }
-    const int descriptor = posix::unblocked_output();
-    const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+    if (bytes.empty() || !failure.empty())
+        return bytes.size();
+    const ssize_t written = write_without_wait(bytes);
     if (written >= 0)
         return static_cast<std::size_t>(written);
     if (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)
         return 0;
-    output_has_gone(errno);
+    if (errno == EPIPE || errno == ECONNRESET)
+        posix::request_stop(SIGPIPE);
+    else if (errno == EIO && isatty(STDOUT_FILENO) != 0)
+        posix::request_stop(SIGHUP);
+    else
+        failure = std::strerror(errno);
     return bytes.size();
 }
 
-/// Writes everything, waiting as long as it takes; when the program is asked to end, no longer than
-/// a moment for each text. False when nobody receives it any more.
-bool write_patiently(std::string_view bytes)
+/// Writes to a file; nothing but a request to end the program breaks that off when its disk hangs.
+void write_to_file(std::string_view bytes)
 {
-    constexpr int last_patience_ms = 100;
-    while (!bytes.empty()) {
-        if (output_is_terminal() || stop_signal() != 0) {
-            bytes.remove_prefix(write_at_once(bytes));
-            if (!bytes.empty() && !wait_for_room(stop_signal() != 0 ? last_patience_ms : -1) &&
-                stop_signal() != 0)
-                return true; // it does not keep the program from its end
-            continue;
-        }
-        const ssize_t written = write(STDOUT_FILENO, bytes.data(), bytes.size());
-        if (written >= 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(written));
-            continue;
-        }
-        if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            (void)wait_for_room(1000);
-        } else if (errno != EINTR) {
-            output_has_gone(errno);
-            return false;
-        }
-    }
-    return stop_signal() != SIGHUP && stop_signal() != SIGPIPE;
+    do {
+        bytes.remove_prefix(write_at_once(bytes));
+    } while (!bytes.empty() && !posix::stop_is_due());
+}
+
+/// Whether there is no sense in writing now.
+bool must_not_write()
+{
+    return output_held || posix::screen_is_lost();
 }
 
 } // namespace
@@ -105,30 +107,77 @@ void close_reopened_output()
     if (reopened_output >= 0)
         close(reopened_output);
     reopened_output = -1;
-    output_reopening_tried = false;
+    way = Way::unknown;
+}
+
+int take_rows_to_leave()
+{
+    const int rows = rows_below;
+    rows_below = 0;
+    return rows;
 }
 
 } // namespace posix
 
-bool write_output(std::string_view bytes)
+std::size_t write_output(std::string_view bytes, int rows_to_leave)
 {
+    constexpr int last_patience_ms = 100;
     posix::note_screen_use();
-    if (!posix::run_is_protected() && unsent.empty())
-        return write_patiently(bytes);
-    unsent += bytes;
-    if (posix::run_is_protected())
-        unsent.erase(0, write_at_once(unsent));
-    else
-        return write_patiently(std::exchange(unsent, {}));
-    return true;
+    std::string_view rest = bytes;
+    if (way == Way::unknown)
+        way = find_way();
+    if (way == Way::plainly && !must_not_write()) {
+        write_to_file(bytes);
+        return bytes.size();
+    }
+    for (;;) {
+        // A stop or a notice never comes between a look at the screen's state and the write.
+        const posix::HeldSignals held;
+        if (must_not_write())
+            break;
+        rest.remove_prefix(write_at_once(rest));
+        if (rest.empty())
+            rows_below = rows_to_leave;
+        if (rest.empty() || posix::requests.is_protected())
+            break;
+        // When the program is asked to end, this keeps it no longer than a moment for each text.
+        const bool stops = posix::stop_is_due();
+        pollfd entry = room();
+        if (held.poll({&entry, 1}, stops ? last_patience_ms : -1) == 0 && stops)
+            return bytes.size();
+    }
+    return bytes.size() - rest.size();
 }
 
-std::size_t write_some_output(std::string_view bytes)
+std::size_t write_some_output(std::string_view bytes, int rows_to_leave)
 {
     posix::note_screen_use();
-    if (!unsent.empty())
-        unsent.erase(0, write_at_once(unsent));
-    return unsent.empty() ? write_at_once(bytes) : 0;
+    if (way == Way::unknown)
+        way = find_way();
+    const posix::HeldSignals held;
+    if (must_not_write() || posix::is_in_background(STDOUT_FILENO))
+        return 0;
+    const std::size_t written = write_at_once(bytes);
+    if (written == bytes.size())
+        rows_below = rows_to_leave;
+    return written;
+}
+
+void hold_output(bool on)
+{
+    output_held = on;
+}
+
+std::string output_failure()
+{
+    return failure;
+}
+
+void tell_error(std::string_view text)
+{
+    std::string line{text};
+    line += '\n';
+    (void)!write(STDERR_FILENO, line.data(), line.size());
 }
 
 } // namespace platform

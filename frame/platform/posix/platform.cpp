@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <iterator>
 #include <poll.h>
 #include <unistd.h>
 
@@ -21,29 +22,19 @@ bool wait_for_input(int descriptor, std::int64_t timeout_ms, bool (*is_due)())
     // A reader of our output that has gone away would only be noticed by the next write, which a
     // display in a pipe puts off to its end.
     pollfd entries[] = {
+        // a negative descriptor is left out
         {.fd = descriptor, .events = POLLIN, .revents = 0},
         {.fd = output_is_terminal() ? -1 : STDOUT_FILENO, .events = 0, .revents = 0}};
-    constexpr nfds_t count = 2; // a negative descriptor is left out
     const auto look_at_results = [&entries](int result) {
         if (result > 0 && (entries[1].revents & POLLERR) != 0)
             posix::request_stop(SIGPIPE);
         return result > 0 && entries[0].revents != 0;
     };
     if (timeout_ms == 0)
-        return look_at_results(poll(entries, count, 0));
-    // A signal just before the wait would go unnoticed until its end: the signals are held back
-    // while it is looked for, and let through by the wait itself.
-    sigset_t all, before;
-    sigfillset(&all);
-    sigprocmask(SIG_SETMASK, &all, &before);
-    int result = 0;
-    if (!is_due()) {
-        const timespec time = {.tv_sec = static_cast<time_t>(timeout_ms / 1000),
-                               .tv_nsec = static_cast<long>(timeout_ms % 1000 * 1'000'000)};
-        result = ppoll(entries, count, timeout_ms < 0 ? nullptr : &time, &before);
-    }
-    sigprocmask(SIG_SETMASK, &before, nullptr);
-    return look_at_results(result);
+        return look_at_results(poll(entries, std::size(entries), 0));
+    // A signal just before the wait would go unnoticed until its end.
+    const posix::HeldSignals held;
+    return !is_due() && look_at_results(held.poll(entries, timeout_ms));
 }
 
 } // namespace
@@ -67,11 +58,18 @@ std::span<char*> arguments(int count, char** values)
     return {values, static_cast<std::size_t>(count)};
 }
 
-std::int64_t tick_ms()
+std::int64_t posix::now_ms()
 {
     timespec now = {};
     clock_gettime(CLOCK_MONOTONIC, &now);
     return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
+}
+
+std::int64_t tick_ms()
+{
+    const std::int64_t now = posix::now_ms();
+    posix::requests.looked_at_clock(now);
+    return now;
 }
 
 LocalTime local_time()
@@ -102,6 +100,12 @@ InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& cou
                        std::int64_t timeout_ms)
 {
     count = 0;
+    if (!posix::keys_are_ours()) {
+        constexpr std::int64_t look_again_ms = 250;
+        const bool longer = timeout_ms < 0 || timeout_ms > look_again_ms;
+        (void)wait_for_input(-1, longer ? look_again_ms : timeout_ms, posix::signal_is_due);
+        return InputResult::nothing;
+    }
     if (!wait_for_input(STDIN_FILENO, timeout_ms, posix::signal_is_due))
         return InputResult::nothing;
     const ssize_t got = read(STDIN_FILENO, buffer, size);
@@ -109,7 +113,7 @@ InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& cou
         count = static_cast<std::size_t>(got);
         return InputResult::bytes;
     }
-    if (got < 0 && (errno == EINTR || errno == EAGAIN))
+    if (got < 0 && (errno == EINTR || errno == EAGAIN || posix::is_in_background(STDIN_FILENO)))
         return InputResult::nothing;
     // A terminal that has no more input has gone.
     if (input_is_terminal())

@@ -1,8 +1,11 @@
 #include "frame/platform/posix/posix.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <sys/time.h>
+#include <ctime>
+#include <iterator>
+#include <span>
 #include <unistd.h>
 
 namespace platform
@@ -11,29 +14,85 @@ namespace platform
 namespace
 {
 
-volatile std::sig_atomic_t requested_stop = 0;
 volatile std::sig_atomic_t window_resized = 0;
 volatile std::sig_atomic_t program_resumed = 0;
-volatile std::sig_atomic_t run_protected = 0;
 
-constexpr int stop_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
-int files_being_written = 0;
+/// Half a second after a request: whether something keeps the program from ending.
+timer_t reminder = {};
+bool have_reminder = false;
+constexpr int reminder_signal = SIGURG; // which nobody uses, and whose default is harmless
 
-void on_stop_request(int signal_number)
+/// What is the program's own fault; sent from outside, each is a request like others.
+constexpr int crash_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS};
+
+/// Those whose default does not end a process, or that cannot be caught.
+constexpr int other_signals[] = {SIGKILL, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU,
+                                 SIGCONT, SIGCHLD, SIGURG,  SIGWINCH};
+
+/// Ours whoever handled them before us.
+constexpr int own_signals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGXFSZ};
+
+bool is_among(int number, std::span<const int> numbers)
 {
+    return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
+}
+
+bool is_from_outside(const siginfo_t& info)
+{
+    return info.si_code <= 0 && info.si_pid != getpid();
+}
+
+void remind_later()
+{
+    constexpr auto time_ns = StopRequests::same_wish_ms * 1'000'000;
+    const itimerspec time = {.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = time_ns}};
+    if (have_reminder)
+        timer_settime(reminder, 0, &time, nullptr);
+}
+
+/// Below what is on the screen, which is painted again behind it.
+void tell_in_handler(std::string_view text)
+{
+    if (posix::tell_below_screen(text))
+        program_resumed = 1;
+}
+
+void on_stop_request(int number, siginfo_t* info, void*)
+{
+    // A closed pipe and a file that reached its limit are told by the write.
+    if ((number == SIGPIPE || number == SIGXFSZ) && !is_from_outside(*info))
+        return;
     const int saved_errno = errno;
-    if (requested_stop != 0) {
-        // A closing terminal hangs up twice: once by the system, once by the shell.
-        if (run_protected != 0 || (requested_stop == SIGHUP && signal_number == SIGHUP))
-            return;
+    // A closing terminal hangs up twice: once by the system, once by the shell.
+    const bool from_system = number == SIGHUP || number == SIGXCPU;
+    switch (posix::requests.take(number, posix::now_ms(), from_system)) {
+    case StopRequests::Answer::nothing:
+        break;
+    case StopRequests::Answer::in_order:
+        remind_later();
+        break;
+    case StopRequests::Answer::tell:
+        tell_in_handler(posix::requests.notice().text());
+        remind_later();
+        break;
+    case StopRequests::Answer::at_once:
+        if (posix::requests.is_protected())
+            tell_in_handler(left_notice);
         posix::hand_terminal_back();
-        _exit(128 + signal_number);
+        _exit(128 + number);
     }
-    requested_stop = signal_number;
     errno = saved_errno;
 }
 
-void on_window_change(int)
+void on_reminder(int, siginfo_t* info, void*)
+{
+    const int saved_errno = errno;
+    if (info->si_code == SI_TIMER && posix::requests.remind(posix::now_ms()))
+        tell_in_handler(posix::requests.notice().text());
+    errno = saved_errno;
+}
+
+void on_window_change(int, siginfo_t*, void*)
 {
     window_resized = 1;
 }
@@ -44,7 +103,7 @@ void take_terminal_again()
         program_resumed = 1;
 }
 
-void on_continue(int)
+void on_continue(int, siginfo_t*, void*)
 {
     const int saved_errno = errno;
     take_terminal_again();
@@ -53,58 +112,80 @@ void on_continue(int)
 
 /// Ctrl-Z: the shell gets a clean terminal, the program its own one back when it goes on. The stop
 /// itself is the system's: it knows whether there is a shell that could ever continue us.
-void on_terminal_stop(int signal_number)
+void on_terminal_stop(int number, siginfo_t*, void*)
 {
     const int saved_errno = errno;
+    if (posix::requests.is_protected()) {
+        tell_in_handler(not_stopped_notice);
+        errno = saved_errno;
+        return;
+    }
     posix::hand_terminal_back();
     struct sigaction ours = {};
     struct sigaction standard = {};
     standard.sa_handler = SIG_DFL;
     sigset_t this_signal, before;
     sigemptyset(&this_signal);
-    sigaddset(&this_signal, signal_number);
-    sigaction(signal_number, &standard, &ours);
-    raise(signal_number);
+    sigaddset(&this_signal, number);
+    sigaction(number, &standard, &ours);
+    raise(number);
     sigprocmask(SIG_UNBLOCK, &this_signal, &before); // stops here
     sigprocmask(SIG_SETMASK, &before, nullptr);
-    sigaction(signal_number, &ours, nullptr);
+    sigaction(number, &ours, nullptr);
     take_terminal_again();
     errno = saved_errno;
 }
 
 /// The last thing that a crash does: the terminal must not stay behind unusable.
-void on_crash(int signal_number)
+void on_crash(int number, siginfo_t* info, void* context)
 {
+    if (is_from_outside(*info)) {
+        on_stop_request(number, info, context);
+        return;
+    }
+    if (posix::requests.is_protected())
+        tell_in_handler(crash_notice);
     posix::hand_terminal_back();
-    std::signal(signal_number, SIG_DFL);
-    raise(signal_number);
+    std::signal(number, SIG_DFL);
+    raise(number);
 }
 
-/// A system call that the signal interrupts goes on behind it with SA_RESTART among the `flags`;
-/// waits always wake up.
-void watch(int signal_number, void (*handler)(int), int flags, bool only_default = false)
+using Handler = void (*)(int, siginfo_t*, void*);
+
+struct Watched {
+    Handler handler;
+    int flags = 0;          ///< with SA_RESTART an interrupted system call goes on
+    bool alone = false;     ///< no other signal comes in between
+    bool only_free = false; ///< not when somebody else handles it
+};
+
+void watch(int number, Watched watched)
 {
     struct sigaction action = {};
-    if (sigaction(signal_number, nullptr, &action) != 0)
+    if (sigaction(number, nullptr, &action) != 0)
         return;
     // nohup and the like: what our parent had us ignore stays ignored.
-    if (action.sa_handler == SIG_IGN || (only_default && action.sa_handler != SIG_DFL))
+    if (action.sa_handler == SIG_IGN || (watched.only_free && action.sa_handler != SIG_DFL))
         return;
     action = {};
-    action.sa_handler = handler;
-    action.sa_flags = flags;
-    sigemptyset(&action.sa_mask);
-    sigaction(signal_number, &action, nullptr);
+    action.sa_sigaction = watched.handler;
+    action.sa_flags = watched.flags | SA_SIGINFO;
+    if (watched.alone)
+        sigfillset(&action.sa_mask);
+    else
+        sigemptyset(&action.sa_mask);
+    sigaction(number, &action, nullptr);
 }
 
 /// Tells whether a stop request lets an interrupted system call go on.
 void restart_after_stop_request(bool restart)
 {
-    for (const int signal_number : stop_signals) {
+    for (int number = 1; number <= SIGRTMAX; ++number) {
         struct sigaction action = {};
-        sigaction(signal_number, nullptr, &action);
-        action.sa_flags = restart ? SA_RESTART : 0;
-        sigaction(signal_number, &action, nullptr);
+        if (sigaction(number, nullptr, &action) != 0 || action.sa_sigaction != on_stop_request)
+            continue;
+        action.sa_flags = SA_SIGINFO | (restart ? SA_RESTART : 0);
+        sigaction(number, &action, nullptr);
     }
 }
 
@@ -113,40 +194,71 @@ void restart_after_stop_request(bool restart)
 namespace posix
 {
 
+constinit StopRequests requests;
+
 void watch_signals()
 {
-    for (const int signal_number : stop_signals)
-        watch(signal_number, on_stop_request, 0); // breaks off what waits for a pipe
+    for (int number = 1; number <= SIGRTMAX; ++number) {
+        if (is_among(number, crash_signals))
+            watch(number, {.handler = on_crash, .only_free = true});
+        else if (!is_among(number, other_signals)) // breaks off what waits for a pipe
+            watch(number, {.handler = on_stop_request,
+                           .alone = true,
+                           .only_free = !is_among(number, own_signals)});
+    }
     if (output_is_terminal())
-        watch(SIGWINCH, on_window_change, SA_RESTART);
-    watch(SIGTSTP, on_terminal_stop, SA_RESTART);
-    watch(SIGCONT, on_continue, SA_RESTART);
-    for (const int signal_number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
-        watch(signal_number, on_crash, 0, true);
-    // A closed pipe and a file that reached its limit are told by the write.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+        watch(SIGWINCH, {.handler = on_window_change, .flags = SA_RESTART});
+    watch(SIGTSTP, {.handler = on_terminal_stop, .flags = SA_RESTART});
+    watch(SIGCONT, {.handler = on_continue, .flags = SA_RESTART});
+    watch(reminder_signal, {.handler = on_reminder, .flags = SA_RESTART, .alone = true});
+    sigevent event = {};
+    event.sigev_notify = SIGEV_SIGNAL;
+    event.sigev_signo = reminder_signal;
+    have_reminder = timer_create(CLOCK_MONOTONIC, &event, &reminder) == 0;
 }
 
-void request_stop(int signal_number)
+void request_stop(int number)
 {
-    if (requested_stop == 0)
-        requested_stop = signal_number;
+    requests.request(number);
 }
 
 bool stop_is_due()
 {
-    return requested_stop != 0;
+    return requests.number() != 0;
 }
 
 bool signal_is_due()
 {
-    return requested_stop != 0 || window_resized != 0 || program_resumed != 0;
+    return stop_is_due() || window_resized != 0 || program_resumed != 0;
 }
 
-bool run_is_protected()
+HeldSignals::HeldSignals()
 {
-    return run_protected != 0;
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, &before_);
+}
+
+HeldSignals::~HeldSignals()
+{
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
+int HeldSignals::poll(std::span<pollfd> entries, std::int64_t timeout_ms) const
+{
+    const timespec time = {.tv_sec = static_cast<time_t>(timeout_ms / 1000),
+                           .tv_nsec = static_cast<long>(timeout_ms % 1000 * 1'000'000)};
+    return ppoll(entries.data(), entries.size(), timeout_ms < 0 ? nullptr : &time, &before_);
+}
+
+bool screen_is_lost()
+{
+    return program_resumed != 0;
+}
+
+void note_lost_screen()
+{
+    program_resumed = 1;
 }
 
 } // namespace posix
@@ -167,24 +279,35 @@ WindowChange take_window_change()
 
 void protect_run(bool on)
 {
-    run_protected = on ? 1 : 0;
+    static void (*before[])(int) = {SIG_DFL, SIG_DFL};
+    constexpr int background_signals[] = {SIGTTIN, SIGTTOU};
+    if (on == posix::requests.is_protected())
+        return;
+    posix::requests.protect(on);
+    // In the background, too, nothing stops it: writing goes on, and reading fails.
+    for (std::size_t i = 0; i < std::size(background_signals); ++i) {
+        if (on)
+            before[i] = std::signal(background_signals[i], SIG_IGN);
+        else
+            std::signal(background_signals[i], before[i]);
+    }
 }
 
 void begin_writing_file()
 {
-    if (files_being_written++ == 0)
+    if (posix::requests.files_being_written(1) == 1)
         restart_after_stop_request(true);
 }
 
 void end_writing_file()
 {
-    if (--files_being_written == 0)
+    if (posix::requests.files_being_written(-1) == 0)
         restart_after_stop_request(false);
 }
 
 int stop_signal()
 {
-    return requested_stop;
+    return posix::requests.number();
 }
 
 } // namespace platform

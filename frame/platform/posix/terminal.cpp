@@ -1,8 +1,10 @@
 #include "frame/platform/posix/posix.h"
 
+#include <array>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -21,16 +23,26 @@ volatile std::sig_atomic_t raw_input_wanted = 0; ///< by the program
 volatile std::sig_atomic_t raw_input_active = 0; ///< on the terminal
 volatile std::sig_atomic_t screen_wanted = 0;
 volatile std::sig_atomic_t screen_in_use = 0;
-volatile std::sig_atomic_t rows_to_leave = 0;
+volatile std::sig_atomic_t in_background = 0; ///< when keys were last looked for
 
-constexpr char neutral_screen[] = "\033[0m\033[?25h"; // no colour, cursor visible
-
-/// Somebody else has the terminal. One that is not our session's knows neither background nor
-/// foreground: it is for all that have it open.
-bool is_in_background()
+/// Leaves the screen without colour, with a visible cursor below everything that is on it, and
+/// then shows the text in lines of its own. Without a wait, where that is possible: it may be the
+/// terminal that holds everything up.
+void leave_screen(std::string_view text)
 {
-    const pid_t foreground = tcgetpgrp(STDIN_FILENO);
-    return foreground >= 0 && foreground != getpgrp();
+    const int rows = posix::take_rows_to_leave();
+    std::array<char, 1024> bytes;
+    std::size_t size = 0;
+    const auto add = [&](std::string_view piece) {
+        size += piece.copy(bytes.data() + size, bytes.size() - size);
+    };
+    add("\033[0m\033[?25h");
+    for (int row = 0; row < rows; ++row)
+        add("\r\n");
+    if (!text.empty() && rows == 0)
+        add("\r\n");
+    add(text);
+    (void)!write(posix::unblocked_output(), bytes.data(), size);
 }
 
 } // namespace
@@ -59,33 +71,68 @@ void note_screen_use()
     }
 }
 
+bool is_in_background(int descriptor)
+{
+    const pid_t foreground = tcgetpgrp(descriptor);
+    return foreground >= 0 && foreground != getpgrp();
+}
+
+bool keys_are_ours()
+{
+    if (have_original_modes == 0)
+        return true;
+    if (is_in_background(STDIN_FILENO)) {
+        raw_input_active = 0; // by now the modes are those of whoever has the terminal
+        in_background = 1;
+        return false;
+    }
+    if (in_background != 0 && take_terminal_again())
+        note_lost_screen();
+    return true;
+}
+
 void hand_terminal_back()
 {
     if (screen_in_use != 0) {
         screen_in_use = 0;
-        // Without a wait, where that is possible: it may be the terminal that holds everything up.
-        const int descriptor = unblocked_output();
-        (void)!write(descriptor, neutral_screen, sizeof neutral_screen - 1);
-        for (int row = 0; row < rows_to_leave; ++row)
-            (void)!write(descriptor, "\r\n", 2);
+        leave_screen("");
     }
     if (raw_input_active != 0) {
         raw_input_active = 0;
-        tcsetattr(STDIN_FILENO, TCSANOW, &original_modes);
+        if (!is_in_background(STDIN_FILENO))
+            tcsetattr(STDIN_FILENO, TCSANOW, &original_modes);
     }
 }
 
 bool take_terminal_again()
 {
-    // In the background the terminal is somebody else's; the next SIGCONT comes with the
+    // In the background the terminal is somebody else's; the next SIGCONT may come with the
     // foreground.
-    if (have_original_modes != 0 && is_in_background())
+    if (have_original_modes != 0 && is_in_background(STDIN_FILENO))
         return false;
+    in_background = 0;
     if (raw_input_wanted != 0 && tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
         raw_input_active = 1;
     if (screen_wanted != 0)
         screen_in_use = 1;
     return screen_wanted != 0;
+}
+
+bool tell_below_screen(std::string_view text)
+{
+    std::array<char, 256> line;
+    std::size_t size = text.copy(line.data(), line.size() - 2);
+    if (output_is_terminal())
+        line[size++] = '\r';
+    line[size++] = '\n';
+    if (output_is_terminal()) {
+        leave_screen({line.data(), size});
+        return true;
+    }
+    pollfd entry = {.fd = STDERR_FILENO, .events = POLLOUT, .revents = 0};
+    if (poll(&entry, 1, 0) > 0)
+        (void)!write(STDERR_FILENO, line.data(), size);
+    return false;
 }
 
 } // namespace posix
@@ -116,11 +163,6 @@ WindowSize window_size()
     return {.columns = size.ws_col, .rows = size.ws_row};
 }
 
-void note_rows_to_leave(int rows)
-{
-    rows_to_leave = rows;
-}
-
 bool input_is_terminal()
 {
     return have_original_modes != 0;
@@ -131,15 +173,17 @@ void start_raw_input()
     if (have_original_modes == 0)
         return;
     raw_input_wanted = 1;
-    if (is_in_background())
-        return; // in the background: when it is continued in the foreground
+    if (posix::is_in_background(STDIN_FILENO)) {
+        in_background = 1;
+        return;
+    }
     if (raw_input_active == 0 && tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
         raw_input_active = 1;
 }
 
 void drop_input()
 {
-    if (have_original_modes != 0)
+    if (have_original_modes != 0 && !posix::is_in_background(STDIN_FILENO))
         tcflush(STDIN_FILENO, TCIFLUSH);
 }
 

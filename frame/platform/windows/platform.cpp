@@ -1,17 +1,15 @@
 #include "frame/platform/platform.h"
 
 #include "frame/platform/windows/keys.h"
-#include "frame/platform/windows/screen.h"
+#include "frame/platform/windows/shared.h"
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <windows.h>
-#include <winternl.h>
 
 namespace platform
 {
@@ -19,92 +17,84 @@ namespace platform
 namespace
 {
 
-// What ends the program has the numbers of the signals that do so elsewhere: scripts get the same
-// exit status.
-constexpr int hang_up = 1;   ///< the window is closed
-constexpr int interrupt = 2; ///< Ctrl-C
-constexpr int quit = 3;      ///< Ctrl-Break
-constexpr int broken_pipe = 13;
-constexpr int termination = 15; ///< the user logs off, the computer shuts down
-
-std::atomic<int> requested_stop = 0;
 HANDLE stop_event = nullptr; ///< set with the first request
+SRWLOCK requests_lock = SRWLOCK_INIT;
 
 HANDLE input = nullptr;
 bool input_is_console = false;
 DWORD original_input_mode = 0;
 std::atomic<bool> input_taken = false; ///< single keys, without echo
-std::atomic<bool> run_is_protected = false;
 
-HANDLE output = nullptr;
-bool output_is_console = false;
-ConsoleScreen screen;
-std::atomic<bool> screen_in_use = false;
-std::atomic<int> rows_to_leave = 0;
-WindowSize known_size = {};
-
-/// Null when the program has none: nothing comes from there, what goes there is lost.
-HANDLE standard_handle(DWORD number)
-{
-    const HANDLE handle = GetStdHandle(number);
-    return handle == INVALID_HANDLE_VALUE ? nullptr : handle;
-}
-
-void request_stop(int number)
-{
-    int none = 0;
-    requested_stop.compare_exchange_strong(none, number);
-    SetEvent(stop_event);
-}
-
+/// Allocates nothing, as everything that a crash does last.
 void hand_terminal_back()
 {
-    if (screen_in_use.exchange(false)) {
-        std::string neutral_screen = "\033[0m\033[?25h"; // no colour, cursor visible
-        for (int row = 0; row < rows_to_leave; ++row)
-            neutral_screen += "\r\n";
-        screen.write(neutral_screen);
-    }
-    screen.give_back();
+    windows::leave_screen();
     if (input_taken.exchange(false))
         SetConsoleMode(input, original_input_mode);
 }
 
 [[noreturn]] void end_at_once(int number)
 {
+    if (windows::requests.is_protected())
+        windows::tell_below_screen(left_notice);
     hand_terminal_back();
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(128 + number));
     std::abort();
+}
+
+/// Ctrl-C or Ctrl-Break.
+void answer_key(int number)
+{
+    using Answer = StopRequests::Answer;
+    AcquireSRWLockExclusive(&requests_lock);
+    const Answer answer = windows::requests.take(number, windows::now_ms(), false);
+    if (answer == Answer::tell)
+        windows::tell_below_screen(windows::requests.notice().text());
+    ReleaseSRWLockExclusive(&requests_lock);
+    if (answer == Answer::at_once)
+        end_at_once(number);
+    SetEvent(stop_event);
+    if (answer == Answer::nothing)
+        return;
+    Sleep(static_cast<DWORD>(StopRequests::same_wish_ms));
+    AcquireSRWLockExclusive(&requests_lock);
+    if (windows::requests.remind(windows::now_ms()))
+        windows::tell_below_screen(windows::requests.notice().text());
+    ReleaseSRWLockExclusive(&requests_lock);
 }
 
 /// Runs in a thread of its own.
 BOOL WINAPI on_stop_request(DWORD event)
 {
     const bool from_keyboard = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
-    const int number = event == CTRL_C_EVENT       ? interrupt
-                       : event == CTRL_BREAK_EVENT ? quit
-                       : event == CTRL_CLOSE_EVENT ? hang_up
-                                                   : termination;
-    if (from_keyboard && requested_stop != 0 && !run_is_protected)
-        end_at_once(number);
-    request_stop(number);
+    if (from_keyboard) {
+        answer_key(event == CTRL_C_EVENT ? windows::interrupt : windows::quit);
+        return TRUE;
+    }
+    windows::request_stop(event == CTRL_CLOSE_EVENT ? windows::hang_up : windows::termination);
     // The system ends the program as soon as this returns, or after some seconds: the program has
     // them to end in order, which ends this thread, too.
-    if (!from_keyboard)
-        Sleep(INFINITE);
+    Sleep(INFINITE);
     return TRUE;
 }
 
 /// The last things that a crash does: the console must not stay behind unusable.
+void leave_after_crash()
+{
+    if (windows::requests.is_protected())
+        windows::tell_below_screen(crash_notice);
+    hand_terminal_back();
+}
+
 LONG WINAPI on_crash(EXCEPTION_POINTERS*)
 {
-    hand_terminal_back();
+    leave_after_crash();
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
 void on_abort(int)
 {
-    hand_terminal_back();
+    leave_after_crash();
 }
 
 /// Waits until the handle (null = nothing) is signalled, the program is asked to end, or the time
@@ -132,25 +122,6 @@ void wait_for(HANDLE handle, std::int64_t timeout_ms)
     WaitForMultipleObjects(count, handles.data(), FALSE, INFINITE);
 }
 
-/// A reader of our output that has gone away would only be noticed by the next write, which a
-/// display in a pipe puts off to its end.
-void notice_closed_output()
-{
-    struct {
-        ULONG type, configuration, most_instances, instances, inbound_quota, readable,
-            outbound_quota, writable, state, end;
-    } pipe = {};                                // FILE_PIPE_LOCAL_INFORMATION
-    constexpr auto pipe_local_information = 24; // FilePipeLocalInformation
-    constexpr ULONG connected = 3;
-    if (output_is_console || GetFileType(output) != FILE_TYPE_PIPE)
-        return;
-    IO_STATUS_BLOCK status = {};
-    if (NtQueryInformationFile(output, &status, &pipe, sizeof pipe,
-                               static_cast<FILE_INFORMATION_CLASS>(pipe_local_information)) == 0 &&
-        pipe.state != connected)
-        request_stop(broken_pipe);
-}
-
 // ---- Input ----
 
 ConsoleKeys console_keys;
@@ -174,13 +145,6 @@ bool take_keys()
     return false;
 }
 
-bool window_has_changed()
-{
-    const WindowSize size = window_size();
-    return output_is_terminal() &&
-           (size.columns != known_size.columns || size.rows != known_size.rows);
-}
-
 std::int64_t left_until(std::int64_t deadline_ms)
 {
     return std::max<std::int64_t>(deadline_ms - tick_ms(), 0);
@@ -193,9 +157,9 @@ InputResult read_console(unsigned char* buffer, std::size_t size, std::size_t& c
     constexpr std::int64_t look_around_ms = 250;
     const std::int64_t deadline = tick_ms() + timeout_ms;
     for (;;) {
-        notice_closed_output();
+        windows::notice_closed_output();
         if (!take_keys()) {
-            request_stop(hang_up);
+            windows::request_stop(windows::hang_up);
             return InputResult::ended;
         }
         if (!typed.empty()) {
@@ -206,7 +170,7 @@ InputResult read_console(unsigned char* buffer, std::size_t size, std::size_t& c
         if (timeout_ms == 0)
             return InputResult::nothing;
         const std::int64_t left = timeout_ms < 0 ? look_around_ms : left_until(deadline);
-        if (left == 0 || requested_stop != 0 || window_has_changed())
+        if (left == 0 || windows::requests.number() != 0 || windows::window_has_changed())
             return InputResult::nothing;
         wait_for(input, std::min(left, look_around_ms));
     }
@@ -219,12 +183,12 @@ bool pipe_has_news(std::int64_t timeout_ms)
     constexpr std::int64_t look_again_ms = 5;
     const std::int64_t deadline = tick_ms() + timeout_ms;
     for (;;) {
-        notice_closed_output();
+        windows::notice_closed_output();
         DWORD waiting = 0;
         if (PeekNamedPipe(input, nullptr, 0, nullptr, &waiting, nullptr) == 0 || waiting > 0)
             return true;
         const std::int64_t left = timeout_ms < 0 ? look_again_ms : left_until(deadline);
-        if (left == 0 || requested_stop != 0)
+        if (left == 0 || windows::requests.number() != 0)
             return false;
         wait_for(nullptr, std::min(left, look_again_ms));
     }
@@ -232,14 +196,25 @@ bool pipe_has_news(std::int64_t timeout_ms)
 
 } // namespace
 
+namespace windows
+{
+
+constinit StopRequests requests;
+
+void request_stop(int number)
+{
+    requests.request(number);
+    SetEvent(stop_event);
+}
+
+} // namespace windows
+
 void start()
 {
     stop_event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    input = standard_handle(STD_INPUT_HANDLE);
-    output = standard_handle(STD_OUTPUT_HANDLE);
+    input = windows::standard_handle(STD_INPUT_HANDLE);
     input_is_console = GetConsoleMode(input, &original_input_mode) != 0;
-    output_is_console = screen.open(output);
-    known_size = window_size();
+    windows::open_output();
     SetConsoleCtrlHandler(on_stop_request, TRUE);
     SetUnhandledExceptionFilter(on_crash);
     std::signal(SIGABRT, on_abort);
@@ -254,70 +229,14 @@ void restore_terminal()
 void sleep_ms(std::int64_t milliseconds)
 {
     const std::int64_t end = tick_ms() + milliseconds;
-    for (std::int64_t left = milliseconds; left > 0 && requested_stop == 0; left = end - tick_ms())
+    for (std::int64_t left = milliseconds; left > 0 && windows::requests.number() == 0;
+         left = end - tick_ms())
         wait_for(nullptr, left);
-}
-
-bool output_is_terminal()
-{
-    static const bool answer = [] {
-        const char* type = environment("TERM");
-        return output_is_console && (type == nullptr || std::strcmp(type, "dumb") != 0);
-    }();
-    return answer;
-}
-
-WindowSize window_size()
-{
-    if (!output_is_console)
-        return {.columns = 80, .rows = 25};
-    const COORD size = screen.size();
-    return {.columns = size.X, .rows = size.Y};
-}
-
-WindowChange take_window_change()
-{
-    if (!window_has_changed())
-        return WindowChange::none;
-    known_size = window_size();
-    return WindowChange::resized;
-}
-
-bool write_output(std::string_view bytes)
-{
-    if (output_is_console) {
-        if (output_is_terminal()) {
-            screen.take();
-            screen_in_use = true;
-        }
-        if (screen.write(bytes))
-            return true;
-        request_stop(hang_up);
-        return false;
-    }
-    while (!bytes.empty() && output != nullptr) {
-        constexpr std::size_t largest_piece = 1 << 20;
-        DWORD written = 0;
-        if (WriteFile(output, bytes.data(),
-                      static_cast<DWORD>(std::min(bytes.size(), largest_piece)), &written,
-                      nullptr) == 0) {
-            request_stop(broken_pipe);
-            return false;
-        }
-        bytes.remove_prefix(written);
-    }
-    return true;
-}
-
-std::size_t write_some_output(std::string_view bytes)
-{
-    (void)write_output(bytes); // a console takes what it gets
-    return bytes.size();
 }
 
 void protect_run(bool on)
 {
-    run_is_protected = on;
+    windows::requests.protect(on);
     // A console that is being selected from with the mouse takes nothing.
     DWORD mode = 0;
     if (!input_is_console || GetConsoleMode(input, &mode) == 0)
@@ -325,11 +244,6 @@ void protect_run(bool on)
     const DWORD quick_edit = on ? 0 : original_input_mode & ENABLE_QUICK_EDIT_MODE;
     SetConsoleMode(input,
                    (mode & ~DWORD{ENABLE_QUICK_EDIT_MODE}) | ENABLE_EXTENDED_FLAGS | quick_edit);
-}
-
-void note_rows_to_leave(int rows)
-{
-    rows_to_leave = rows;
 }
 
 bool input_is_terminal()
@@ -375,7 +289,7 @@ void drop_input()
 
 int stop_signal()
 {
-    return requested_stop;
+    return windows::requests.number();
 }
 
 } // namespace platform

@@ -125,7 +125,11 @@ void ConsoleScreen::give_back()
 
 bool ConsoleScreen::write(std::string_view utf8)
 {
-    const std::wstring text = wide(utf8);
+    return write(wide(utf8));
+}
+
+bool ConsoleScreen::write(std::wstring_view text)
+{
     return processes_sequences_ || !taken_ ? write_text(text) : carry_out(text);
 }
 

@@ -20,6 +20,8 @@ public:
     /// Whatever the code page is, it does not matter.
     void take();
     bool write(std::string_view utf8);
+    /// Allocates nothing.
+    bool write(std::wstring_view text);
     void give_back();
 
     /// Of the window, not of the whole buffer that it shows a part of.

@@ -3,6 +3,7 @@
 #include "frame/platform/platform.h"
 #include "frame/platform/windows/arguments.h"
 #include "frame/platform/windows/screen.h"
+#include "frame/platform/windows/shared.h"
 
 #include <io.h>
 #include <map>
@@ -27,7 +28,7 @@ std::span<char*> arguments(int, char**)
     return std::span{pointers}.first(texts.size());
 }
 
-std::int64_t tick_ms()
+std::int64_t windows::now_ms()
 {
     static const std::int64_t frequency = [] {
         LARGE_INTEGER ticks = {};
@@ -37,6 +38,13 @@ std::int64_t tick_ms()
     LARGE_INTEGER now = {};
     QueryPerformanceCounter(&now);
     return now.QuadPart / frequency * 1000 + now.QuadPart % frequency * 1000 / frequency;
+}
+
+std::int64_t tick_ms()
+{
+    const std::int64_t now = windows::now_ms();
+    windows::requests.looked_at_clock(now);
+    return now;
 }
 
 LocalTime local_time()
@@ -53,9 +61,17 @@ LocalTime local_time()
             .millisecond = now.wMilliseconds};
 }
 
-void begin_writing_file() {} // a request to end the program breaks no write off here
+// A request to end the program breaks no write off here.
 
-void end_writing_file() {}
+void begin_writing_file()
+{
+    windows::requests.files_being_written(1);
+}
+
+void end_writing_file()
+{
+    windows::requests.files_being_written(-1);
+}
 
 std::FILE* open_file(const char* name, const char* mode)
 {
