@@ -19,7 +19,7 @@ namespace
 void print_reading_error(const char* file_name, unsigned number, const char* entry)
 {
     console.clear_line();
-    console.print("Error reading the data file '%s', Section '%s', Entry '%s'\r\n",
+    print_failure("Error reading the data file '%s', Section '%s', Entry '%s'",
                   printable(file_name).c_str(), section_name(number).c_str(), entry);
 }
 
@@ -50,7 +50,7 @@ void show_turn_of(unsigned number)
 
 bool create(OutputFile& file, const char* file_name)
 {
-    if (file.create(file_name))
+    if (file.replace(file_name))
         return true;
     console.clear_line();
     print_open_error(file_name);
@@ -68,9 +68,9 @@ bool write(OutputFile& file, const char* file_name, const std::string& text)
     return false;
 }
 
-bool close(OutputFile& file, const char* file_name)
+bool complete(OutputFile& file, const char* file_name)
 {
-    if (file.close())
+    if (file.complete())
         return true;
     console.clear_line();
     print_close_error(file_name);
@@ -81,7 +81,7 @@ bool close(OutputFile& file, const char* file_name)
 void save_section(const char* file_name, unsigned number, const std::string& text)
 {
     OutputFile file;
-    if (create(file, file_name) && write(file, file_name, text) && close(file, file_name))
+    if (create(file, file_name) && write(file, file_name, text) && complete(file, file_name))
         print_done(number, saved_to, file_name);
 }
 
@@ -92,14 +92,14 @@ void save_set(unsigned number, const char* file_name)
     if (!succeeded(attempt_get_flags(number, flags)))
         return;
     if (flags.valid == 0) {
-        console.print("Cannot save the configuration #%u since it is invalid!\r\n", number);
+        print_failure("Cannot save the configuration #%u since it is invalid!", number);
         return;
     }
     ConfigName name;
     if (!succeeded(attempt_get_name(number, name)))
         return;
     if (flags.active == 0) {
-        console.print("Cannot save the configuration #%u '%s' since it was deleted!\r\n", number,
+        print_failure("Cannot save the configuration #%u '%s' since it was deleted!", number,
                       name.text().c_str());
         return;
     }
@@ -143,10 +143,11 @@ void save_all_sets(const char* file_name)
     progress("Saving all configurations into file '%s':\r\n", printable(file_name).c_str());
     hide_typed_keys();
     OutputFile file;
-    const bool complete = write_active_sets(file, file_name);
+    if (!write_active_sets(file, file_name))
+        return;
     if (file.is_open())
-        (void)close(file, file_name);
-    else if (complete)
+        (void)complete(file, file_name);
+    else
         console.print("No valid configurations found\r\n");
 }
 

@@ -70,14 +70,14 @@ void load_current_configuration_from_set(unsigned number)
     if (!read_flags(number, flags))
         return;
     if (flags.valid == 0) {
-        console.print("Configuration #%u is invalid!\r\n", number);
+        print_failure("Configuration #%u is invalid!", number);
         return;
     }
     ConfigName name;
     if (!read_name(number, name))
         return;
     if (flags.active == 0) {
-        console.print("Configuration #%u '%s' is deleted!\r\n", number, name.text().c_str());
+        print_failure("Configuration #%u '%s' is deleted!", number, name.text().c_str());
         return;
     }
     if (call(LIB(LoadCurrentConfig), set_index(number)))
@@ -92,8 +92,7 @@ bool has_name(unsigned number)
     if (!read_flags(number, flags))
         return false;
     if (flags.valid == 0)
-        console.print("Cannot get the name of the configuration #%u since it is invalid!\r\n",
-                      number);
+        print_failure("Cannot get the name of the configuration #%u since it is invalid!", number);
     return flags.valid != 0;
 }
 
@@ -182,9 +181,8 @@ void mark_one(const Marking& marking, unsigned number)
     if (!read_flags(number, flags))
         return;
     if (flags.valid == 0) {
-        console.print(
-            "Cannot %s the configuration #%u since it is invalid! Wipe it out instead.\r\n",
-            marking.verb, number);
+        print_failure("Cannot %s the configuration #%u since it is invalid! Wipe it out instead.",
+                      marking.verb, number);
         return;
     }
     ConfigName name;

@@ -224,8 +224,7 @@ void run_test(const Test& test)
 
 bool fail_with(const char* message)
 {
-    console.print(Color::bad, "%s", message);
-    console.print("\r\n");
+    print_failure("%s", message);
     return false;
 }
 

@@ -5,6 +5,7 @@
 #include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"
 
 #include <algorithm>
@@ -113,6 +114,7 @@ template <class Move>
 bool walk_memory(const Walk& walk, Move move)
 {
     DisplayScope scope;
+    hide_typed_keys(); // they would be echoed into the line that is rewritten
     // The last block reaches beyond the memory's end. It is part of the file format.
     for (std::uint32_t address = 0; address < memory_size; address += memory_block_size) {
         console.clear_line();
@@ -188,7 +190,7 @@ void back_memory_up(const Given& given)
                        .print_file_error = print_write_error};
     print_heading(walk);
     OutputFile file;
-    if (!file.create(given.text)) {
+    if (!file.replace(given.text)) {
         print_open_error(given.text);
         return;
     }
@@ -200,7 +202,7 @@ void back_memory_up(const Given& given)
     });
     if (!saved)
         return;
-    if (!file.close())
+    if (!file.complete())
         print_close_error(given.text);
     // Kept: said after a failed close, too, although the end of the file may be missing then.
     print_success("saved to", given.text);
@@ -232,7 +234,7 @@ void restore_memory(const Given& given)
     if (!loaded)
         return;
     if (skip_blanks(file))
-        console.print("Warning: Data file '%s' too long\r\n", printable(given.text).c_str());
+        print_warning("Warning: Data file '%s' too long", printable(given.text).c_str());
     if (!file.close())
         print_close_error(given.text);
     if (call(LIB(UpdateMemoryData)))

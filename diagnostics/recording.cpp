@@ -138,7 +138,7 @@ public:
     bool run()
     {
         if (!start_file()) {
-            console.print("%s\r\n", log_error::writing);
+            print_failure("%s", log_error::writing);
             return false;
         }
         DisplayScope scope;
@@ -158,7 +158,7 @@ public:
         display_.leave();
         scope.end();
         if (!recorded) {
-            console.print(Color::bad, "%s\r\n", log_error::writing);
+            print_failure("%s", log_error::writing);
             return false;
         }
         return finish();
@@ -297,7 +297,7 @@ private:
             print_value_line("", "%u", line.count);
         }
         if (!written)
-            console.print("%s\r\n", log_error::writing);
+            print_failure("%s", log_error::writing);
         return written;
     }
 
@@ -351,8 +351,11 @@ void record_heat_controller(const Given& given)
     console.clear_line();
     if (!log.close())
         print_close_error(given.text);
-    if (!program.quiet)
-        console.print(recorded ? "Data of %s saved to file '%s'\r\n"
-                               : "Error recording data of %s to file '%s'\r\n",
-                      module.c_str(), printable(given.text).c_str());
+    if (program.quiet)
+        return;
+    const std::string file = printable(given.text);
+    if (recorded)
+        console.print("Data of %s saved to file '%s'\r\n", module.c_str(), file.c_str());
+    else
+        print_failure("Error recording data of %s to file '%s'", module.c_str(), file.c_str());
 }

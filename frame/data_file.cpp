@@ -8,6 +8,78 @@
 #include <cerrno>
 #include <utility>
 
+namespace
+{
+
+/// Takes the last character off a file's name; false when nothing would be left of it.
+bool shorten(std::string& path)
+{
+    const auto is_inside_character = [](char byte) { return (byte & 0xC0) == 0x80; }; // of UTF-8
+    std::size_t end = path.size();
+    while (end > 0 && is_inside_character(path[end - 1]))
+        --end;
+    end -= end > 0 ? 1 : 0;
+    path.resize(end);
+    return !path.empty() && path.back() != '/' && path.back() != '\\';
+}
+
+} // namespace
+
+bool FormerFile::keep(const char* name)
+{
+    constexpr unsigned most_copies = 99;
+    std::string beginning = name_ = name;
+    for (unsigned number = 1; number <= most_copies;) {
+        copy_ = beginning + '~' + (number > 1 ? std::to_string(number) : "");
+        switch (platform::copy_file(name, copy_.c_str())) {
+        case platform::Copied::yes:
+            is_new_ = true;
+            return true;
+        case platform::Copied::already:
+            return true;
+        case platform::Copied::nothing:
+            copy_.clear();
+            return true;
+        case platform::Copied::name_taken:
+            ++number;
+            break;
+        case platform::Copied::name_too_long:
+            if (shorten(beginning))
+                break;
+            [[fallthrough]];
+        case platform::Copied::no:
+            failed_ = true;
+            return false;
+        }
+    }
+    failed_ = true;
+    return false;
+}
+
+void FormerFile::undo()
+{
+    if (is_new_)
+        discard();
+}
+
+void FormerFile::discard()
+{
+    if (!copy_.empty())
+        platform::remove_file(copy_.c_str());
+    copy_.clear();
+}
+
+FormerFile::~FormerFile()
+{
+    if (copy_.empty())
+        return;
+    if (!failed_)
+        platform::mark_copy(name_.c_str(), copy_.c_str());
+    print_warning(failed_ ? "The file before cannot be kept as '%s', so it was left as it is"
+                          : "The file before is kept as '%s'",
+                  printable(copy_).c_str());
+}
+
 OutputFile::~OutputFile()
 {
     if (is_open())
@@ -17,10 +89,20 @@ OutputFile::~OutputFile()
 bool OutputFile::create(const char* name)
 {
     file_ = platform::open_file(name, "w");
+    name_ = name;
     due_ms_ = 0;
     failed_ = false;
     if (is_open())
         platform::begin_writing_file();
+    return is_open();
+}
+
+bool OutputFile::replace(const char* name)
+{
+    if (!former_.keep(name))
+        return false;
+    if (!create(name))
+        former_.undo();
     return is_open();
 }
 
@@ -50,9 +132,15 @@ bool OutputFile::flush()
     return noted(std::fflush(file_) == 0 && std::ferror(file_) == 0);
 }
 
-bool OutputFile::store()
+bool OutputFile::sync()
 {
     return flush() && noted(platform::store_file(file_));
+}
+
+bool OutputFile::store()
+{
+    return sync() &&
+           noted(platform::place_of_file(file_, name_.c_str()) == platform::FilePlace::there);
 }
 
 bool OutputFile::store_when_due(std::int64_t now_ms)
@@ -61,7 +149,10 @@ bool OutputFile::store_when_due(std::int64_t now_ms)
     const bool due = due_ms_ != 0 && now_ms >= due_ms_;
     if (due || due_ms_ == 0)
         due_ms_ = now_ms + interval_ms;
-    return due ? store() : std::ferror(file_) == 0;
+    if (!due)
+        return std::ferror(file_) == 0;
+    return sync() &&
+           noted(platform::place_of_file(file_, name_.c_str()) != platform::FilePlace::nowhere);
 }
 
 bool OutputFile::close()
@@ -71,6 +162,16 @@ bool OutputFile::close()
     const bool closed = std::fclose(std::exchange(file_, nullptr)) == 0;
     platform::end_writing_file();
     return has_failed || (closed && flushed);
+}
+
+bool OutputFile::complete()
+{
+    const bool has_failed = failed_;
+    const bool stored = store();
+    const bool closed = close();
+    if (stored && closed && !has_failed)
+        former_.discard();
+    return has_failed || (closed && stored);
 }
 
 InputFile::~InputFile()
@@ -126,7 +227,7 @@ namespace
 
 void print_file_error(const char* what, const char* file_name)
 {
-    console.print("Error %s the data file '%s'\r\n", what, printable(file_name).c_str());
+    print_failure("Error %s the data file '%s'", what, printable(file_name).c_str());
 }
 
 /// A request to end the program breaks off what waits for the other end of a pipe.

@@ -14,6 +14,35 @@
 #include <string>
 #include <string_view>
 
+/// What a file held that is written anew: a copy beside it, named NAME~, for as long as the new
+/// one is not complete. (It is a copy, and the file itself is written, so that its links, its owner
+/// and its permissions stay as they are.) Nothing that somebody else named so is overwritten: a
+/// name that is taken gets a number behind it. One that would be too long loses its end. When the
+/// next new one fails, too, what is kept is still the last complete one.
+class FormerFile
+{
+public:
+    FormerFile() = default;
+    /// Tells the user, in a line, where the copy is, if there still is one; or that there could be
+    /// none.
+    ~FormerFile();
+    FormerFile(const FormerFile&) = delete;
+    FormerFile& operator=(const FormerFile&) = delete;
+
+    /// False when the file of that name holds something that cannot be copied.
+    [[nodiscard]] bool keep(const char* name);
+    /// The new file was not begun: removes the copy, unless it is older than that.
+    void undo();
+    /// The new file is complete: removes the copy.
+    void discard();
+
+private:
+    std::string name_;
+    std::string copy_;    ///< empty = none
+    bool is_new_ = false; ///< made by keep()
+    bool failed_ = false;
+};
+
 /// A file being written. Its bytes are buffered; what fails to reach the disk is told by the print
 /// that notices it, at the latest by close().
 class OutputFile
@@ -26,6 +55,9 @@ public:
 
     /// Creates the file, or empties the one of that name. False when that is not possible.
     [[nodiscard]] bool create(const char* name);
+    /// The same, but what a file of that name holds is kept until complete(); false, too, when it
+    /// cannot be.
+    [[nodiscard]] bool replace(const char* name);
     [[nodiscard]] bool is_open() const { return file_ != nullptr; }
 
     /// False when this or an earlier print could not be written.
@@ -36,14 +68,18 @@ public:
     /// Hands everything printed so far to the operating system.
     [[nodiscard]] bool flush();
     /// The same, and waits until it is on the disk: neither a crash nor a power loss costs it.
+    /// False, too, when somebody has removed or renamed the file meanwhile.
     [[nodiscard]] bool store();
     /// The same once a second, from the first call on: for a file that grows while something is
-    /// measured.
+    /// measured. It may be renamed.
     [[nodiscard]] bool store_when_due(std::int64_t now_ms);
 
     /// False when the rest could not be written or the file not be closed; not because of a failure
     /// that was told before. The file is closed anyway.
     [[nodiscard]] bool close();
+    /// The same for a file in which nothing is missing: it is stored before, and the one that it
+    /// replaces is let go.
+    [[nodiscard]] bool complete();
 
 private:
     bool noted(bool good)
@@ -52,7 +88,11 @@ private:
         return good;
     }
 
+    [[nodiscard]] bool sync();
+
     std::FILE* file_ = nullptr;
+    std::string name_;
+    FormerFile former_;
     bool failed_ = false;
     std::int64_t due_ms_ = 0; ///< of store_when_due()
 };

@@ -53,9 +53,3 @@ bool MeasurementLog::print(const char* format, ...)
     va_end(arguments);
     return printed;
 }
-
-bool MeasurementLog::close()
-{
-    const bool stored = file_.store();
-    return file_.close() && stored;
-}

@@ -63,7 +63,7 @@ public:
     [[nodiscard]] bool store() { return file_.store(); }
 
     /// Stores what is left, too. The file is closed anyway.
-    [[nodiscard]] bool close();
+    [[nodiscard]] bool close() { return file_.complete(); }
 
 private:
     OutputFile file_;

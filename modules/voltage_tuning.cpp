@@ -275,10 +275,8 @@ void Tuning::run(bool continuous)
         [this](const OutputData& shown) { places_.show(shown); });
     if (log_.is_open()) // something failed: the rows stay, without a trailer
         end_unless(log_.close(), log_error::closing);
-    if (file_error_ != nullptr) {
-        console.print(Color::bad, "%s", file_error_);
-        console.print("\r\n");
-    }
+    if (file_error_ != nullptr)
+        print_failure("%s", file_error_);
 }
 
 } // namespace

@@ -24,12 +24,12 @@ std::string latin1_text(std::string_view text)
 bool Report::open(const char* file_name)
 {
     file_name_ = file_name;
-    return file_.create(file_name);
+    return file_.replace(file_name);
 }
 
-bool Report::close()
+bool Report::close(bool complete)
 {
-    return file_.close();
+    return complete ? file_.complete() : file_.close();
 }
 
 void Report::write(const std::string& text)

@@ -38,10 +38,11 @@ struct ReportItem {
 class Report
 {
 public:
-    /// False when the file cannot be opened.
+    /// False when the file cannot be opened. A report of that name is kept beside it at first.
     [[nodiscard]] bool open(const char* file_name);
-    /// False when it cannot be closed, or the last of it not be written.
-    [[nodiscard]] bool close();
+    /// False when it cannot be closed, or the last of it not be written. Only a complete one takes
+    /// the place of the report before.
+    [[nodiscard]] bool close(bool complete);
 
     /// False once a write has failed, which the user has been told.
     [[nodiscard]] bool is_good() const { return good_; }

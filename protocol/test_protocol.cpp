@@ -152,8 +152,7 @@ void create_test_protocol(const Given& given)
     progress("Creating test protocol:\n");
     Report report;
     if (!report.open(given.text)) {
-        console.print(Color::bad, "Cannot open the data file %s", printable(given.text).c_str());
-        console.print("\r\n");
+        print_failure("Cannot open the data file %s", printable(given.text).c_str());
         return;
     }
     const std::int64_t start_ms = platform::tick_ms();
@@ -176,8 +175,6 @@ void create_test_protocol(const Given& given)
         report.text("*** Test protocol aborted due to an error ***", Color::bad);
     }
     const bool told = !report.is_good();
-    if (!report.close() && !told) {
-        console.print(Color::bad, "Cannot close the data file %s", printable(given.text).c_str());
-        console.print("\r\n");
-    }
+    if (!report.close(passed) && !told)
+        print_failure("Cannot close the data file %s", printable(given.text).c_str());
 }

@@ -152,6 +152,32 @@ std::FILE* open_file(const char* name, const char* mode);
 /// file on a disk.
 bool store_file(std::FILE* file);
 
+/// Where a file that is open can be found.
+enum class FilePlace {
+    there,     ///< under that name; also what is no file on a disk
+    elsewhere, ///< under another one
+    nowhere,   ///< it has been removed
+};
+FilePlace place_of_file(std::FILE* file, const char* name);
+
+/// How a copy came out.
+enum class Copied {
+    yes,           ///< it is on the disk, and open to the same people
+    nothing,       ///< of that name there is no file on a disk, or an empty one: no copy
+    already,       ///< it has been marked, and is still good: none was made
+    name_taken,    ///< there is something else of the copy's name, which stays as it is
+    name_too_long, ///< the copy's
+    no,            ///< nothing is left of it
+};
+/// Copies a file; the copy is a new file.
+Copied copy_file(const char* name, const char* copy_name);
+
+/// Notes, by the time of the copy, that the file has come to nothing since it was copied: until it
+/// is written again no other copy is made.
+void mark_copy(const char* name, const char* copy_name);
+
+void remove_file(const char* name);
+
 /// The number of the signal that asks the program to end, 0 while there is none.
 int stop_signal();
 

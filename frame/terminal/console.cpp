@@ -370,6 +370,24 @@ void print_value_line(const char* label, const char* format, ...)
     va_end(arguments);
 }
 
+void print_failure(const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    console.vprint(Color::bad, format, arguments);
+    console.print("\r\n");
+    va_end(arguments);
+}
+
+void print_warning(const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    console.vprint(Color::warning, format, arguments);
+    console.print("\r\n");
+    va_end(arguments);
+}
+
 Place place_field(const char* label, int columns)
 {
     console.print("%s", label);

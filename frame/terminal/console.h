@@ -238,6 +238,11 @@ extern Console console;
 /// Prints a finished line: the label, the value in bright white, the line's end.
 void print_value_line(const char* label, const char* format, ...) PRINTF_FORMAT(2, 3);
 
+/// Prints a finished line in light magenta.
+void print_failure(const char* format, ...) PRINTF_FORMAT(1, 2);
+/// Prints a finished line in yellow.
+void print_warning(const char* format, ...) PRINTF_FORMAT(1, 2);
+
 /// Prints a label, notes the place behind it and leaves that many columns free for its value.
 [[nodiscard]] Place place_field(const char* label, int columns = 0);
 

@@ -45,6 +45,5 @@ YesNo read_confirmation()
 
 void print_interrupted()
 {
-    console.print(Color::warning, "interrupted");
-    console.print("\r\n");
+    print_warning("interrupted");
 }

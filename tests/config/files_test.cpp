@@ -60,20 +60,21 @@ TEST_F(ConfigFiles, OneSet)
               "-XS4 c.ini -g -q -XL7 a.ini -XS7 b.ini -T");
     EXPECT_THAT(
         trial.display(),
-        StartsWith("Configuration #7 loaded from data file 'a.ini'\n"
-                   "Name of configuration #7: 'Bake\\tout'\n"
-                   "Configuration #7 saved to data file 'b.ini'\n"
-                   "Configuration #8 loaded from data file 'a.ini'\n"
-                   "Name of configuration #8: '" +
-                   std::string(133, 'x') + '\n' + std::string(69, 'x') +
-                   "'\n"
-                   "Error reading the data file 'a.ini', Section 'Configuration9', Entry 'Name'\n"
-                   "Cannot save the configuration #1 since it is invalid!\n"
-                   "Cannot save the configuration #2 'two\\n' since it was deleted!\n"
-                   "Cannot save the configuration #4 since it is invalid!\n"
-                   "Loading configuration #7 from file 'a.ini':\n"
-                   "Saving configuration #7 into file 'b.ini':\n"
-                   "Closing"));
+        StartsWith(
+            "Configuration #7 loaded from data file 'a.ini'\n"
+            "Name of configuration #7: 'Bake\\tout'\n"
+            "Configuration #7 saved to data file 'b.ini'\n"
+            "Configuration #8 loaded from data file 'a.ini'\n"
+            "Name of configuration #8: '" +
+            std::string(133, 'x') + '\n' + std::string(69, 'x') +
+            "'\n"
+            "{M}Error reading the data file 'a.ini', Section 'Configuration9', Entry 'Name'{.}\n"
+            "{M}Cannot save the configuration #1 since it is invalid!{.}\n"
+            "{M}Cannot save the configuration #2 'two\\n' since it was deleted!{.}\n"
+            "{M}Cannot save the configuration #4 since it is invalid!{.}\n"
+            "Loading configuration #7 from file 'a.ini':\n"
+            "Saving configuration #7 into file 'b.ini':\n"
+            "Closing"));
     EXPECT_EQ(contents("b.ini"), set_section(7, "Bake\\tout"));
     EXPECT_FALSE(std::filesystem::exists("c.ini"));
 }
@@ -109,8 +110,8 @@ TEST_F(ConfigFiles, AllSetsAreTheActiveOnesAndThoseWithAName)
     trial.run("3 -XS b.ini -XL a.ini -xi -T");
     EXPECT_EQ(trial.display(), "Configuration #4 saved to data file 'b.ini'\n"
                                "Configuration #5 loaded from data file 'a.ini'\n"
-                               "Error reading the data file 'a.ini', Section 'Configuration6', "
-                               "Entry 'DeviceEnable'\n"
+                               "{M}Error reading the data file 'a.ini', Section 'Configuration6', "
+                               "Entry 'DeviceEnable'{.}\n"
                                "Active configurations:\n   4: 'four'\n   5: 'five'\n");
     EXPECT_EQ(contents("b.ini"), set_section(4, "four"));
 }
@@ -118,15 +119,15 @@ TEST_F(ConfigFiles, AllSetsAreTheActiveOnesAndThoseWithAName)
 TEST_F(ConfigFiles, WhatCannotBeReadIsNotSent)
 {
     write_file("a.ini", with_broken_enable(set_section(5, "five")));
-    const std::string broken =
-        "Error reading the data file 'a.ini', Section 'Configuration5', Entry 'DeviceEnable'\n";
+    const std::string broken = "{M}Error reading the data file 'a.ini', Section 'Configuration5', "
+                               "Entry 'DeviceEnable'{.}\n";
     Trial trial;
     trial.run("3 -XL5 'no\tfile' -xs . -XL /dev/null -xl /dev/null -XL5 a.ini -XL a.ini -T");
-    EXPECT_EQ(trial.display(), "Error opening the data file 'no\\tfile'\n"
-                               "Error opening the data file '.'\n"
+    EXPECT_EQ(trial.display(), "{M}Error opening the data file 'no\\tfile'{.}\n"
+                               "{M}Error opening the data file '.'{.}\n"
                                "No configurations found\n"
-                               "Error reading the data file '/dev/null', Section "
-                               "'CurrentConfiguration', Entry 'DeviceEnable'\n" +
+                               "{M}Error reading the data file '/dev/null', Section "
+                               "'CurrentConfiguration', Entry 'DeviceEnable'{.}\n" +
                                    broken + broken);
     EXPECT_EQ(trial.calls_of("Set"), 0);
 }

@@ -30,8 +30,8 @@ void run(Trial& trial, const TemporaryFile& file, const std::string& switches)
 TEST(MemoryImage, FilesRestoredAndSavedAgain)
 {
     const std::string loaded = "Memory data loaded from file '";
-    const std::string warning = "Warning: Data file '";
-    const std::string error = "\nError reading the data file '";
+    const std::string warning = "{Y}Warning: Data file '";
+    const std::string error = "\n{M}Error reading the data file '";
     const std::string good = image("%02X\n", lines);
     const struct {
         const char* what;
@@ -44,10 +44,10 @@ TEST(MemoryImage, FilesRestoredAndSavedAgain)
         {"other line ends and case, no last one", image("%02x \r\n", lines - 1) + "fF", 1171,
          ":\n" + loaded, "'\n"},
         {"single digits", image("\t%X\n\n", lines) + " \n", 1171, ":\n" + loaded, "'\n"},
-        {"too long", good + "FF\n", 1171, ":\n" + warning, "' too long\nMemory data loaded"},
-        {"short by one", image("%02X\n", lines - 1), 1170, "3FFC0h" + error, "'\n"},
-        {"empty", "", 0, "00000h" + error, "'\n"},
-        {"broken", image("%02X\n", 500) + "G0\n" + good, 2, "001C0h" + error, "'\n"},
+        {"too long", good + "FF\n", 1171, ":\n" + warning, "' too long{.}\nMemory data loaded"},
+        {"short by one", image("%02X\n", lines - 1), 1170, "3FFC0h" + error, "\'{.}\n"},
+        {"empty", "", 0, "00000h" + error, "\'{.}\n"},
+        {"broken", image("%02X\n", 500) + "G0\n" + good, 2, "001C0h" + error, "\'{.}\n"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);

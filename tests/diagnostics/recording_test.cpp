@@ -124,11 +124,11 @@ TEST(Recording, FailsWithItsFirstReadings)
         const TemporaryFile file;
         run(trial, file);
         EXPECT_THAT(trial.display(),
-                    EndsWith("time-out{.}\nError recording data of heat-controller to file '" +
-                             file.name() + "'\n"));
+                    EndsWith("time-out{.}\n{M}Error recording data of heat-controller to file '" +
+                             file.name() + "'{.}\n"));
     }
     EXPECT_EQ(display_of("-HS /nowhere/at\033all"),
-              "Error opening the data file '/nowhere/at\\eall'\n");
+              "{M}Error opening the data file '/nowhere/at\\eall'{.}\n");
 }
 
 } // namespace

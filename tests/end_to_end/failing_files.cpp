@@ -1,15 +1,20 @@
-// Preloaded into the program: of its calls that open, flush, store and close files, the one whose
-// number stands in FAILING_FILE_CALL fails. What the simulated instrument opens does not count.
+// Preloaded into the program: of its calls that open, copy, flush, store and close files, the one
+// whose number stands in FAILING_FILE_CALL fails. What the simulated instrument opens does not
+// count.
 #include <cerrno>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace
 {
 
 std::FILE* watched = nullptr;
+int copy = -1; ///< descriptor
 
 bool is_turn_of_failing()
 {
@@ -38,6 +43,39 @@ extern "C" std::FILE* fopen(const char* name, const char* mode)
     if (counts)
         watched = file;
     return file;
+}
+
+extern "C" int open(const char* name, int flags, ...)
+{
+    std::va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    const bool counts = std::strchr(name, '~') != nullptr;
+    if (counts && is_turn_of_failing())
+        return -1;
+    const int descriptor = next<int(const char*, int, ...)>("open")(name, flags, mode);
+    if (counts)
+        copy = descriptor;
+    return descriptor;
+}
+
+extern "C" ssize_t write(int descriptor, const void* bytes, std::size_t size)
+{
+    if (descriptor == copy && is_turn_of_failing())
+        return -1;
+    return next<ssize_t(int, const void*, std::size_t)>("write")(descriptor, bytes, size);
+}
+
+extern "C" int fsync(int descriptor)
+{
+    return descriptor == copy && is_turn_of_failing() ? -1 : next<int(int)>("fsync")(descriptor);
+}
+
+extern "C" int close(int descriptor)
+{
+    copy = descriptor == copy ? -1 : copy;
+    return next<int(int)>("close")(descriptor);
 }
 
 extern "C" int fflush(std::FILE* file)

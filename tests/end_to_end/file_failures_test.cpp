@@ -1,9 +1,11 @@
 // Files that cannot be opened, written, stored, read or closed: the user is told, nothing is said
-// to be saved that is not, and the rest of the command line is carried out.
+// to be saved that is not, what a file held before is kept, and the rest of the command line is
+// carried out.
 #include "tests/end_to_end/controller_run.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/temporary_file.h"
 
+#include <csignal>
 #include <cstdio>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,6 +29,14 @@ struct FileCommand {
     const char* success;
     const char* keys = "";
     bool says_so_anyway = false; ///< kept: a failed close is told, and then the success
+
+    /// What the file held must not be lost before the new one is complete.
+    [[nodiscard]] bool keeps_former() const
+    {
+        return std::string{"-xs -XS1 -y -R"}.find(letters) != std::string::npos;
+    }
+    /// It never comes to a good end here.
+    [[nodiscard]] bool is_aborted() const { return std::string{letters} == "-R"; }
 };
 
 void PrintTo(const FileCommand& command, std::ostream* stream)
@@ -65,6 +75,12 @@ protected:
     bool fails_with(const std::string& file, unsigned long long longest_file = FullDisk::unlimited)
     {
         const FileCommand& command = GetParam();
+        const bool keeps_former = command.keeps_former() && file == command.file;
+        const std::string path = run_.folder + '/' + file;
+        if (keeps_former) {
+            write_file(path, former);
+            std::filesystem::remove(path + '~');
+        }
         run_.set_command_line(std::string{"3 -XC1 "} + command.letters + ' ' + file + " -PE -T");
         std::string output;
         // Wine itself does not always come up with that little room.
@@ -80,12 +96,18 @@ protected:
                                                  "Cannot close) (the )?data file"));
         const bool done = output.find(command.success) != std::string::npos;
         EXPECT_TRUE(done != told || (done && command.says_so_anyway)) << output;
+        if (keeps_former) {
+            const bool is_kept = contents(path + '~') == former;
+            EXPECT_EQ(is_kept, output.find("The file before is kept as ") != std::string::npos);
+            EXPECT_EQ(is_kept || contents(path) == former, told || command.is_aborted()) << output;
+        }
         return told;
     }
 
     ProgramRun run_;
 
 private:
+    static constexpr const char* former = "what the file held before, in more than forty bytes";
     static constexpr const char* scenario = "latency 0\nstate.overall 11h\n";
 };
 
@@ -103,6 +125,37 @@ TEST_P(WritingFails, OnAFullDiskAndWhereNoFileCanBe)
     for (const char* place : {"/dev/full", "/proc/data", ".", "no/such/folder"})
         EXPECT_TRUE(fails_with(place)) << place;
 }
+
+#ifndef KOV_UNDER_WINE // whose console ends a program in its own way
+TEST(FormerFiles, KeepTheirLinksAndPermissionsAndOutliveASignal)
+{
+    namespace fs = std::filesystem;
+    ControllerRun run{"3 -y data -T", "latency 20"};
+    const auto name = [&run](const char* file) { return run.folder + '/' + file; };
+    fs::create_directory(name("elsewhere"));
+    write_file(name("elsewhere/target"), "before");
+    fs::permissions(name("elsewhere/target"), fs::perms{0640});
+    fs::create_hard_link(name("elsewhere/target"), name("other"));
+    fs::create_symlink("elsewhere/target", name("data"));
+    fs::create_symlink("other", name("data~")); // taken
+    for (const int signal : {SIGTERM, SIGINT, SIGKILL}) {
+        SCOPED_TRACE(signal);
+        PseudoTerminal terminal{run};
+        ASSERT_TRUE(terminal.shows("Getting memory data, address: 00"));
+        terminal.send_signal(signal);
+        const bool killed = signal == SIGKILL;
+        EXPECT_EQ(terminal.exit_status(), killed ? -signal : 128 + signal);
+        EXPECT_EQ(transcript(terminal.screen).find("The file before is kept as 'data~2'") ==
+                      std::string::npos,
+                  killed);
+        EXPECT_EQ(contents(name("data~2")), "before");
+        EXPECT_EQ(fs::status(name("data~2")).permissions(), fs::perms{0640});
+    }
+    EXPECT_EQ(fs::read_symlink(name("data")), "elsewhere/target");
+    EXPECT_EQ(fs::hard_link_count(name("other")), 2U);
+    EXPECT_EQ(fs::status(name("other")).permissions(), fs::perms{0640});
+}
+#endif
 
 TEST_P(ReadingFails, WhereNoFileIs)
 {

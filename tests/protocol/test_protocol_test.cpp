@@ -86,7 +86,7 @@ TEST(TestProtocol, AFullDiskFailsTheStepsButNotTheRestoring)
     const FullDisk disk{8'000}; // full in the middle of the steps
     QuickTrial trial;
     trial.run(with_settings_around(report, before, after));
-    const std::string told = "Error writing the data file '" + report.name() + "'\n";
+    const std::string told = "{M}Error writing the data file '" + report.name() + "'{.}\n";
     EXPECT_THAT(trial.screen(), HasSubstr(told));
     EXPECT_EQ(trial.screen().find(told, trial.screen().find(told) + 1), std::string::npos);
     EXPECT_THAT(trial.screen(), HasSubstr("{M}*** Test protocol aborted"));

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -28,6 +29,12 @@ void end_hanging_program(const char* what)
 {
     ADD_FAILURE() << "the program would hang: " << what;
     raised_signal = SIGKILL;
+}
+
+/// The time of a marked copy.
+std::filesystem::file_time_type mark_for(const char* name)
+{
+    return std::filesystem::last_write_time(name) + std::chrono::milliseconds{10};
 }
 
 /// When the first of the events happens.
@@ -221,6 +228,38 @@ bool store_file(std::FILE*)
 {
     ++virtual_platform.stores;
     return true;
+}
+
+FilePlace place_of_file(std::FILE*, const char* name)
+{
+    return std::filesystem::exists(name) ? FilePlace::there : FilePlace::nowhere;
+}
+
+Copied copy_file(const char* name, const char* copy_name)
+{
+    namespace fs = std::filesystem;
+    std::error_code failed;
+    if (!fs::is_regular_file(name, failed))
+        return Copied::nothing;
+    if (fs::exists(copy_name, failed) && fs::last_write_time(copy_name) == mark_for(name))
+        return Copied::already;
+    if (fs::file_size(name) == 0)
+        return Copied::nothing;
+    if (fs::copy_file(name, copy_name, failed))
+        return Copied::yes;
+    return failed == std::errc::file_exists         ? Copied::name_taken
+           : failed == std::errc::filename_too_long ? Copied::name_too_long
+                                                    : Copied::no;
+}
+
+void mark_copy(const char* name, const char* copy_name)
+{
+    std::filesystem::last_write_time(copy_name, mark_for(name));
+}
+
+void remove_file(const char* name)
+{
+    std::filesystem::remove(name);
 }
 
 int stop_signal()

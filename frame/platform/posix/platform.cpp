@@ -121,17 +121,6 @@ InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& cou
     return InputResult::ended;
 }
 
-std::FILE* open_file(const char* name, const char* mode)
-{
-    return std::fopen(name, mode);
-}
-
-bool store_file(std::FILE* file)
-{
-    // Pipes and devices refuse: they have nothing to wait for.
-    return fdatasync(fileno(file)) == 0 || errno == EINVAL || errno == ENOTSUP;
-}
-
 const char* environment(const char* name)
 {
     return std::getenv(name);
