@@ -159,7 +159,7 @@ bool run_switch(std::span<char* const> arguments, std::span<const SwitchTable> t
             return false;
     }
     if (row->session != Session::none && !open_session(device.type))
-        return row->session == Session::wanted;
+        return row->session == Session::wanted || platform::stop_signal() != 0;
     row->routine(given);
     return true;
 }

@@ -1,6 +1,7 @@
 #include "instrument/supply_output.h"
 
 #include "frame/device_call.h"
+#include "frame/platform/platform.h"
 #include "instrument/module_readings.h"
 
 const char* attempt_ranges(unsigned address, MeasurementRanges& ranges)
@@ -10,7 +11,10 @@ const char* attempt_ranges(unsigned address, MeasurementRanges& ranges)
 
 const char* attempt_to_set_ranges(unsigned address, MeasurementRanges ranges)
 {
-    return attempt(LIB(SetHVsupplyMeasRanges), address, ranges.negative, ranges.high);
+    // The library may have given another value than 1.
+    const std::uint8_t negative = ranges.negative != 0 ? 1 : 0;
+    const std::uint8_t high = ranges.high != 0 ? 1 : 0;
+    return attempt(LIB(SetHVsupplyMeasRanges), address, negative, high);
 }
 
 const char* attempt_target_voltage(unsigned address, double& volts)
@@ -37,6 +41,7 @@ const char* attempt_output(unsigned address, std::uint8_t data_ready, Measuremen
             output.voltage = measured.value;
             output.voltage_ranges = ranges;
             output.has_voltage = news.voltage = true;
+            news.voltage_ms = platform::tick_ms();
         }
     }
     if (is_ready(data_ready, ready_bit::output_current)) {
@@ -46,6 +51,7 @@ const char* attempt_output(unsigned address, std::uint8_t data_ready, Measuremen
             output.current = measured.value;
             output.current_ranges = ranges;
             output.has_current = news.current = true;
+            news.current_ms = platform::tick_ms();
         }
     }
     return nullptr;

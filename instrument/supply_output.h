@@ -34,9 +34,10 @@ struct OutputValues {
 [[nodiscard]] const char* attempt_target_voltage(unsigned address, double& volts);
 [[nodiscard]] const char* attempt_pwm_parameters(unsigned address, PwmParameters& parameters);
 
-/// Which values a call of attempt_output() brought.
+/// Which values a call of attempt_output() brought, and at which ticks.
 struct NewOutput {
     bool voltage = false, current = false;
+    std::int64_t voltage_ms = 0, current_ms = 0;
 };
 
 /// Fetches what the data-ready flags announce; a value that is not valid is left aside.

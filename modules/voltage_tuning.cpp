@@ -8,6 +8,7 @@
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
+#include "frame/terminal/scan_codes.h"
 #include "instrument/addresses.h"
 #include "modules/output.h"
 
@@ -19,26 +20,29 @@
 namespace
 {
 
+/// What a key alone adds to the target.
 struct StepKey {
-    int key;
+    ScanCodes codes;
     double volts;
 };
 
-// With Alt ten times, with Ctrl a hundred times the step.
 constexpr StepKey step_keys[] = {
-    {key::extended(0x48), 0.001},  {key::extended(0x50), -0.001},  // Up, Down
-    {key::extended(0x98), 0.01},   {key::extended(0xA0), -0.01},   // Alt
-    {key::extended(0x8D), 0.1},    {key::extended(0x91), -0.1},    // Ctrl
-    {key::extended(0x49), 10.0},   {key::extended(0x51), -10.0},   // PgUp, PgDn
-    {key::extended(0x99), 100.0},  {key::extended(0xA1), -100.0},  // Alt
-    {key::extended(0x84), 1000.0}, {key::extended(0x76), -1000.0}, // Ctrl
+    {scan_code::up, 0.001},
+    {scan_code::down, -0.001},
+    {scan_code::page_up, 10.0},
+    {scan_code::page_down, -10.0},
 };
 
 std::optional<double> step_of(int key)
 {
-    for (const StepKey& step : step_keys) {
-        if (step.key == key)
-            return step.volts;
+    constexpr double with_alt = 10.0, with_control = 100.0;
+    for (const auto& [codes, volts] : step_keys) {
+        if (key == key::extended(codes.plain))
+            return volts;
+        if (key == key::extended(codes.alt))
+            return volts * with_alt;
+        if (key == key::extended(codes.control))
+            return volts * with_control;
     }
     return std::nullopt;
 }
@@ -51,9 +55,10 @@ double stepped(double target, double step)
     return std::clamp(from + step, 0.0, highest_volts);
 }
 
-std::string file_name(const std::string& module, const platform::LocalTime& time)
+/// The file's name without its ending.
+std::string recording_name(const std::string& module, const platform::LocalTime& time)
 {
-    return formatted("%s %04d-%02d-%02d %02d.%02d.%02d.txt", module.c_str(), time.year, time.month,
+    return formatted("%s %04d-%02d-%02d %02d.%02d.%02d", module.c_str(), time.year, time.month,
                      time.day, time.hour, time.minute, time.second);
 }
 
@@ -75,6 +80,7 @@ private:
     [[nodiscard]] const char* activate(bool on);
 
     void start_saving();
+    [[nodiscard]] std::string file_name(const platform::LocalTime& time);
     void stop_saving();
     void save(NewOutput news);
     /// Notes what was wrong with the file first: the display is over then.
@@ -89,6 +95,8 @@ private:
     const char* target_failed_ = nullptr;
     std::uint64_t cycles_ = 0;
     MeasurementLog log_;
+    std::string last_name_;            ///< of the latest recording
+    unsigned same_name_ = 0;           ///< recordings that began in its second
     const char* file_error_ = nullptr; ///< log_error
 
     Place saving_prompt_;
@@ -136,6 +144,8 @@ void Tuning::print_labels(LiveFields& fields)
     places_.target = place_at({last_row, places_.current.column + columns_to_next}, "Target: ");
     places_.active = place_at(places_.target.right(columns_to_active), "Active: ");
     console.flush();
+    if (fields.continuous)
+        flush_keys(); // nothing is switched by what was typed before anybody could see this
     target_failed_ = attempt_target_voltage(address_, latest_.target);
     if (target_failed_ == nullptr)
         show_target(places_.target, latest_.target);
@@ -164,6 +174,9 @@ const char* Tuning::take_key(int key)
 {
     if (file_error_ != nullptr)
         return nullptr; // it is over
+    const bool ends_something = key == 'a' || key == 's' || key == key::escape;
+    if (!ends_something && escape_waiting())
+        return nullptr; // keys held down while the library was busy
     if (const std::optional<double> step = step_of(key))
         return step_target(*step);
     if (change_ranges(folded(key), ranges_))
@@ -220,11 +233,19 @@ void Tuning::print_saving_prompt(const std::string& file)
     console.clear_to_end_of_line();
 }
 
+std::string Tuning::file_name(const platform::LocalTime& time)
+{
+    const std::string name = recording_name(name_, time);
+    same_name_ = name == last_name_ ? same_name_ + 1 : 1;
+    last_name_ = name;
+    return name + (same_name_ > 1 ? formatted(" (%u)", same_name_) : "") + ".txt";
+}
+
 void Tuning::start_saving()
 {
     const platform::LocalTime now = platform::local_time();
     log_.start_clock(platform::tick_ms());
-    const std::string file = file_name(name_, now);
+    const std::string file = file_name(now);
     if (!log_.create(file.c_str())) {
         end_unless(false, log_error::opening);
         return;
@@ -250,17 +271,17 @@ void Tuning::save(NewOutput news)
     const PwmParameters& pwm = latest_.pwm;
     const OutputValues& output = latest_.output;
     constexpr double nano = 1e9;
-    const std::int64_t now = platform::tick_ms();
     const double width = pwm.width * nano;
     const double period = pwm.period * nano;
     const double phase = pwm.phase_measured * nano;
     bool written = true;
     if (news.voltage)
-        written = log_.row(now, "\t%lf\t%lf\t%lf\t\t%lf\n", width, period, output.voltage, phase);
+        written = log_.row(news.voltage_ms, "\t%lf\t%lf\t%lf\t\t%lf\n", width, period,
+                           output.voltage, phase);
     if (news.current)
-        written = written && log_.row(now, "\t%lf\t%lf\t\t%lf\t%lf\n", width, period,
+        written = written && log_.row(news.current_ms, "\t%lf\t%lf\t\t%lf\t%lf\n", width, period,
                                       output.current * nano, phase);
-    end_unless(written && log_.keep(now), log_error::writing);
+    end_unless(written && log_.keep(platform::tick_ms()), log_error::writing);
 }
 
 void Tuning::run(bool continuous)

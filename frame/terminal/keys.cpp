@@ -95,9 +95,14 @@ void look(std::int64_t timeout_ms)
     drop_answered_line_end();
 }
 
+bool key_input_is_over()
+{
+    return keyboard.ended || platform::stop_signal() != 0;
+}
+
 bool key_or_end_is_there()
 {
-    return !keyboard.decoder.keys.empty() || keyboard.ended || platform::stop_signal() != 0;
+    return !keyboard.decoder.keys.empty() || key_input_is_over();
 }
 
 } // namespace
@@ -122,6 +127,22 @@ bool key_waiting()
     look(0);
     keyboard.look_again = key_or_end_is_there();
     return keyboard.look_again;
+}
+
+bool escape_waiting()
+{
+    const KeyDecoder& decoder = keyboard.decoder;
+    if (!platform::input_is_terminal())
+        return false;
+    std::size_t seen = 0;
+    do {
+        seen = decoder.keys.size();
+        look(0);
+        while (decoder.is_open() && !decoder.is_torn() && !key_input_is_over())
+            look(decoder.patience_ms());
+    } while (decoder.keys.size() > seen);
+    return platform::stop_signal() != 0 ||
+           std::find(decoder.keys.begin(), decoder.keys.end(), key::escape) != decoder.keys.end();
 }
 
 void expect_line_end()

@@ -19,6 +19,10 @@ void hide_typed_keys();
 /// more than once a millisecond unless it found something the last time.
 [[nodiscard]] bool key_waiting();
 
+/// True when Esc waits, perhaps behind other keys, or the program is asked to end; on a terminal
+/// only: a pipe is a script. Waits for the rest of a key that is coming in.
+[[nodiscard]] bool escape_waiting();
+
 /// Waits for a key; sends what the console holds first.
 void wait_for_key();
 

@@ -6,17 +6,6 @@
 namespace
 {
 
-constexpr ScanCodes up = {0x48, 0, 0x8D, 0x98};
-constexpr ScanCodes down = {0x50, 0, 0x91, 0xA0};
-constexpr ScanCodes left = {0x4B, 0, 0x73, 0x9B};
-constexpr ScanCodes right = {0x4D, 0, 0x74, 0x9D};
-constexpr ScanCodes home = {0x47, 0, 0x77, 0x97};
-constexpr ScanCodes end = {0x4F, 0, 0x75, 0x9F};
-constexpr ScanCodes page_up = {0x49, 0, 0x84, 0x99};
-constexpr ScanCodes page_down = {0x51, 0, 0x76, 0xA1};
-constexpr ScanCodes insert = {0x52, 0, 0x92, 0xA2};
-constexpr ScanCodes remove = {0x53, 0, 0x93, 0xA3};
-
 /// Alt with the letters A..Z.
 constexpr std::array<int, 26> alt_letters = {
     0x1E, 0x30, 0x2E, 0x20, 0x12, 0x21, 0x22, 0x23, 0x17, 0x24, 0x25, 0x26, 0x32,
@@ -68,6 +57,7 @@ ScanCodes function_key(int number)
 
 ScanCodes cursor_key(char letter)
 {
+    using namespace scan_code;
     switch (letter) {
     case 'A':
         return up;
@@ -93,6 +83,7 @@ ScanCodes cursor_key(char letter)
 
 ScanCodes numbered_key(int number)
 {
+    using namespace scan_code;
     switch (number) {
     case 1:
     case 7:

@@ -19,6 +19,16 @@ namespace scan_code
 {
 inline constexpr int back_tab = 0x0F;
 inline constexpr int control_at = 0x03;
+inline constexpr ScanCodes up = {0x48, 0, 0x8D, 0x98};
+inline constexpr ScanCodes down = {0x50, 0, 0x91, 0xA0};
+inline constexpr ScanCodes left = {0x4B, 0, 0x73, 0x9B};
+inline constexpr ScanCodes right = {0x4D, 0, 0x74, 0x9D};
+inline constexpr ScanCodes home = {0x47, 0, 0x77, 0x97};
+inline constexpr ScanCodes end = {0x4F, 0, 0x75, 0x9F};
+inline constexpr ScanCodes page_up = {0x49, 0, 0x84, 0x99};
+inline constexpr ScanCodes page_down = {0x51, 0, 0x76, 0xA1};
+inline constexpr ScanCodes insert = {0x52, 0, 0x92, 0xA2};
+inline constexpr ScanCodes remove = {0x53, 0, 0x93, 0xA3};
 } // namespace scan_code
 
 /// F1 to F12 by their number.

@@ -1,3 +1,4 @@
+#include "simulator/simulator.h"
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
 
@@ -126,6 +127,21 @@ TEST(Recording, FailsWithItsFirstReadings)
         EXPECT_THAT(trial.display(),
                     EndsWith("time-out{.}\n{M}Error recording data of heat-controller to file '" +
                              file.name() + "'{.}\n"));
+    }
+    for (const bool renamed : {false, true}) { // by somebody else
+        Trial trial{"latency 10"};
+        const TemporaryFile file, other;
+        simulator::observe_calls([&](const simulator::CallRecord&) {
+            std::error_code none_left;
+            if (renamed)
+                std::filesystem::rename(file.name(), other.name(), none_left);
+            else
+                std::filesystem::remove(file.name(), none_left);
+        });
+        trial.type(500, "\033");
+        run(trial, file);
+        EXPECT_THAT(trial.display(), HasSubstr("{M}Error writing data file{.}\n"));
+        EXPECT_THAT(trial.display(), HasSubstr("{M}Error recording data of heat-controller to"));
     }
     EXPECT_EQ(display_of("-HS /nowhere/at\033all"),
               "{M}Error opening the data file '/nowhere/at\\eall'{.}\n");

@@ -93,6 +93,15 @@ TEST(Session, AsksAboutAnotherDevice)
         EXPECT_EQ(trial.calls_of("Close()"), 1); // the port had been opened
         EXPECT_EQ(trial.exit_status, 0);
     }
+    for (const char* command :
+         {"-pn", "-y data", "-@5", "-R data"}) { // Ctrl-C is no wrong argument
+        Trial trial{"reply GetDevType.type 1234h"};
+        virtual_platform.signals = {{.at_ms = 500, .number = 2}};
+        trial.run(std::string{"3 "} + command);
+        EXPECT_EQ(trial.display(), question + "{Y}interrupted{.}\n") << command;
+        EXPECT_EQ(trial.calls_of("Close()"), 1);
+        EXPECT_EQ(trial.exit_status, 130);
+    }
 }
 
 TEST(ErrorReport, AsksForCodesAndTextsDirectlyBehindTheFailure)

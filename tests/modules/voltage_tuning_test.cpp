@@ -1,5 +1,6 @@
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
+#include "tests/support/virtual_time.h"
 
 namespace
 {
@@ -89,17 +90,41 @@ TEST_F(VoltageTuning, LettersAndNothingElse)
                              "SetModuleActivationState(1, 1)", "SetModuleActivationState(1, 0)"));
 }
 
-TEST_F(VoltageTuning, EscEndsItAlsoWhenTheLibraryIsBusy)
+TEST_F(VoltageTuning, SwitchesNothingByKeysThatNobodyMeansAnyMore)
 {
-    for (const char* key : {"\033[5~", "a"}) {
-        Trial trial{"latency 10", "block GetHVsupplyParamsPWM at 10 for 2000"};
-        trial.type(500, "\033");
-        trial.type(1100, key);
+    const struct {
+        const char* busy; ///< the library, for 2 s
+        std::initializer_list<TypedKeys> typed;
+        std::vector<std::string> sent;
+    } cases[] = {
+        {"block Open for 2000", {{500, "A\033[5~N"}}, {}}, // typed before the display stands there
+        {"block GetHVsupplyParamsPWM at 10 for 2000", {{500, "\033"}, {1100, "\033[5~a"}}, {}},
+        {"block GetHVsupplyParamsPWM at 10 for 2000",
+         {{500, std::string(60, 'x') + "\033[5~\033[5;5~ANS"}, {1100, "\033"}},
+         {}},
+        {"block GetHVsupplyParamsPWM at 10 for 2000",
+         {{500, "\033[5~a\033[5~"}, {1100, "\033"}},
+         {"SetModuleActivationState(1, 0)"}},
+    };
+    for (const auto& c : cases) {
+        Trial trial{"latency 10", c.busy};
+        virtual_platform.typed = c.typed;
         trial.type(5000, "\033");
         trial.run("3 -VT1 -T");
-        EXPECT_THAT(trial.calls, testing::Each(Not(StartsWith("Set"))));
-        EXPECT_LT(trial.calls.size(), 50U) << "not the first Esc";
+        EXPECT_LT(virtual_time::now_us(), 5'200'000);
+        std::erase_if(trial.calls,
+                      [](const std::string& call) { return !call.starts_with("Set"); });
+        EXPECT_EQ(trial.calls, c.sent);
     }
+}
+
+TEST_F(VoltageTuning, SendsRangesAsFlags)
+{
+    trial_.instrument("reply GetHVsupplyMeasRanges.negative 2");
+    trial_.type(100, "L");
+    trial_.type(300, "\033");
+    trial_.run("3 -VT1 -T");
+    EXPECT_EQ(trial_.calls_of("SetHVsupplyMeasRanges(1, 1, 0)"), 1);
 }
 
 TEST_F(VoltageTuning, SavesWhatIsMeasured)
@@ -133,6 +158,29 @@ TEST_F(VoltageTuning, SavesWhatIsMeasured)
     EXPECT_THAT(second, StartsWith(head));
     EXPECT_THAT(second, HasSubstr("Data acquisition stopped")) << "Esc ends the saving, too";
     EXPECT_THAT(trial_.display(), HasSubstr("\n {W}S{.} to start saving data:\n"));
+}
+
+TEST_F(VoltageTuning, TellsWhenEachValueWasReadAndKeepsTheRecordingOfTheSameSecond)
+{
+    for (const char* line :
+         {"GetHVsupplyParamsPWM.dataReady 50h", "GetHVsupplyOutputVoltage.valid 1",
+          "GetHVsupplyOutputCurrent.valid 1"})
+        trial_.instrument(std::string{"reply "} + line);
+    trial_.type(100, "S");
+    trial_.type(200, "s");
+    trial_.type(240, "S");
+    trial_.type(400, "s");
+    trial_.type(600, "\033");
+    trial_.run("3 -VT1 -T");
+    for (const char* end : {"", " (2)"}) {
+        const std::string text =
+            contents(std::string{"HV-supply 1 2026-03-14 09.26.53"} + end + ".txt");
+        EXPECT_THAT(text, HasSubstr("Data acquisition stopped")) << end;
+        const std::string first_row = "Phase/ns\n";
+        const std::size_t voltage = text.find(first_row) + first_row.size();
+        const std::size_t current = text.find('\n', voltage) + 1;
+        EXPECT_NEAR(std::stod(text.substr(current)) - std::stod(text.substr(voltage)), 0.010, 1e-6);
+    }
 }
 
 TEST_F(VoltageTuning, TellsWhereItSaves)
