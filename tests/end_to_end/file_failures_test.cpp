@@ -142,6 +142,7 @@ TEST(FormerFiles, KeepTheirLinksAndPermissionsAndOutliveASignal)
         SCOPED_TRACE(signal);
         PseudoTerminal terminal{run};
         ASSERT_TRUE(terminal.shows("Getting memory data, address: 00"));
+        EXPECT_TRUE(terminal.modes_are_raw()) << "keys would be echoed into the line";
         terminal.send_signal(signal);
         const bool killed = signal == SIGKILL;
         EXPECT_EQ(terminal.exit_status(), killed ? -signal : 128 + signal);

@@ -28,12 +28,17 @@ inline std::string temporary_name()
            std::to_string(++count);
 }
 
-/// The name of a file of this process alone; what is there at the end is removed.
+/// The name of a file of this process alone; what is there at the end is removed, and what was kept
+/// beside it.
 class TemporaryFile
 {
 public:
     TemporaryFile() = default;
-    ~TemporaryFile() { std::filesystem::remove(name_); }
+    ~TemporaryFile()
+    {
+        std::filesystem::remove(name_);
+        std::filesystem::remove(name_ + '~');
+    }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
