@@ -3,12 +3,12 @@
 #include "controller/measurements.h"
 #include "devlib/COM-KOV-CTRL.h"
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/switches.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
+#include "instrument/supplies.h"
 #include "interactive/screen_readings.h"
 #include "interactive/status_screen.h"
 

@@ -4,6 +4,7 @@
 #include "frame/format.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "instrument/words.h"
 
 void show_product_data(const Given& given)
 {

@@ -1,11 +1,11 @@
 #include "controller/measurements.h"
 
-#include "frame/format.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "instrument/controller_readings.h"
 #include "instrument/supplies.h"
+#include "instrument/words.h"
 
 void show_uptime(const Given& given)
 {
@@ -87,8 +87,8 @@ void show_fan_data(const Given& given)
         },
         attempt_fan_data,
         [&](const FanData& values) {
-            console.print_at(field_state, values.failed == 0 ? Word{"Y", Color::good}
-                                                             : Word{"N", Color::not_good});
+            console.print_at(field_state, values.failed == 0 ? ColoredText{"Y", Color::good}
+                                                             : ColoredText{"N", Color::not_good});
             console.print_at(field_set, Color::value, "%5urpm", values.set_speed);
             console.print_at(field_measured, Color::value, "%5urpm", values.measured_speed);
             console.print_at(field_pwm, Color::value, "%6.2f%%",

@@ -5,6 +5,7 @@
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "instrument/status_words.h"
+#include "instrument/words.h"
 
 namespace
 {

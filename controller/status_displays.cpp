@@ -2,7 +2,6 @@
 
 #include "frame/bit_fields.h"
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"

@@ -17,7 +17,7 @@ FieldLine::FieldLine(std::span<const char* const> labels, std::initializer_list<
         places_.push_back(place_field(label, gap != gaps.end() ? *gap++ : 0));
 }
 
-void FieldLine::show(std::span<const Word> words) const
+void FieldLine::show(std::span<const ColoredText> words) const
 {
     for (std::size_t i = 0; i < places_.size() && i < words.size(); ++i)
         console.print_at(places_[i], words[i]);

@@ -8,49 +8,6 @@
 #include <cstdarg>
 #include <cstdio>
 
-// ---- Colours of values ----
-
-Color deviation_color(double value, double nominal, double tolerance_percent)
-{
-    constexpr double guard = 1e-9; // per cent: 24.48 V is 24 V + 2 % for a reader, not for doubles
-    if (nominal == 0.0 || !std::isfinite(value))
-        return Color::value;
-    const double deviation = (value / nominal - 1.0) * 100.0;
-    if (deviation > tolerance_percent + guard)
-        return Color::above;
-    return deviation < -tolerance_percent - guard ? Color::below : Color::value;
-}
-
-Color range_color(double value, double low, double high)
-{
-    if (!std::isfinite(value))
-        return Color::value;
-    if (value > high)
-        return Color::above;
-    return value < low ? Color::below : Color::value;
-}
-
-// ---- Words ----
-
-Word active_or_off(bool active)
-{
-    return active ? Word{"active", Color::good} : Word{"off   ", Color::disabled};
-}
-
-Word ok_fail_or_disabled(bool enabled, bool good)
-{
-    if (!enabled)
-        return {"dis.", Color::disabled};
-    return ok_or_fail(good);
-}
-
-const char* led_color_name(bool red, bool green, bool blue)
-{
-    static constexpr const char* names[] = {"Black", "Red",  "Green", "Yellow",
-                                            "Blue",  "Pink", "Cyan",  "White"};
-    return names[(red ? 1u : 0u) + (green ? 2u : 0u) + (blue ? 4u : 0u)];
-}
-
 // ---- Characters and texts ----
 
 std::string formatted(const char* format, ...)
@@ -143,30 +100,12 @@ std::string bits_text(std::uint32_t value, int count)
 
 // ---- Numbers ----
 
-std::string manufacturing_date_text(unsigned year, unsigned week)
-{
-    return formatted("CW%02u %u", week, year);
-}
-
 std::string version_text(unsigned version)
 {
     return formatted("%d-%02d", static_cast<int>(version >> 8), static_cast<int>(version & 0xFF));
 }
 
 // ---- Times ----
-
-std::string uptime_text(std::uint32_t seconds, unsigned milliseconds)
-{
-    const unsigned hours = seconds / 3600;
-    const unsigned minutes = seconds % 3600 / 60;
-    const unsigned rest = seconds % 60;
-    const unsigned hundredths = milliseconds / 10;
-    if (hours != 0)
-        return formatted("%u:%02u:%02u.%02u sec.", hours, minutes, rest, hundredths);
-    if (minutes != 0)
-        return formatted("%u:%02u.%02u sec.", minutes, rest, hundredths);
-    return formatted("%u.%02u sec.", rest, hundredths);
-}
 
 std::string timestamp()
 {

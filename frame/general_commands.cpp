@@ -48,7 +48,8 @@ void show_buffer_state(const Given&)
     if (!call(LIB(GetBufferState), &empty))
         return;
     console.print("Device buffer is ");
-    console.print(empty != 0 ? Word{"empty", Color::value} : Word{"not empty", Color::not_good});
+    console.print(empty != 0 ? ColoredText{"empty", Color::value}
+                             : ColoredText{"not empty", Color::not_good});
     console.print("\r\n");
 }
 

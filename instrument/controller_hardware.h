@@ -1,8 +1,8 @@
 /// The controller's hardware-type word: what it is equipped with.
 #pragma once
 
-#include "frame/bit_fields.h"
-#include "frame/format.h"
+#include "frame/bit_table.h"
+#include "instrument/words.h"
 
 #include <array>
 #include <cstdint>

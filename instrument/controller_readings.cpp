@@ -1,7 +1,7 @@
 #include "instrument/controller_readings.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
+#include "instrument/words.h"
 
 std::string RunTimes::text() const
 {

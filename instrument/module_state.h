@@ -1,9 +1,9 @@
 /// The state words of the modules and of the base unit.
 #pragma once
 
-#include "frame/bit_fields.h"
-#include "frame/format.h"
+#include "frame/bit_table.h"
 #include "instrument/addresses.h"
+#include "instrument/words.h"
 
 #include <array>
 #include <span>

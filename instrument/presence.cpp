@@ -45,7 +45,7 @@ const char* attempt_scanned_module(unsigned address, ScannedModule& module)
                    &module.saved_hardware_type);
 }
 
-Word scan_state_word(bool changed)
+ColoredText scan_state_word(bool changed)
 {
-    return changed ? Word{"changed", Color::not_good} : Word{"OK", Color::good};
+    return changed ? ColoredText{"changed", Color::not_good} : ColoredText{"OK", Color::good};
 }

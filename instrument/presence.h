@@ -1,7 +1,7 @@
 /// What is in the controller's slots: presence flags, and what the scan of the modules found.
 #pragma once
 
-#include "frame/terminal/console.h"
+#include "frame/terminal/colors.h"
 
 #include <array>
 #include <cstddef>
@@ -56,7 +56,8 @@ struct ScannedModule {
 [[nodiscard]] const char* attempt_scanned_module(unsigned address, ScannedModule& module);
 
 /// The state of the scan: "changed" when something differs from what is saved, else "OK".
-[[nodiscard]] Word scan_state_word(bool changed);
+[[nodiscard]] ColoredText scan_state_word(bool changed);
 
 /// What a command says that needs the flags when they are not valid.
-inline constexpr Word presence_flags_invalid = {"Module-presence flags invalid!", Color::bad};
+inline constexpr ColoredText presence_flags_invalid = {"Module-presence flags invalid!",
+                                                       Color::bad};

@@ -1,6 +1,8 @@
 #include "instrument/status_words.h"
 
-Word overall_state_word(std::uint16_t code)
+#include "instrument/words.h"
+
+ColoredText overall_state_word(std::uint16_t code)
 {
     switch (code) {
     case overall_state::on:
@@ -24,7 +26,7 @@ Word overall_state_word(std::uint16_t code)
     }
 }
 
-Word TemperatureField::word(std::uint8_t state) const
+ColoredText TemperatureField::word(std::uint8_t state) const
 {
     if ((state >> hot_bit & 1) != 0)
         return {"hot ", Color::hot};

@@ -3,9 +3,9 @@
 /// the fields by their names.
 #pragma once
 
-#include "frame/bit_fields.h"
-#include "frame/format.h"
+#include "frame/bit_table.h"
 #include "instrument/controller_readings.h"
+#include "instrument/words.h"
 
 #include <array>
 #include <cstdint>
@@ -27,7 +27,7 @@ inline constexpr std::uint16_t first_error = general_fault;
 
 /// The text of an overall state in its colour, padded to 21 characters. An unknown code is shown,
 /// not an error.
-[[nodiscard]] Word overall_state_word(std::uint16_t code);
+[[nodiscard]] ColoredText overall_state_word(std::uint16_t code);
 
 // ---- Device state, 8 bits: set = fault ----
 
@@ -78,7 +78,7 @@ struct TemperatureField {
     int cold_bit;
 
     /// "hot ", "cold" or "OK  ". Hot wins over cold.
-    [[nodiscard]] Word word(std::uint8_t state) const;
+    [[nodiscard]] ColoredText word(std::uint8_t state) const;
 };
 
 inline constexpr std::array temperature_state_fields = {
@@ -174,10 +174,10 @@ template <class Record>
 struct FlagField {
     const char* label;
     std::uint8_t Record::*flag;
-    Word set;
-    Word clear;
+    ColoredText set;
+    ColoredText clear;
 
-    [[nodiscard]] constexpr const Word& word(const Record& record) const
+    [[nodiscard]] constexpr const ColoredText& word(const Record& record) const
     {
         return record.*flag != 0 ? set : clear;
     }

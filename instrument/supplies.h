@@ -1,8 +1,16 @@
-/// The supply voltages inside the instrument: what they should be, and how far they may be off.
+/// The supply voltages and temperatures inside the instrument: what they should be, how far they
+/// may be off, and the colours that tell it.
 #pragma once
 
-#include "frame/format.h"
 #include "frame/terminal/colors.h"
+
+/// Colour of a value by its deviation from the nominal value, (value / nominal - 1) x 100 %: above
+/// the tolerance, below it, or good. Exactly the tolerance is good, a nominal of 0 always is, and
+/// so is what is no finite number.
+[[nodiscard]] Color deviation_color(double value, double nominal, double tolerance_percent);
+
+/// Colour of a value by the range that it should be in; the limits belong to the range.
+[[nodiscard]] Color range_color(double value, double low, double high);
 
 struct Supply {
     double nominal;   ///< volts

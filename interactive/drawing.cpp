@@ -4,6 +4,7 @@
 #include "instrument/module_state.h"
 #include "instrument/status_words.h"
 #include "instrument/supplies.h"
+#include "instrument/words.h"
 
 namespace
 {
@@ -84,7 +85,7 @@ void show_word(Place place, std::uint32_t value, int bits)
     print_word(value, bits, word_separator);
 }
 
-void show_field(const char* label, const Word& word)
+void show_field(const char* label, const ColoredText& word)
 {
     console.print("%s", label);
     console.print(word);
@@ -172,7 +173,8 @@ void show_temperature_state(Place place, std::uint8_t state)
 {
     using namespace temperature_bit;
     const auto fault = [state](int bit) {
-        return (state >> bit & 1) != 0 ? Word{"yes", Color::bad} : Word{" no", Color::good};
+        return (state >> bit & 1) != 0 ? ColoredText{"yes", Color::bad}
+                                       : ColoredText{" no", Color::good};
     };
     show_word(place, state, 8);
     show_field("  overheated CPU: ", fault(cpu_hot));
@@ -219,8 +221,9 @@ void show_interlock_state(Place place, std::uint16_t state, InterlockMasks masks
         const InterlockInput& input = interlock_inputs[i];
         if (i % inputs_per_row == 0)
             console.move_to({place.row + 1 + static_cast<int>(i / inputs_per_row), 1});
-        show_field(input.enabled_label,
-                   masks.is_enabled(input.mask_bit) ? yes_word : Word{" no", Color::disabled});
+        show_field(input.enabled_label, masks.is_enabled(input.mask_bit)
+                                            ? yes_word
+                                            : ColoredText{" no", Color::disabled});
         show_field("  current: ", input.current.word(state));
         show_field("  last: ", input.last.word(state));
     }

@@ -1,10 +1,10 @@
 #include "modules/heat_controller.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "instrument/addresses.h"
+#include "instrument/words.h"
 
 #include <cstdint>
 #include <optional>
@@ -120,7 +120,7 @@ void show_target_or_off(const Setting& setting, const char* off_label)
 // ---- Interlocks ----
 
 /// Each interlock has two bits of the state.
-Word interlock_word(std::uint8_t state, std::uint8_t mask)
+ColoredText interlock_word(std::uint8_t state, std::uint8_t mask)
 {
     if ((state & mask) == mask)
         return {"closed", Color::good};

@@ -1,10 +1,10 @@
 /// The commands of the heat-controller in slot 0.
 #pragma once
 
-#include "frame/format.h"
 #include "frame/switches.h"
 #include "frame/terminal/console.h"
 #include "instrument/module_readings.h"
+#include "instrument/words.h"
 
 // Targets and limits. A negative target means that this kind of control is off.
 void show_target_temperature(const Given&);

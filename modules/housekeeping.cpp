@@ -1,12 +1,12 @@
 #include "modules/housekeeping.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "instrument/addresses.h"
 #include "instrument/module_readings.h"
+#include "instrument/words.h"
 #include "modules/addressing.h"
 
 #include <cstdint>

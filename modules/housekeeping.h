@@ -1,11 +1,11 @@
 /// What the modules tell of their own well-being: supply voltages, temperatures, CPU and LED.
 #pragma once
 
-#include "frame/format.h"
 #include "frame/switches.h"
 #include "frame/terminal/console.h"
 #include "instrument/module_readings.h"
 #include "instrument/supplies.h"
+#include "instrument/words.h"
 
 #include <span>
 #include <vector>

@@ -1,12 +1,12 @@
 #include "modules/hv_supply.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "instrument/addresses.h"
+#include "instrument/words.h"
 #include "modules/output.h"
 
 #include <string>

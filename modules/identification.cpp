@@ -6,6 +6,7 @@
 #include "instrument/addresses.h"
 #include "instrument/device_types.h"
 #include "instrument/module_hardware.h"
+#include "instrument/words.h"
 #include "modules/addressing.h"
 
 #include <cstdint>
@@ -20,7 +21,7 @@ void print_value(const std::string& text)
 }
 
 /// The name of a device type. In the list of all, only its own type is expected of the base unit.
-Word type_word(const Module& module, std::uint16_t code)
+ColoredText type_word(const Module& module, std::uint16_t code)
 {
     const ModuleType* type = find_module_type(code);
     const bool is_listed_base = module.in_list && module.address == base_unit;

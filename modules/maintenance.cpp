@@ -16,10 +16,11 @@ namespace
 
 // ---- Listing ----
 
-Word listed_type(std::uint16_t code)
+ColoredText listed_type(std::uint16_t code)
 {
     const ModuleType* type = find_module_type(code);
-    return type != nullptr ? Word{type->list_name, Color::value} : Word{"unknown", Color::bad};
+    return type != nullptr ? ColoredText{type->list_name, Color::value}
+                           : ColoredText{"unknown", Color::bad};
 }
 
 /// What stands in a line of the list behind the unit. A failure ends the line, not the list.
@@ -108,7 +109,7 @@ void offer_to_save()
         return;
     expect_line_end();
     const bool saves = answer == YesNo::yes;
-    console.print(saves ? Word{"Y", Color::good} : Word{"N", Color::not_good});
+    console.print(saves ? ColoredText{"Y", Color::good} : ColoredText{"N", Color::not_good});
     console.print("\r\n");
     if (saves)
         (void)call_twice(LIB(SetScannedModuleState));
@@ -233,8 +234,8 @@ void show_module_buffer_state(const Given& given)
                        if (!call_twice(LIB(GetModuleBufferState), module.address, &empty))
                            return false;
                        module.print_label();
-                       console.print(empty != 0 ? Word{"empty", Color::value}
-                                                : Word{"not empty", Color::not_good});
+                       console.print(empty != 0 ? ColoredText{"empty", Color::value}
+                                                : ColoredText{"not empty", Color::not_good});
                        return true;
                    });
 }

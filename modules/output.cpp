@@ -1,6 +1,6 @@
 #include "modules/output.h"
 
-#include "frame/format.h"
+#include "instrument/words.h"
 
 #include <cmath>
 

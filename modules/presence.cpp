@@ -2,6 +2,7 @@
 
 #include "frame/device_call.h"
 #include "frame/program.h"
+#include "frame/terminal/console.h"
 
 bool read_presence(ModulePresence& presence)
 {

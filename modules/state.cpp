@@ -1,10 +1,12 @@
 #include "modules/state.h"
 
+#include "frame/bit_fields.h"
 #include "frame/device_call.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "instrument/module_state.h"
+#include "instrument/words.h"
 #include "modules/addressing.h"
 
 #include <cstdint>

@@ -1,11 +1,11 @@
 #include "protocol/controller_data.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "instrument/controller_readings.h"
 #include "instrument/status_words.h"
+#include "instrument/words.h"
 #include "protocol/report_items.h"
 #include "protocol/unit_data.h"
 
@@ -22,7 +22,7 @@ bool report_enable_state(Report& report)
     if (!call(LIB(GetEnable), &enabled))
         return false;
     // The words are padded to one length: nothing but the colon stands before them.
-    const Word& word = yes_no(enabled != 0);
+    const ColoredText& word = yes_no(enabled != 0);
     report.item({.label = "Device enabled",
                  .value = word.text,
                  .color = word.color,
@@ -36,7 +36,7 @@ bool report_overall_state(Report& report, std::uint16_t& state)
     progress("Getting overall state:\r\n");
     if (!call(LIB(GetState), &state))
         return false;
-    const Word word = overall_state_word(state);
+    const ColoredText word = overall_state_word(state);
     report.item({.label = "Overall state",
                  .value = hex_text(state, 4) + " = " + bare(word.text),
                  .color = word.color});

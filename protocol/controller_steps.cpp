@@ -4,6 +4,7 @@
 #include "frame/format.h"
 #include "frame/platform/platform.h"
 #include "instrument/controller_readings.h"
+#include "instrument/words.h"
 #include "protocol/sampling.h"
 
 #include <numeric>

@@ -1,10 +1,10 @@
 #include "protocol/module_steps.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "instrument/addresses.h"
 #include "instrument/device_types.h"
 #include "instrument/module_readings.h"
+#include "instrument/words.h"
 #include "protocol/report_items.h"
 
 namespace

@@ -7,6 +7,7 @@
 #include "instrument/module_hardware.h"
 #include "instrument/module_state.h"
 #include "instrument/supply_output.h"
+#include "instrument/words.h"
 #include "protocol/controller_data.h"
 #include "protocol/report_items.h"
 #include "protocol/sampling.h"

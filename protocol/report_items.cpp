@@ -25,7 +25,7 @@ std::string slot_text(unsigned slot)
     return formatted("Slot #%02u", slot);
 }
 
-ReportItem word_item(const char* label, const Word& word)
+ReportItem word_item(const char* label, const ColoredText& word)
 {
     return {.label = label, .value = bare(word.text), .color = word.color};
 }

@@ -2,7 +2,7 @@
 /// bit tables of the displays as labelled values of the report.
 #pragma once
 
-#include "frame/bit_fields.h"
+#include "frame/bit_table.h"
 #include "protocol/report.h"
 
 #include <cstdint>
@@ -27,7 +27,7 @@ using ReportItems = std::vector<ReportItem>;
 /// "Slot #02"
 [[nodiscard]] std::string slot_text(unsigned slot);
 
-[[nodiscard]] ReportItem word_item(const char* label, const Word& word);
+[[nodiscard]] ReportItem word_item(const char* label, const ColoredText& word);
 
 /// The labels of the bit tables as the report shows them. The tables' own have the blanks, commas
 /// and colons of their displays.

@@ -1,5 +1,7 @@
 #include "protocol/statistics.h"
 
+#include "frame/format.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numeric>

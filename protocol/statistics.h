@@ -1,7 +1,7 @@
 /// A series of measurements and what is told of it.
 #pragma once
 
-#include "frame/format.h"
+#include "instrument/words.h"
 #include "protocol/report.h"
 
 #include <cstddef>

@@ -7,6 +7,7 @@
 #include "instrument/device_types.h"
 #include "instrument/module_hardware.h"
 #include "instrument/presence.h"
+#include "instrument/words.h"
 #include "protocol/report_items.h"
 
 namespace

@@ -18,8 +18,8 @@ enum class Color : std::uint8_t {
     value = 15,    ///< bright white: values
 };
 
-/// The colour in which the word "LED" is shown for the LED's own colours.
-constexpr Color led_color(bool red, bool green, bool blue)
-{
-    return static_cast<Color>(8 + (red ? 4 : 0) + (green ? 2 : 0) + (blue ? 1 : 0));
-}
+/// A text in its colour, as the tables of the decoders hold it.
+struct ColoredText {
+    const char* text;
+    Color color;
+};

@@ -61,7 +61,7 @@ void Console::print(Color color, const char* format, ...)
     va_end(arguments);
 }
 
-void Console::print(const Word& word)
+void Console::print(const ColoredText& word)
 {
     print(word.color, "%s", word.text);
 }
@@ -75,7 +75,7 @@ void Console::print_at(Place place, Color color, const char* format, ...)
     va_end(arguments);
 }
 
-void Console::print_at(Place place, const Word& word)
+void Console::print_at(Place place, const ColoredText& word)
 {
     move_to(place);
     print(word);

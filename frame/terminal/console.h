@@ -42,12 +42,6 @@ struct Place {
     bool operator==(const Place&) const = default;
 };
 
-/// A word in its colour, as the tables of the decoders hold it.
-struct Word {
-    const char* text;
-    Color color;
-};
-
 /// In four bytes where the compiler packs it, because there are two for every column of every row.
 struct Cell {
     char32_t character : 24 = U' '; ///< 0 = the right half of the wide character before it
@@ -77,10 +71,10 @@ public:
     void print(const char* format, ...) PRINTF_FORMAT(2, 3);
     void print(Color color, const char* format, ...) PRINTF_FORMAT(3, 4);
     void vprint(Color color, const char* format, va_list arguments) PRINTF_FORMAT(3, 0);
-    void print(const Word& word);
+    void print(const ColoredText& word);
     /// Prints a coloured text at a place; the cursor stays behind it.
     void print_at(Place place, Color color, const char* format, ...) PRINTF_FORMAT(4, 5);
-    void print_at(Place place, const Word& word);
+    void print_at(Place place, const ColoredText& word);
     /// Prints bytes as they are, in the colour set last.
     void write(std::string_view bytes);
     void set_color(Color color) { color_ = color; }

@@ -1,4 +1,6 @@
 #include "frame/format.h"
+#include "instrument/supplies.h"
+#include "instrument/words.h"
 #include "tests/support/trial.h"
 
 #include <limits>
