@@ -171,19 +171,19 @@ bool read(const char* file_name, ConfigFileIndex& index)
 bool read_section(const ConfigFileIndex& index, const char* file_name, unsigned number,
                   ConfigRecord& record)
 {
-    const char* failed = read_record(index, number, record);
-    if (failed != nullptr)
-        print_reading_error(file_name, number, failed);
-    return failed == nullptr;
+    const char* wrong_key = read_record(index, number, record);
+    if (wrong_key != nullptr)
+        print_reading_error(file_name, number, wrong_key);
+    return wrong_key == nullptr;
 }
 
-/// Fills a set and marks it valid and active. Null, or the function that failed.
-const char* attempt_fill(unsigned number, const std::string& escaped, const ConfigRecord& record)
+/// Fills a set and marks it valid and active.
+Failure attempt_fill(unsigned number, const std::string& escaped, const ConfigRecord& record)
 {
-    const char* failed = attempt_set_name(number, config_name(unescaped_name(escaped)));
-    if (failed == nullptr)
+    Failure failed = attempt_set_name(number, config_name(unescaped_name(escaped)));
+    if (!failed)
         failed = attempt(LIB(SetConfigData), set_index(number), &record);
-    return failed != nullptr ? failed : attempt_set_flags(number, {.active = 1, .valid = 1});
+    return failed ? failed : attempt_set_flags(number, {.active = 1, .valid = 1});
 }
 
 void load_set(unsigned number, const char* file_name)

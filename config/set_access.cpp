@@ -12,30 +12,30 @@ ConfigName config_name(std::string_view text)
     return name;
 }
 
-const char* attempt_get_flags(unsigned number, SetFlags& flags)
+Failure attempt_get_flags(unsigned number, SetFlags& flags)
 {
     return attempt(LIB(GetConfigFlags), set_index(number), &flags.active, &flags.valid);
 }
 
-const char* attempt_set_flags(unsigned number, SetFlags flags)
+Failure attempt_set_flags(unsigned number, SetFlags flags)
 {
     return attempt(LIB(SetConfigFlags), set_index(number), flags.active, flags.valid);
 }
 
-const char* attempt_get_name(unsigned number, ConfigName& name)
+Failure attempt_get_name(unsigned number, ConfigName& name)
 {
     return attempt(LIB(GetConfigName), set_index(number), &name);
 }
 
-const char* attempt_set_name(unsigned number, const ConfigName& name)
+Failure attempt_set_name(unsigned number, const ConfigName& name)
 {
     const char* const bytes = name.bytes.data();
     return attempt(LIB(SetConfigName), set_index(number), bytes);
 }
 
-bool succeeded_below(const char* failed)
+bool succeeded_below(Failure failed)
 {
-    if (failed != nullptr)
+    if (failed)
         console.print("\r\n");
     return succeeded(failed);
 }

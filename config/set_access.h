@@ -3,6 +3,7 @@
 #pragma once
 
 #include "frame/device_call.h"
+#include "frame/failure.h"
 #include "frame/switches.h"
 
 #include <cstdint>
@@ -26,16 +27,16 @@ struct SetFlags {
 /// The name in its field: up to its first zero byte, longer ones cut.
 [[nodiscard]] ConfigName config_name(std::string_view text);
 
-// One call each for the set of that number, 1..1023. Null, or the name of the function that failed.
+// One call each for the set of that number, 1..1023.
 
-[[nodiscard]] const char* attempt_get_flags(unsigned number, SetFlags& flags);
-[[nodiscard]] const char* attempt_set_flags(unsigned number, SetFlags flags);
-[[nodiscard]] const char* attempt_get_name(unsigned number, ConfigName& name);
-[[nodiscard]] const char* attempt_set_name(unsigned number, const ConfigName& name);
+[[nodiscard]] Failure attempt_get_flags(unsigned number, SetFlags& flags);
+[[nodiscard]] Failure attempt_set_flags(unsigned number, SetFlags flags);
+[[nodiscard]] Failure attempt_get_name(unsigned number, ConfigName& name);
+[[nodiscard]] Failure attempt_set_name(unsigned number, const ConfigName& name);
 
 /// Ends the line that is begun, then reports: for calls that fail while a question or a progress
 /// text stands on the line. True when `failed` is null.
-[[nodiscard]] bool succeeded_below(const char* failed);
+[[nodiscard]] bool succeeded_below(Failure failed);
 
 /// True when the program is asked to end: clears the line and tells before which set the command
 /// stopped. All sets before it have been dealt with.

@@ -218,14 +218,13 @@ void mark(const Marking& marking, const Given& given)
 
 // ---- Wiping out ----
 
-/// Null, or the function that failed.
-const char* attempt_wipe_out(unsigned number)
+Failure attempt_wipe_out(unsigned number)
 {
     const ConfigRecord no_data = {};
-    const char* failed = attempt(LIB(SetConfigData), set_index(number), &no_data);
-    if (failed == nullptr)
+    Failure failed = attempt(LIB(SetConfigData), set_index(number), &no_data);
+    if (!failed)
         failed = attempt_set_name(number, {});
-    return failed != nullptr ? failed : attempt_set_flags(number, {});
+    return failed ? failed : attempt_set_flags(number, {});
 }
 
 void wipe_out_one(unsigned number)
@@ -236,8 +235,9 @@ void wipe_out_one(unsigned number)
     if (!read_flags(number, flags))
         return;
     ConfigName name;
-    if (attempt_get_name(number, name) != nullptr) {
-        report_error("COM_ZELOP7UK_GetConfigName"); // kept: no library has a function of that name
+    if (attempt_get_name(number, name)) {
+        report_error(
+            Failure{"COM_ZELOP7UK_GetConfigName"}); // kept: no library has a function of that name
         return;
     }
     if (flags.valid != 0) { // otherwise there is nothing to lose

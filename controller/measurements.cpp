@@ -21,8 +21,8 @@ void show_uptime(const Given& given)
             field = place_field("Device uptime: ");
         },
         [](Values& values) {
-            const char* failed = attempt_uptime(values.uptime);
-            return failed != nullptr ? failed : attempt_operation_time(values.operation);
+            const Failure failed = attempt_uptime(values.uptime);
+            return failed ? failed : attempt_operation_time(values.operation);
         },
         [&](const Values& values) {
             const auto print_times = [](const RunTimes& times) {

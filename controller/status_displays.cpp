@@ -44,7 +44,7 @@ void show_state_byte(const char* title,
 /// The flags of a record behind a header without a state word.
 template <class Record, std::size_t count>
 void show_flags(const char* title, const std::array<FlagField<Record>, count>& fields, int gap,
-                const Given& given, const char* (*attempt_record)(Record&))
+                const Given& given, Failure (*attempt_record)(Record&))
 {
     FieldLine line;
     run_live_display<Record>(
@@ -87,7 +87,7 @@ void show_device_state(const Given&)
 {
     progress("Getting device state:\r\n");
     std::uint8_t state = 0;
-    if (const char* failed = attempt(LIB(GetDeviceState), &state)) {
+    if (const Failure failed = attempt(LIB(GetDeviceState), &state)) {
         console.print("\r\n"); // as the other displays of a status word do
         report_error(failed);
         return;

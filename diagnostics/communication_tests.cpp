@@ -36,8 +36,8 @@ struct Test {
     /// Kept: each display counts as a cycle, too, so that more cycles are told than transfers were
     /// made, and every rate comes out higher.
     bool counts_displays = false;
-    /// One transfer; null, or the name of the function that failed.
-    const char* (*transfer)(const char* text, unsigned target) = nullptr;
+    /// One transfer.
+    Failure (*transfer)(const char* text, unsigned target) = nullptr;
 };
 
 /// Characters that go along with each data set.
@@ -133,14 +133,14 @@ void fill(Random& random, std::span<char> text)
         c = static_cast<char>(first + random_below(random, characters));
 }
 
-/// Sends data sets until Esc, a request to end the program, or a failure; its name, else null.
-const char* run_cycles(const Test& test, const Fields& fields, Totals& totals)
+/// Sends data sets until Esc, a request to end the program, or a failure.
+Failure run_cycles(const Test& test, const Fields& fields, Totals& totals)
 {
     std::array<char, largest_test_count + 1> text = {};
     Random random{static_cast<Random::result_type>(platform::tick_ms())};
     Shown shown;
     DrawPacer pacer;
-    const char* failed = nullptr;
+    Failure failed;
     bool is_drawn = false;
     for (bool going_on = true; going_on;) {
         const unsigned target = test.targets[random_below(random, test.targets.size())];
@@ -156,7 +156,7 @@ const char* run_cycles(const Test& test, const Fields& fields, Totals& totals)
         text[length] = '\0';
         totals.bytes += length + frame_bytes;
         failed = test.transfer(text.data(), target);
-        if (failed != nullptr || platform::stop_signal() != 0)
+        if (failed || platform::stop_signal() != 0)
             break;
         // In every cycle: an Esc alone is known as such only some time after it came.
         const bool has_key = key_waiting();
@@ -205,8 +205,8 @@ void run_test(const Test& test)
     const Fields fields = print_header(test); // wraps: the prompt is seen in a narrow window, too
     DisplayScope scope;
     Totals totals{.start_ms = platform::tick_ms()};
-    const char* failed = run_cycles(test, fields, totals);
-    if (failed != nullptr) {
+    const Failure failed = run_cycles(test, fields, totals);
+    if (failed) {
         // The line of the counter stays, for what it tells about the failure.
         console.print_at(fields.counter, Color::label, "\r\n");
         scope.end();
@@ -217,7 +217,7 @@ void run_test(const Test& test)
         scope.end();
     }
     if (totals.cycles > 1)
-        print_summary(totals, failed != nullptr);
+        print_summary(totals, static_cast<bool>(failed));
     else
         console.print("\r\n");
 }

@@ -104,7 +104,7 @@ struct Walk {
 
 /// How the move of one block ended.
 struct Moved {
-    const char* failed_function = nullptr;
+    Failure failed;
     bool file_failed = false;
 };
 
@@ -127,12 +127,12 @@ bool walk_memory(const Walk& walk, Move move)
         console.move_to_column(1);
         console.flush_when_due();
         const Moved moved = move(address);
-        if (moved.failed_function == nullptr && !moved.file_failed)
+        if (!moved.failed && !moved.file_failed)
             continue;
         console.print("\r\n");
         scope.end();
-        if (moved.failed_function != nullptr)
-            report_error(moved.failed_function);
+        if (moved.failed)
+            report_error(moved.failed);
         else
             walk.print_file_error(walk.file_name);
         return false;
@@ -196,9 +196,8 @@ void back_memory_up(const Given& given)
     }
     MemoryBlock block;
     const bool saved = walk_memory(walk, [&](std::uint32_t address) {
-        const char* failed = attempt(LIB(GetMemoryData), address, memory_block_size, &block);
-        return Moved{.failed_function = failed,
-                     .file_failed = failed == nullptr && !write_block(file, block)};
+        Failure failed = attempt(LIB(GetMemoryData), address, memory_block_size, &block);
+        return Moved{.failed = failed, .file_failed = !failed && !write_block(file, block)};
     });
     if (!saved)
         return;
@@ -228,8 +227,7 @@ void restore_memory(const Given& given)
         if (!read_block(file, block))
             return Moved{.file_failed = true};
         const std::uint8_t* const data = block.data();
-        return Moved{.failed_function =
-                         attempt(LIB(SetMemoryData), address, memory_block_size, data)};
+        return Moved{.failed = attempt(LIB(SetMemoryData), address, memory_block_size, data)};
     });
     if (!loaded)
         return;

@@ -121,7 +121,7 @@ bool fetch(Attempt attempt_once, SampleCounters& counters)
 {
     constexpr int most_calls = 3;
     for (int calls = 0; calls < most_calls; ++calls) {
-        if (attempt_once() == nullptr)
+        if (!attempt_once())
             return true;
         ++counters.failed_calls;
     }
@@ -145,7 +145,7 @@ public:
         display_.print_labels(module_);
         console.flush();
         // These two are not recorded.
-        if (const char* failed = discard_old_samples()) {
+        if (const Failure failed = discard_old_samples()) {
             display_.leave();
             scope.end();
             report_error(failed);
@@ -178,12 +178,12 @@ private:
                           "C");
     }
 
-    static const char* discard_old_samples()
+    static Failure discard_old_samples()
     {
         ModuleHousekeeping housekeeping;
         HeaterMonitoring monitoring;
-        const char* failed = attempt_housekeeping(heat_controller, housekeeping);
-        return failed != nullptr ? failed : attempt_monitoring(monitoring);
+        Failure failed = attempt_housekeeping(heat_controller, housekeeping);
+        return failed ? failed : attempt_monitoring(monitoring);
     }
 
     /// False when the file cannot be written.
@@ -192,9 +192,9 @@ private:
         DrawPacer pacer;
         while (!key_waiting() || folded(read_key()) != key::escape) {
             std::uint8_t flags = 0;
-            const char* failed = attempt(LIB(GetModuleDataReadyFlags), heat_controller, &flags);
+            const Failure failed = attempt(LIB(GetModuleDataReadyFlags), heat_controller, &flags);
             now_ms_ = platform::tick_ms();
-            if (failed != nullptr)
+            if (failed)
                 ++counters_.failed_status_calls;
             else if (!take_samples(flags))
                 return false;

@@ -109,24 +109,24 @@ T* prepare(InOut<T> argument)
 
 } // namespace device_call
 
-/// Calls the function once. Null on success, else the function's name for the error report.
+/// Calls the function once.
 template <class Function, class... Arguments>
-[[nodiscard]] const char* attempt(LibraryFunction<Function> lib, Arguments... arguments)
+[[nodiscard]] Failure attempt(LibraryFunction<Function> lib, Arguments... arguments)
 {
     const platform::CallInProgress noted{lib.name};
-    return lib.function(device_call::prepare(arguments)...) == 0 ? nullptr : lib.name;
+    return lib.function(device_call::prepare(arguments)...) == 0 ? Failure{} : Failure{lib.name};
 }
 
-/// Makes an attempt, and once more when it fails. Takes and returns what attempt() returns.
+/// Makes an attempt, and once more when it fails.
 template <class Attempt>
-[[nodiscard]] const char* with_repeat(Attempt attempt_once)
+[[nodiscard]] Failure with_repeat(Attempt attempt_once)
 {
-    return attempt_once() == nullptr ? nullptr : attempt_once();
+    return attempt_once() ? attempt_once() : Failure{};
 }
 
 /// As attempt(), but a call that fails is made once more.
 template <class Function, class... Arguments>
-[[nodiscard]] const char* attempt_twice(LibraryFunction<Function> lib, Arguments... arguments)
+[[nodiscard]] Failure attempt_twice(LibraryFunction<Function> lib, Arguments... arguments)
 {
     return with_repeat([&] { return attempt(lib, arguments...); });
 }

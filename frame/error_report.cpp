@@ -20,20 +20,20 @@ LibraryMessages library_messages()
     return messages;
 }
 
-void report_error(const char* function)
+void report_error(Failure failed)
 {
     const LibraryMessages messages = library_messages();
     // The full screen words it otherwise: ", Error at" and "communication stream error".
     console.print(Color::bad,
                   "%s: Error at %s: %s\r\nlast I/O error message: %s, "
                   "last communication port error: %s",
-                  timestamp().c_str(), function, messages.error.c_str(), messages.io_state.c_str(),
-                  messages.comm_error.c_str());
+                  timestamp().c_str(), failed.function(), messages.error.c_str(),
+                  messages.io_state.c_str(), messages.comm_error.c_str());
     console.print("\r\n");
 }
 
-void report_error_below(const char* function)
+void report_error_below(Failure failed)
 {
     console.end_line();
-    report_error(function);
+    report_error(failed);
 }

@@ -2,6 +2,8 @@
 /// texts of its last call, so no other library call may stand between a failure and its report.
 #pragma once
 
+#include "frame/failure.h"
+
 #include <string>
 
 /// The library's texts about its last failure, fit for a line.
@@ -15,15 +17,15 @@ struct LibraryMessages {
 [[nodiscard]] LibraryMessages library_messages();
 
 /// Reports the failure of the function of that name below what is on the console.
-void report_error(const char* function);
+void report_error(Failure failed);
 
 /// The same in a line of its own when something stands in the cursor's.
-void report_error_below(const char* function);
+void report_error_below(Failure failed);
 
 /// Reports unless `failed` is null, and tells whether it was.
-[[nodiscard]] inline bool succeeded(const char* failed)
+[[nodiscard]] inline bool succeeded(Failure failed)
 {
-    if (failed != nullptr)
+    if (failed)
         report_error(failed);
-    return failed == nullptr;
+    return !failed;
 }

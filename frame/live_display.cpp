@@ -95,8 +95,8 @@ public:
         due_ms_ = rates_.start_ms;
     }
 
-    /// Runs to the end; returns the name of the function that failed, or null.
-    const char* run()
+    /// Runs to the end.
+    Failure run()
     {
         for (bool going_on = true; going_on;) {
             if (display_.period_ms > 0)
@@ -104,14 +104,14 @@ public:
             if (display_.key_first && !take_key())
                 break;
             const Reading reading = read_();
-            if (reading.failed() != nullptr)
+            if (reading.failed())
                 failed_ = reading.failed();
             if (reading.is_new()) {
                 ++rates_.cycles;
                 undrawn_ = true;
                 going_on = going_on && display_.continuous;
             }
-            if (failed_ != nullptr || reading.is_over())
+            if (failed_ || reading.is_over())
                 break;
             if (!reading.is_new())
                 wait_for_news();
@@ -119,7 +119,7 @@ public:
                 continue;
             if (going_on && !display_.key_first && display_.period_ms == 0)
                 going_on = take_key();
-            if (failed_ != nullptr)
+            if (failed_)
                 break;
             const std::int64_t now = platform::tick_ms();
             looker_.looked(now);
@@ -165,7 +165,7 @@ private:
         looker_.look_again();
         if (display_.on_key)
             failed_ = display_.on_key(key_);
-        return failed_ == nullptr && key_ != key::escape;
+        return !failed_ && key_ != key::escape;
     }
 
     /// A single reading leaves a pipe to the questions behind it.
@@ -214,7 +214,7 @@ private:
     DrawPacer pacer_;
     LookPacer looker_;
     std::int64_t due_ms_ = 0;
-    const char* failed_ = nullptr;
+    Failure failed_;
     int key_ = 0; ///< the last key since the last drawing
     bool undrawn_ = false;
     bool waits_for_news_ = false; ///< a reading has brought nothing new
@@ -233,13 +233,13 @@ void run_live_loop(const LiveDisplay& display, LiveFields& fields,
     const int last_row = console.place().row;
     console.flush();
     LiveLoop loop{display, fields, read, draw};
-    const char* failed = loop.run();
-    const bool tidy = failed == nullptr || display.tidy_after_failure;
+    const Failure failed = loop.run();
+    const bool tidy = !failed || display.tidy_after_failure;
     if (tidy) {
         console.move_to({last_row, 1});
         console.print("\r\n");
     }
     scope.end(tidy);
-    if (failed != nullptr)
+    if (failed)
         report_error(failed);
 }

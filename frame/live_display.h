@@ -14,6 +14,7 @@
 /// must happen once per reading (a counter, a row in a file) belongs to the reading.
 #pragma once
 
+#include "frame/failure.h"
 #include "frame/terminal/console.h"
 
 #include <algorithm>
@@ -135,9 +136,8 @@ struct LiveDisplay {
     int period_ms = 0;            ///< a reading at these intervals only; 0 = as fast as it goes
     /// False: a failed reading is reported where the cursor stands, and the cursor stays hidden.
     bool tidy_after_failure = true;
-    /// What a key does, as typed; Esc comes here, too, before it ends the display. Returns null, or
-    /// the name of the library function that failed.
-    std::function<const char*(int key)> on_key;
+    /// What a key does, as typed; Esc comes here, too, before it ends the display.
+    std::function<Failure(int key)> on_key;
 };
 
 /// What the labels routine may place for the display to keep up.
@@ -150,16 +150,16 @@ struct LiveFields {
     void place_rates(const RateLayout& layout);
 };
 
-/// What a read routine tells: success, a function that failed (as attempt() returns it), or that
+/// What a read routine tells: success, a call that failed, or that
 /// there is nothing new to count or to show.
 class Reading
 {
 public:
-    Reading(const char* failed_function) : failed_(failed_function), is_new_(!failed_function) {}
+    Reading(Failure failed) : failed_(failed), is_new_(!failed) {}
     /// Part of the reading has arrived, and counts and is shown before the failure is told.
-    static Reading partly(const char* failed_function)
+    static Reading partly(Failure failed)
     {
-        Reading reading{failed_function};
+        Reading reading{failed};
         reading.is_new_ = true;
         return reading;
     }
@@ -172,17 +172,17 @@ public:
     }
     static Reading nothing_new()
     {
-        Reading reading{nullptr};
+        Reading reading{Failure{}};
         reading.is_new_ = false;
         return reading;
     }
 
-    [[nodiscard]] const char* failed() const { return failed_; }
+    [[nodiscard]] Failure failed() const { return failed_; }
     [[nodiscard]] bool is_new() const { return is_new_; }
     [[nodiscard]] bool is_over() const { return is_over_; }
 
 private:
-    const char* failed_;
+    Failure failed_;
     bool is_new_;
     bool is_over_ = false;
 };

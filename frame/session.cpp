@@ -95,7 +95,7 @@ void close_session()
     if (!program.port_open)
         return;
     program.port_open = false;
-    if (attempt(LIB(Close)) != nullptr)
+    if (attempt(LIB(Close)))
         console.print(Color::bad, "%s\n", printable(COM_KOV_CTRL_GetErrorMessage()).c_str());
     progress("Communication stream closed\n");
 }

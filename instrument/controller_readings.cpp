@@ -13,47 +13,47 @@ std::string RunTimes::total_text() const
     return uptime_text(total_seconds, total_milliseconds);
 }
 
-const char* attempt_uptime(RunTimes& times)
+Failure attempt_uptime(RunTimes& times)
 {
     return attempt(LIB(GetUptimeInt), &times.seconds, &times.milliseconds, &times.total_seconds,
                    &times.total_milliseconds);
 }
 
-const char* attempt_operation_time(RunTimes& times)
+Failure attempt_operation_time(RunTimes& times)
 {
     return attempt(LIB(GetOptimeInt), &times.seconds, &times.milliseconds, &times.total_seconds,
                    &times.total_milliseconds);
 }
 
-const char* attempt_controller_housekeeping(ControllerHousekeeping& record)
+Failure attempt_controller_housekeeping(ControllerHousekeeping& record)
 {
     return attempt(LIB(GetHousekeeping), &record.plus_24, &record.plus_5, &record.plus_3_3,
                    &record.cpu, &record.psu);
 }
 
-const char* attempt_cpu_data(CpuData& record)
+Failure attempt_cpu_data(CpuData& record)
 {
     return attempt(LIB(GetCPUdata), &record.load, &record.frequency);
 }
 
-const char* attempt_fan_data(FanData& record)
+Failure attempt_fan_data(FanData& record)
 {
     return attempt(LIB(GetFanData), &record.failed, &record.reserved, &record.set_speed,
                    &record.measured_speed, &record.pwm);
 }
 
-const char* attempt_led_data(LedData& record)
+Failure attempt_led_data(LedData& record)
 {
     return attempt(LIB(GetLEDData), &record.red, &record.green, &record.blue);
 }
 
-const char* attempt_input_levels(InputLevels& record)
+Failure attempt_input_levels(InputLevels& record)
 {
     return attempt(LIB(GetInputs), &record.interlock_front, &record.interlock_rear,
                    &record.fan_enabled);
 }
 
-const char* attempt_power_monitors(PowerMonitors& record)
+Failure attempt_power_monitors(PowerMonitors& record)
 {
     return attempt(LIB(GetPowerMonitors), &record.ac_input, &record.dc_output);
 }

@@ -2,6 +2,8 @@
 /// which order they are read and whether a failed call is made again is the caller's.
 #pragma once
 
+#include "frame/failure.h"
+
 #include <cstdint>
 #include <string>
 
@@ -56,13 +58,13 @@ struct PowerMonitors {
     std::uint8_t ac_input = 0, dc_output = 0;
 };
 
-// One call each. Null, or the name of the function that failed.
+// One call each.
 
-[[nodiscard]] const char* attempt_uptime(RunTimes& times);
-[[nodiscard]] const char* attempt_operation_time(RunTimes& times);
-[[nodiscard]] const char* attempt_controller_housekeeping(ControllerHousekeeping& record);
-[[nodiscard]] const char* attempt_cpu_data(CpuData& record);
-[[nodiscard]] const char* attempt_fan_data(FanData& record);
-[[nodiscard]] const char* attempt_led_data(LedData& record);
-[[nodiscard]] const char* attempt_input_levels(InputLevels& record);
-[[nodiscard]] const char* attempt_power_monitors(PowerMonitors& record);
+[[nodiscard]] Failure attempt_uptime(RunTimes& times);
+[[nodiscard]] Failure attempt_operation_time(RunTimes& times);
+[[nodiscard]] Failure attempt_controller_housekeeping(ControllerHousekeeping& record);
+[[nodiscard]] Failure attempt_cpu_data(CpuData& record);
+[[nodiscard]] Failure attempt_fan_data(FanData& record);
+[[nodiscard]] Failure attempt_led_data(LedData& record);
+[[nodiscard]] Failure attempt_input_levels(InputLevels& record);
+[[nodiscard]] Failure attempt_power_monitors(PowerMonitors& record);

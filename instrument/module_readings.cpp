@@ -3,7 +3,7 @@
 #include "frame/device_call.h"
 #include "instrument/addresses.h"
 
-const char* attempt_housekeeping(unsigned address, ModuleHousekeeping& record)
+Failure attempt_housekeeping(unsigned address, ModuleHousekeeping& record)
 {
     switch (address) {
     case base_unit:
@@ -16,7 +16,7 @@ const char* attempt_housekeeping(unsigned address, ModuleHousekeeping& record)
     }
 }
 
-const char* attempt_hv_supply_housekeeping(unsigned address, ModuleHousekeeping& record)
+Failure attempt_hv_supply_housekeeping(unsigned address, ModuleHousekeeping& record)
 {
     return attempt(LIB(GetHVsupplyHousekeeping), address, &record.valid, &record.plus_3_3,
                    &record.cpu, &record.plus_5, &record.plus_24, &record.minus_22, &record.plus_18,
@@ -31,24 +31,24 @@ std::optional<double> HeaterMonitoring::heater_resistance() const
     return heater_voltage / current;
 }
 
-const char* attempt_monitoring(HeaterMonitoring& record)
+Failure attempt_monitoring(HeaterMonitoring& record)
 {
     return attempt(LIB(GetHeatCtrlMonitoring), &record.ready, &record.output_voltage,
                    &record.heater_voltage, &record.current, &record.temperature);
 }
 
-const char* attempt_hardware_limits(HeaterLimits& limits)
+Failure attempt_hardware_limits(HeaterLimits& limits)
 {
     return attempt(LIB(GetHeatCtrlHwLimits), &limits.voltage, &limits.current, &limits.power,
                    &limits.temperature);
 }
 
-const char* attempt_output_voltage(unsigned address, OutputMeasurement& volts)
+Failure attempt_output_voltage(unsigned address, OutputMeasurement& volts)
 {
     return attempt(LIB(GetHVsupplyOutputVoltage), address, &volts.valid, &volts.value);
 }
 
-const char* attempt_output_current(unsigned address, OutputMeasurement& amperes)
+Failure attempt_output_current(unsigned address, OutputMeasurement& amperes)
 {
     return attempt(LIB(GetHVsupplyOutputCurrent), address, &amperes.valid, &amperes.value);
 }

@@ -1,6 +1,8 @@
 /// What the modules measure: their records, and reading them.
 #pragma once
 
+#include "frame/failure.h"
+
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -44,13 +46,11 @@ struct ModuleHousekeeping {
     double cpu = 0, psu = 0;
 };
 
-/// Reads the housekeeping record of the module at an address (0..3, base_unit) once. Null, or the
-/// name of what failed.
-[[nodiscard]] const char* attempt_housekeeping(unsigned address, ModuleHousekeeping& record);
+/// Reads the housekeeping record of the module at an address (0..3, base_unit) once.
+[[nodiscard]] Failure attempt_housekeeping(unsigned address, ModuleHousekeeping& record);
 
 /// The same by the HV-supplies' function, whatever the address.
-[[nodiscard]] const char* attempt_hv_supply_housekeeping(unsigned address,
-                                                         ModuleHousekeeping& record);
+[[nodiscard]] Failure attempt_hv_supply_housekeeping(unsigned address, ModuleHousekeeping& record);
 
 /// One measurement of the heat-controller.
 struct HeaterMonitoring {
@@ -68,16 +68,16 @@ struct HeaterMonitoring {
     [[nodiscard]] std::optional<double> heater_resistance() const;
 };
 
-/// Reads the heat-controller's monitoring record once. Null, or the name of what failed.
-[[nodiscard]] const char* attempt_monitoring(HeaterMonitoring& record);
+/// Reads the heat-controller's monitoring record once.
+[[nodiscard]] Failure attempt_monitoring(HeaterMonitoring& record);
 
 /// What the heat-controller's hardware allows: V, A, W, degrees Celsius.
 struct HeaterLimits {
     double voltage = 0, current = 0, power = 0, temperature = 0;
 };
 
-/// Reads them once. Null, or the name of what failed.
-[[nodiscard]] const char* attempt_hardware_limits(HeaterLimits& limits);
+/// Reads them once.
+[[nodiscard]] Failure attempt_hardware_limits(HeaterLimits& limits);
 
 /// One measurement at the output of an HV-supply, in V or in A.
 struct OutputMeasurement {
@@ -85,7 +85,7 @@ struct OutputMeasurement {
     double value = 0;
 };
 
-// Each reads one once. Null, or the name of what failed.
+// Each reads one once.
 
-[[nodiscard]] const char* attempt_output_voltage(unsigned address, OutputMeasurement& volts);
-[[nodiscard]] const char* attempt_output_current(unsigned address, OutputMeasurement& amperes);
+[[nodiscard]] Failure attempt_output_voltage(unsigned address, OutputMeasurement& volts);
+[[nodiscard]] Failure attempt_output_current(unsigned address, OutputMeasurement& amperes);

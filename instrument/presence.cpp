@@ -33,12 +33,12 @@ std::vector<unsigned> ModulePresence::present_slots() const
     return present;
 }
 
-const char* attempt_presence(ModulePresence& presence)
+Failure attempt_presence(ModulePresence& presence)
 {
     return attempt(LIB(GetModulePresence), &presence.valid, &presence.slot_count, &presence.flags);
 }
 
-const char* attempt_scanned_module(unsigned address, ScannedModule& module)
+Failure attempt_scanned_module(unsigned address, ScannedModule& module)
 {
     return attempt(LIB(GetScannedModuleParams), address, &module.product_number,
                    &module.saved_product_number, &module.hardware_type,

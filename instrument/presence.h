@@ -1,6 +1,7 @@
 /// What is in the controller's slots: presence flags, and what the scan of the modules found.
 #pragma once
 
+#include "frame/failure.h"
 #include "frame/terminal/colors.h"
 
 #include <array>
@@ -43,8 +44,8 @@ struct ModulePresence {
     [[nodiscard]] std::vector<unsigned> present_slots() const;
 };
 
-/// Reads the presence record once. Null, or the name of what failed.
-[[nodiscard]] const char* attempt_presence(ModulePresence& presence);
+/// Reads the presence record once.
+[[nodiscard]] Failure attempt_presence(ModulePresence& presence);
 
 /// What the scan found in a slot or of the base unit, and what is saved of it in the controller.
 struct ScannedModule {
@@ -52,8 +53,8 @@ struct ScannedModule {
     std::uint32_t hardware_type = 0, saved_hardware_type = 0;
 };
 
-/// Reads that of the unit at an address once. Null, or the name of what failed.
-[[nodiscard]] const char* attempt_scanned_module(unsigned address, ScannedModule& module);
+/// Reads that of the unit at an address once.
+[[nodiscard]] Failure attempt_scanned_module(unsigned address, ScannedModule& module);
 
 /// The state of the scan: "changed" when something differs from what is saved, else "OK".
 [[nodiscard]] ColoredText scan_state_word(bool changed);

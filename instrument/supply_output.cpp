@@ -4,12 +4,12 @@
 #include "frame/platform/platform.h"
 #include "instrument/module_readings.h"
 
-const char* attempt_ranges(unsigned address, MeasurementRanges& ranges)
+Failure attempt_ranges(unsigned address, MeasurementRanges& ranges)
 {
     return attempt(LIB(GetHVsupplyMeasRanges), address, &ranges.negative, &ranges.high);
 }
 
-const char* attempt_to_set_ranges(unsigned address, MeasurementRanges ranges)
+Failure attempt_to_set_ranges(unsigned address, MeasurementRanges ranges)
 {
     // The library may have given another value than 1.
     const std::uint8_t negative = ranges.negative != 0 ? 1 : 0;
@@ -17,25 +17,25 @@ const char* attempt_to_set_ranges(unsigned address, MeasurementRanges ranges)
     return attempt(LIB(SetHVsupplyMeasRanges), address, negative, high);
 }
 
-const char* attempt_target_voltage(unsigned address, double& volts)
+Failure attempt_target_voltage(unsigned address, double& volts)
 {
     return attempt(LIB(GetHVsupplyTargetOutputVoltage), address, &volts);
 }
 
-const char* attempt_pwm_parameters(unsigned address, PwmParameters& parameters)
+Failure attempt_pwm_parameters(unsigned address, PwmParameters& parameters)
 {
     PwmParameters& p = parameters;
     return attempt(LIB(GetHVsupplyParamsPWM), address, &p.period, &p.width, &p.phase_measured,
                    &p.phase_set, &p.voltage_set, &p.voltage_measured, &p.active, &p.data_ready);
 }
 
-const char* attempt_output(unsigned address, std::uint8_t data_ready, MeasurementRanges ranges,
-                           OutputValues& output, NewOutput& news)
+Failure attempt_output(unsigned address, std::uint8_t data_ready, MeasurementRanges ranges,
+                       OutputValues& output, NewOutput& news)
 {
     news = {};
     OutputMeasurement measured;
     if (is_ready(data_ready, ready_bit::output_voltage)) {
-        if (const char* failed = attempt_output_voltage(address, measured))
+        if (const Failure failed = attempt_output_voltage(address, measured))
             return failed;
         if (measured.valid != 0) {
             output.voltage = measured.value;
@@ -45,7 +45,7 @@ const char* attempt_output(unsigned address, std::uint8_t data_ready, Measuremen
         }
     }
     if (is_ready(data_ready, ready_bit::output_current)) {
-        if (const char* failed = attempt_output_current(address, measured))
+        if (const Failure failed = attempt_output_current(address, measured))
             return failed;
         if (measured.valid != 0) {
             output.current = measured.value;
@@ -54,5 +54,5 @@ const char* attempt_output(unsigned address, std::uint8_t data_ready, Measuremen
             news.current_ms = platform::tick_ms();
         }
     }
-    return nullptr;
+    return {};
 }

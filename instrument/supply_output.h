@@ -1,6 +1,8 @@
 /// The output of an HV-supply: its measurement ranges, PWM parameters and measured values.
 #pragma once
 
+#include "frame/failure.h"
+
 #include <cstdint>
 
 /// What the measurement is set for.
@@ -27,12 +29,12 @@ struct OutputValues {
     MeasurementRanges voltage_ranges, current_ranges;
 };
 
-// One call each. Null, or the name of the function that failed.
+// One call each.
 
-[[nodiscard]] const char* attempt_ranges(unsigned address, MeasurementRanges& ranges);
-[[nodiscard]] const char* attempt_to_set_ranges(unsigned address, MeasurementRanges ranges);
-[[nodiscard]] const char* attempt_target_voltage(unsigned address, double& volts);
-[[nodiscard]] const char* attempt_pwm_parameters(unsigned address, PwmParameters& parameters);
+[[nodiscard]] Failure attempt_ranges(unsigned address, MeasurementRanges& ranges);
+[[nodiscard]] Failure attempt_to_set_ranges(unsigned address, MeasurementRanges ranges);
+[[nodiscard]] Failure attempt_target_voltage(unsigned address, double& volts);
+[[nodiscard]] Failure attempt_pwm_parameters(unsigned address, PwmParameters& parameters);
 
 /// Which values a call of attempt_output() brought, and at which ticks.
 struct NewOutput {
@@ -41,6 +43,6 @@ struct NewOutput {
 };
 
 /// Fetches what the data-ready flags announce; a value that is not valid is left aside.
-[[nodiscard]] const char* attempt_output(unsigned address, std::uint8_t data_ready,
-                                         MeasurementRanges ranges, OutputValues& output,
-                                         NewOutput& news);
+[[nodiscard]] Failure attempt_output(unsigned address, std::uint8_t data_ready,
+                                     MeasurementRanges ranges, OutputValues& output,
+                                     NewOutput& news);

@@ -10,16 +10,16 @@ namespace
 /// Counts an overflow, reads the group if it is ready, and counts the reading if it is valid.
 /// `read` fills `fresh` and returns what failed; `is_valid` looks at it; then it becomes `latest`.
 template <class Values, class Read, class IsValid>
-const char* read_group(std::uint8_t flags, int bit, ReadingGroup& group, Values& latest, Read read,
-                       IsValid is_valid)
+Failure read_group(std::uint8_t flags, int bit, ReadingGroup& group, Values& latest, Read read,
+                   IsValid is_valid)
 {
     if (has_overflowed(flags, bit))
         ++group.overflows;
     if (!is_ready(flags, bit))
-        return nullptr;
+        return {};
     Values fresh{};
     set_purge_hold();
-    if (const char* failed = read(fresh)) {
+    if (const Failure failed = read(fresh)) {
         ++group.errors;
         return failed;
     }
@@ -27,7 +27,7 @@ const char* read_group(std::uint8_t flags, int bit, ReadingGroup& group, Values&
         latest = fresh;
         group.count_reading(platform::tick_ms());
     }
-    return nullptr;
+    return {};
 }
 
 } // namespace
@@ -59,14 +59,14 @@ void ScreenReadings::forget_old_overflows(CompleteState& first) const
     forget(first.module_data_ready[base_index], {ready_bit::housekeeping});
 }
 
-const char* ScreenReadings::read_state()
+Failure ScreenReadings::read_state()
 {
     CompleteState fresh;
     set_purge_hold();
-    const char* failed = attempt(LIB(GetCompleteState), &fresh.data_ready, &fresh.device,
-                                 &fresh.voltage, &fresh.temperature, &fresh.fan, &fresh.interlock,
-                                 &fresh.overall, &fresh.module_data_ready, &fresh.module);
-    if (failed != nullptr) {
+    const Failure failed = attempt(LIB(GetCompleteState), &fresh.data_ready, &fresh.device,
+                                   &fresh.voltage, &fresh.temperature, &fresh.fan, &fresh.interlock,
+                                   &fresh.overall, &fresh.module_data_ready, &fresh.module);
+    if (failed) {
         ++state_errors;
         return failed;
     }
@@ -75,10 +75,10 @@ const char* ScreenReadings::read_state()
     state = fresh;
     ++cycles.cycles;
     shown_ms = platform::tick_ms();
-    return nullptr;
+    return {};
 }
 
-const char* ScreenReadings::read_controller()
+Failure ScreenReadings::read_controller()
 {
     return read_group(state.data_ready, controller_ready_bit::housekeeping, controller_group,
                       controller, attempt_controller_housekeeping,
@@ -100,10 +100,10 @@ void ScreenReadings::read_housekeeping(const Report& report)
     }
 }
 
-const char* ScreenReadings::read_monitoring()
+Failure ScreenReadings::read_monitoring()
 {
     if (!presence_.has_slot(0))
-        return nullptr;
+        return {};
     return read_group(state.module_data_ready[0], ready_bit::monitoring, monitoring_group,
                       monitoring, attempt_monitoring,
                       [](const HeaterMonitoring& record) { return record.ready != 0; });
@@ -117,14 +117,14 @@ template <class Report>
 void read_outputs(const ModulePresence& presence, const CompleteState& state, int bit,
                   std::array<ReadingGroup, screen_slots>& groups,
                   std::array<double, screen_slots>& values,
-                  const char* (*attempt_measurement)(unsigned, OutputMeasurement&),
+                  Failure (*attempt_measurement)(unsigned, OutputMeasurement&),
                   const Report& report)
 {
     for (unsigned slot = 1; slot < screen_slots; ++slot) {
         if (!presence.has_slot(slot))
             continue;
         OutputMeasurement latest{.valid = 1, .value = values[slot]};
-        const char* failed = read_group(
+        const Failure failed = read_group(
             state.module_data_ready[slot], bit, groups[slot], latest,
             [&](OutputMeasurement& fresh) { return attempt_measurement(slot, fresh); },
             [](const OutputMeasurement& fresh) { return fresh.valid != 0; });
@@ -138,8 +138,8 @@ void read_outputs(const ModulePresence& presence, const CompleteState& state, in
 void ScreenReadings::read_cycle(const std::function<void()>& before_report)
 {
     bool failed_before = false;
-    const Report report = [&](const char* failed) {
-        if (failed == nullptr)
+    const Report report = [&](Failure failed) {
+        if (!failed)
             return;
         failed_before = true;
         before_report();

@@ -2,6 +2,7 @@
 /// and how the reading went.
 #pragma once
 
+#include "frame/failure.h"
 #include "frame/live_display.h"
 #include "instrument/addresses.h"
 #include "instrument/controller_readings.h"
@@ -78,13 +79,13 @@ public:
     std::array<ReadingGroup, screen_slots> current_groups;
 
 private:
-    /// Reports what failed; does nothing for null, which is success.
-    using Report = std::function<void(const char* failed)>;
+    /// Reports a failure; does nothing after a success.
+    using Report = std::function<void(Failure failed)>;
 
-    [[nodiscard]] const char* read_state();
-    [[nodiscard]] const char* read_controller();
+    [[nodiscard]] Failure read_state();
+    [[nodiscard]] Failure read_controller();
     void read_housekeeping(const Report& report);
-    [[nodiscard]] const char* read_monitoring();
+    [[nodiscard]] Failure read_monitoring();
     void forget_old_overflows(CompleteState& first) const;
 
     ModulePresence presence_;

@@ -103,9 +103,10 @@ void start_screen_reports()
     shown_size = console.size();
 }
 
-void report_error_on_screen(const char* function)
+void report_error_on_screen(Failure failed)
 {
-    add_report({.function = function, .messages = library_messages(), .time = timestamp()});
+    add_report(
+        {.function = failed.function(), .messages = library_messages(), .time = timestamp()});
     print_reports();
     console.flush();
 }
@@ -121,12 +122,12 @@ void set_purge_hold()
     purge_hold_ms = platform::tick_ms() + purge_hold_duration_ms;
 }
 
-void report_on_screen_and_purge(const char* function)
+void report_on_screen_and_purge(Failure failed)
 {
     const std::int64_t failed_at = platform::tick_ms();
-    report_error_on_screen(function);
+    report_error_on_screen(failed);
     if (failed_at <= purge_hold_ms)
         return;
-    if (const char* failed = attempt(LIB(Purge)))
-        report_error_on_screen(failed);
+    if (const Failure purge = attempt(LIB(Purge)))
+        report_error_on_screen(purge);
 }

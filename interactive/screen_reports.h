@@ -2,6 +2,8 @@
 /// call took too long.
 #pragma once
 
+#include "frame/failure.h"
+
 /// First row of the message area; it reaches to the screen's bottom row.
 inline constexpr int message_area_row = 54;
 
@@ -10,7 +12,7 @@ void start_screen_reports();
 
 /// Reports into the message area, which scrolls by itself; the rest of the screen stays. After its
 /// first ten, an equal report is only counted, in a line with the time of the last one.
-void report_error_on_screen(const char* function);
+void report_error_on_screen(Failure failed);
 
 /// Shows the reports once more when the window has changed, also those made while it was too small
 /// for the message area. To be called whenever the screen is drawn.
@@ -22,4 +24,4 @@ void set_purge_hold();
 
 /// Reports on the screen; when the hold is over, purges the communication port as well (and
 /// reports if that fails).
-void report_on_screen_and_purge(const char* function);
+void report_on_screen_and_purge(Failure failed);

@@ -21,14 +21,14 @@ namespace
 template <class Try>
 bool succeeds_on_screen(int tries, Try try_once)
 {
-    const char* failed = nullptr;
+    Failure failed;
     do {
         set_purge_hold();
         failed = try_once();
-    } while (failed != nullptr && --tries > 0);
-    if (failed != nullptr)
+    } while (failed && --tries > 0);
+    if (failed)
         report_on_screen_and_purge(failed);
-    return failed == nullptr;
+    return !failed;
 }
 
 template <class... Arguments>

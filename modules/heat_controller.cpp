@@ -250,9 +250,8 @@ void show_heater_monitoring(const Given& given)
             places.resistance = place("Heater resistance: ");
         },
         [](HeaterMonitoring& values) {
-            const char* failed = attempt_monitoring(values);
-            return failed == nullptr && values.ready == 0 ? Reading::nothing_new()
-                                                          : Reading{failed};
+            const Failure failed = attempt_monitoring(values);
+            return !failed && values.ready == 0 ? Reading::nothing_new() : Reading{failed};
         },
         [&](const HeaterMonitoring& values) { places.show(values); });
 }

@@ -60,7 +60,7 @@ constexpr LabelledQuantity hv_supply_row_2[] = {{"          AGnd:", analog_groun
 constexpr Row heat_controller_rows[] = {heat_controller_row};
 constexpr Row hv_supply_rows[] = {hv_supply_row_1, hv_supply_row_2};
 
-using RecordReader = const char* (*)(unsigned address, Record& record);
+using RecordReader = Failure (*)(unsigned address, Record& record);
 
 void show_live(unsigned address, bool continuous, std::span<const Row> rows,
                RecordReader attempt_record)
@@ -79,9 +79,8 @@ void show_live(unsigned address, bool continuous, std::span<const Row> rows,
             }
         },
         [&](Record& record) {
-            const char* failed = attempt_record(address, record);
-            return failed == nullptr && record.valid == 0 ? Reading::nothing_new()
-                                                          : Reading{failed};
+            const Failure failed = attempt_record(address, record);
+            return !failed && record.valid == 0 ? Reading::nothing_new() : Reading{failed};
         },
         [&](const Record& record) { values.show(record); });
 }
@@ -122,14 +121,14 @@ void show_module_housekeeping(const Given& given)
                     .heading = "Housekeeping data:"},
                    given.address, [](const Module& module) {
                        Record record;
-                       const char* failed = with_repeat(
+                       Failure failed = with_repeat(
                            [&] { return attempt_housekeeping(module.address, record); });
                        // Kept: in the list an HV-supply is reported under a name that no function
                        // has.
                        const bool is_hv_supply =
                            module.address != heat_controller && module.address != base_unit;
-                       if (failed != nullptr && module.in_list && is_hv_supply)
-                           failed = "COM_KOV_CTRL_GetModuleHousekeeping";
+                       if (failed && module.in_list && is_hv_supply)
+                           failed = Failure{"COM_KOV_CTRL_GetModuleHousekeeping"};
                        if (!succeeded(failed))
                            return false;
                        module.print_label();

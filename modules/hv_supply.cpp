@@ -91,9 +91,9 @@ void show_output(const Given& given)
     Place voltage, current;
     run_live_display<OutputValues>(
         {.continuous = given.capital,
-         .on_key = [&](int key) -> const char* {
+         .on_key = [&](int key) -> Failure {
              return change_ranges(folded(key), ranges) ? attempt_to_set_ranges(address, ranges)
-                                                       : nullptr;
+                                                       : Failure{};
          }},
         [&](LiveFields& fields) {
             constexpr int columns_to_current = 26;
@@ -113,10 +113,10 @@ void show_output(const Given& given)
         },
         [&](OutputValues& shown) {
             std::uint8_t data_ready = 0;
-            if (const char* failed = attempt(LIB(GetModuleDataReadyFlags), address, &data_ready))
+            if (const Failure failed = attempt(LIB(GetModuleDataReadyFlags), address, &data_ready))
                 return Reading{failed};
             NewOutput news;
-            const char* failed = attempt_output(address, data_ready, ranges, output, news);
+            const Failure failed = attempt_output(address, data_ready, ranges, output, news);
             shown = output;
             return Reading::partly(failed);
         },
@@ -172,7 +172,7 @@ void show_output_data(const Given& given)
     if (!succeeded(attempt_ranges(address, ranges)))
         return;
     OutputData latest;
-    const char* target_failed = nullptr;
+    Failure target_failed;
     OutputDataFields places;
     run_live_display<OutputData>(
         {.continuous = given.capital},
@@ -187,16 +187,16 @@ void show_output_data(const Given& given)
             places = place_output_data();
             console.flush();
             target_failed = attempt_target_voltage(address, latest.target);
-            if (target_failed == nullptr)
+            if (!target_failed)
                 show_target(places.target, latest.target);
         },
         [&](OutputData& shown) {
-            if (target_failed != nullptr)
+            if (target_failed)
                 return Reading{target_failed};
-            if (const char* failed = attempt_pwm_parameters(address, latest.pwm))
+            if (const Failure failed = attempt_pwm_parameters(address, latest.pwm))
                 return Reading{failed};
             NewOutput news;
-            const char* failed =
+            const Failure failed =
                 attempt_output(address, latest.pwm.data_ready, ranges, latest.output, news);
             shown = latest;
             return Reading::partly(failed);

@@ -106,12 +106,12 @@ void show_module_manufacturing_date(const Given& given)
                    given.address, [](const Module& module) {
                        std::uint16_t year = 0;
                        std::uint16_t week = 0;
-                       const char* failed =
+                       Failure failed =
                            attempt_twice(LIB(GetModuleManufDate), module.address, &year, &week);
                        // Kept: alone it is reported under the product number's name, in the list
                        // under its own.
-                       if (failed != nullptr && !module.in_list)
-                           failed = LIB(GetModuleProductNo).name;
+                       if (failed && !module.in_list)
+                           failed = Failure{LIB(GetModuleProductNo).name};
                        if (!succeeded(failed))
                            return false;
                        module.print_label();
@@ -134,9 +134,9 @@ void show_module_hardware_version(const Given& given)
                        if (module.address == heat_controller || module.address == base_unit)
                            return true;
                        std::uint32_t fpga_version = 0;
-                       const char* failed = attempt_twice(LIB(GetHVsupplyFpgaVersion),
-                                                          module.address, &fpga_version);
-                       if (failed != nullptr) {
+                       const Failure failed = attempt_twice(LIB(GetHVsupplyFpgaVersion),
+                                                            module.address, &fpga_version);
+                       if (failed) {
                            report_error_below(failed);
                            return false;
                        }

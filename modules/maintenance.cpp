@@ -33,7 +33,7 @@ void print_identification(unsigned address, std::uint8_t flag)
     const std::string name = module_name(address);
     progress("Getting product number of %s:\r\n", name.c_str());
     std::int32_t number = 0;
-    if (const char* failed = attempt_twice(LIB(GetModuleProductNo), address, &number)) {
+    if (const Failure failed = attempt_twice(LIB(GetModuleProductNo), address, &number)) {
         report_error_below(failed);
         return;
     }
@@ -41,7 +41,7 @@ void print_identification(unsigned address, std::uint8_t flag)
     console.print(Color::value, "%d", number);
     progress("Getting device type of %s:\r\n", name.c_str());
     std::uint16_t type = 0;
-    if (const char* failed = attempt_twice(LIB(GetModuleDevType), address, &type)) {
+    if (const Failure failed = attempt_twice(LIB(GetModuleDevType), address, &type)) {
         report_error_below(failed);
         return;
     }
@@ -77,7 +77,7 @@ bool print_scanned_modules(const ModulePresence& presence)
         // The base unit follows the slots that the controller has, wherever that is.
         const bool is_base = entry == presence.slot_count;
         ScannedModule module;
-        if (const char* failed = with_repeat(
+        if (const Failure failed = with_repeat(
                 [&] { return attempt_scanned_module(is_base ? base_unit : entry, module); })) {
             report_error_below(failed);
             return false;
@@ -122,13 +122,13 @@ bool purge(unsigned address, bool& purged)
 {
     constexpr int most_tries = 10;
     constexpr std::int64_t pause_ms = 100;
-    const char* failed = nullptr;
+    Failure failed;
     purged = false;
     for (int tries = 1; tries <= most_tries && !purged; ++tries) {
         std::uint8_t flag = 0;
         failed = attempt(LIB(ModulePurge), address, &flag);
-        purged = failed == nullptr && flag != 0;
-        if (failed != nullptr && tries < most_tries)
+        purged = !failed && flag != 0;
+        if (failed && tries < most_tries)
             platform::sleep_ms(pause_ms);
     }
     return succeeded(failed);

@@ -75,9 +75,9 @@ private:
     void print_title(bool continuous);
     [[nodiscard]] Reading read(OutputData& shown);
 
-    [[nodiscard]] const char* take_key(int key);
-    [[nodiscard]] const char* step_target(double step);
-    [[nodiscard]] const char* activate(bool on);
+    [[nodiscard]] Failure take_key(int key);
+    [[nodiscard]] Failure step_target(double step);
+    [[nodiscard]] Failure activate(bool on);
 
     void start_saving();
     [[nodiscard]] std::string file_name(const platform::LocalTime& time);
@@ -92,7 +92,7 @@ private:
     const std::string name_;
     MeasurementRanges ranges_;
     OutputData latest_;
-    const char* target_failed_ = nullptr;
+    Failure target_failed_;
     std::uint64_t cycles_ = 0;
     MeasurementLog log_;
     std::string last_name_;            ///< of the latest recording
@@ -147,36 +147,36 @@ void Tuning::print_labels(LiveFields& fields)
     if (fields.continuous)
         flush_keys(); // nothing is switched by what was typed before anybody could see this
     target_failed_ = attempt_target_voltage(address_, latest_.target);
-    if (target_failed_ == nullptr)
+    if (!target_failed_)
         show_target(places_.target, latest_.target);
     console.move_to({last_row, 1});
 }
 
 Reading Tuning::read(OutputData& shown)
 {
-    if (target_failed_ != nullptr)
+    if (target_failed_)
         return {target_failed_};
     if (file_error_ != nullptr)
         return Reading::over();
     PwmParameters& pwm = latest_.pwm;
-    if (const char* failed = with_repeat([&] { return attempt_pwm_parameters(address_, pwm); }))
+    if (const Failure failed = with_repeat([&] { return attempt_pwm_parameters(address_, pwm); }))
         return {failed};
     ++cycles_;
     NewOutput news;
-    const char* failed = attempt_output(address_, pwm.data_ready, ranges_, latest_.output, news);
+    const Failure failed = attempt_output(address_, pwm.data_ready, ranges_, latest_.output, news);
     shown = latest_;
     if (log_.is_open())
         save(news);
     return Reading::partly(failed);
 }
 
-const char* Tuning::take_key(int key)
+Failure Tuning::take_key(int key)
 {
     if (file_error_ != nullptr)
-        return nullptr; // it is over
+        return {}; // it is over
     const bool ends_something = key == 'a' || key == 's' || key == key::escape;
     if (!ends_something && escape_waiting())
-        return nullptr; // keys held down while the library was busy
+        return {}; // keys held down while the library was busy
     if (const std::optional<double> step = step_of(key))
         return step_target(*step);
     if (change_ranges(folded(key), ranges_))
@@ -199,16 +199,16 @@ const char* Tuning::take_key(int key)
     }
     if (key == key::escape)
         flush_keys();
-    return nullptr;
+    return {};
 }
 
-const char* Tuning::step_target(double step)
+Failure Tuning::step_target(double step)
 {
     latest_.target = stepped(latest_.target, step);
     return attempt(LIB(SetHVsupplyTargetOutputVoltage), address_, latest_.target);
 }
 
-const char* Tuning::activate(bool on)
+Failure Tuning::activate(bool on)
 {
     return attempt(LIB(SetModuleActivationState), address_, static_cast<std::uint8_t>(on));
 }

@@ -97,7 +97,7 @@ bool report_inputs(Report& report)
 
 /// Uptime and operation time: the current value and the total.
 bool report_times(Report& report, const char* name, const char* label, const char* divider,
-                  const char* (*attempt_times)(RunTimes&))
+                  Failure (*attempt_times)(RunTimes&))
 {
     progress("Getting the device %s:\r\n", name);
     RunTimes times;

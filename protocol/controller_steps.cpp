@@ -51,9 +51,9 @@ bool measure_transfers(Report& report, const char* label, const char* sent)
     for (int number = 1; number <= transfers; ++number) {
         line.show(formatted("#%d/%d", number, transfers));
         const std::int64_t start_ms = platform::tick_ms();
-        const char* failed = attempt(LIB(Test), sent);
+        const Failure failed = attempt(LIB(Test), sent);
         times.add(static_cast<double>(platform::tick_ms() - start_ms));
-        if (failed != nullptr) {
+        if (failed) {
             report_error_below(failed);
             return false;
         }

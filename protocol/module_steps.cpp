@@ -62,7 +62,7 @@ bool measure_housekeeping(Report& report, unsigned address)
                         .ready_bit = ready_bit::housekeeping,
                         .fetch = {}};
     sample_records<Record>(source, housekeeping_channels(address), [address](Record& record) {
-        const char* failed = attempt_housekeeping(address, record);
+        const Failure failed = attempt_housekeeping(address, record);
         return Sample{failed, record.valid != 0};
     });
     return take_series(report, "Housekeeping data", address, std::move(source));
@@ -98,11 +98,11 @@ bool measure_idle_supply(Report& report, unsigned address)
 }
 
 /// The one value of a measurement at an output.
-Sample fetch_output(const char* (*attempt_measurement)(unsigned, OutputMeasurement&),
-                    unsigned address, std::span<double> values)
+Sample fetch_output(Failure (*attempt_measurement)(unsigned, OutputMeasurement&), unsigned address,
+                    std::span<double> values)
 {
     OutputMeasurement measured;
-    const char* failed = attempt_measurement(address, measured);
+    const Failure failed = attempt_measurement(address, measured);
     values[0] = measured.value;
     return {failed, measured.valid != 0};
 }
@@ -190,7 +190,7 @@ bool measure_heater(Report& report, const char* title, bool with_power)
                                .as_range = with_power});
     source.fetch = [with_power](std::span<double> values) {
         HeaterMonitoring monitoring;
-        const char* failed = attempt_monitoring(monitoring);
+        const Failure failed = attempt_monitoring(monitoring);
         values[0] = monitoring.output_voltage;
         values[1] = monitoring.heater_voltage;
         values[2] = monitoring.current;

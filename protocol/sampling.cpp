@@ -96,35 +96,35 @@ std::string progress_text(std::span<const SampleSource> sources)
     return text;
 }
 
-const char* attempt_ready_flags(ReadyAddress address, std::uint8_t& flags)
+Failure attempt_ready_flags(ReadyAddress address, std::uint8_t& flags)
 {
     return address ? attempt(LIB(GetModuleDataReadyFlags), *address, &flags)
                    : attempt(LIB(GetDataReadyFlags), &flags);
 }
 
-/// Fetches one sample and adds it when it is valid. Null, or what failed.
-const char* add_sample(SampleSource& source, std::int64_t now_ms)
+/// Fetches one sample and adds it when it is valid.
+Failure add_sample(SampleSource& source, std::int64_t now_ms)
 {
     std::vector<double> values(source.channels.size());
     const Sample sample = source.fetch(values);
-    if (sample.failed != nullptr || !sample.is_valid)
+    if (sample.failed || !sample.is_valid)
         return sample.failed;
     for (std::size_t i = 0; i < values.size(); ++i)
         source.channels[i].statistics.add(values[i]);
     if (source.samples() == 1)
         source.first_ms = now_ms;
     source.last_ms = now_ms;
-    return nullptr;
+    return {};
 }
 
-/// One look at the sources: fetches what is ready. Null, or what failed.
-const char* fetch_ready(ReadyAddress address, std::span<SampleSource> sources)
+/// One look at the sources: fetches what is ready.
+Failure fetch_ready(ReadyAddress address, std::span<SampleSource> sources)
 {
     std::uint8_t flags = 0;
     const bool announced = std::any_of(sources.begin(), sources.end(),
                                        [](const SampleSource& source) { return source.ready_bit; });
     if (announced) {
-        if (const char* failed = attempt_ready_flags(address, flags))
+        if (const Failure failed = attempt_ready_flags(address, flags))
             return failed;
     }
     const std::int64_t now_ms = platform::tick_ms();
@@ -132,10 +132,10 @@ const char* fetch_ready(ReadyAddress address, std::span<SampleSource> sources)
         const bool ready = !source.ready_bit || is_ready(flags, *source.ready_bit);
         if (!ready || source.is_complete())
             continue;
-        if (const char* failed = add_sample(source, now_ms))
+        if (const Failure failed = add_sample(source, now_ms))
             return failed;
     }
-    return nullptr;
+    return {};
 }
 
 std::size_t total_samples(std::span<const SampleSource> sources)
@@ -158,10 +158,10 @@ bool collect(Report& report, const char* title, ReadyAddress address,
     RunningLine line{title};
     for (;;) {
         const std::size_t samples_before = total_samples(sources);
-        const char* failed = fetch_ready(address, sources);
+        const Failure failed = fetch_ready(address, sources);
         const std::int64_t now_ms = platform::tick_ms();
         line.show(progress_text(sources));
-        if (failed != nullptr) {
+        if (failed) {
             line.leave(); // it tells how far it came
             report_error(failed);
             return false;

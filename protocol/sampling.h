@@ -1,6 +1,7 @@
 /// Waiting, and taking series of measurements, for the acceptance test.
 #pragma once
 
+#include "frame/failure.h"
 #include "frame/terminal/console.h"
 #include "protocol/report.h"
 #include "protocol/statistics.h"
@@ -60,7 +61,7 @@ struct SampleChannel {
 
 /// What a call brought.
 struct Sample {
-    const char* failed = nullptr; ///< the function
+    Failure failed; ///< the function
     bool is_valid = true;
 };
 

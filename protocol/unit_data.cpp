@@ -159,9 +159,9 @@ bool report_led_data(Report& report, const ReportedUnit& unit)
 {
     unit.announce("LED data");
     LedData led;
-    const char* failed = unit.address ? attempt(LIB(GetModuleLEDData), *unit.address, &led.red,
-                                                &led.green, &led.blue)
-                                      : attempt_led_data(led);
+    const Failure failed = unit.address ? attempt(LIB(GetModuleLEDData), *unit.address, &led.red,
+                                                  &led.green, &led.blue)
+                                        : attempt_led_data(led);
     if (!succeeded(failed))
         return false;
     const bool red = led.red != 0;

@@ -38,7 +38,7 @@ struct Display {
                 EXPECT_EQ(counter.value, 0) << "every reading starts from zero";
                 virtual_time::advance_us(answer_us);
                 counter.value = ++readings;
-                return readings <= nothing_new_until ? Reading::nothing_new() : Reading{nullptr};
+                return readings <= nothing_new_until ? Reading::nothing_new() : Reading{Failure{}};
             },
             [&](const Counter& counter) {
                 ++drawings;
@@ -122,9 +122,9 @@ TEST(LiveDisplay, HandsKeysAsTypedToTheCommand)
     trial.type(20, "x");
     std::vector<int> keys;
     Display display{.options = {.title = "Test", .continuous = true}};
-    display.options.on_key = [&](int key) -> const char* {
+    display.options.on_key = [&](int key) -> Failure {
         keys.push_back(key);
-        return key == 'x' ? "COM_KOV_CTRL_SetEnable" : nullptr;
+        return key == 'x' ? Failure{"COM_KOV_CTRL_SetEnable"} : Failure{};
     };
     display.run();
     EXPECT_EQ(keys, (std::vector<int>{'h', 'n', 0x148, 'x'}));

@@ -135,11 +135,11 @@ TEST(DeviceCall, ClearsItsResultsBeforeEachTry)
     std::uint32_t count = 7;
     std::array<std::uint8_t, 8> flags;
     flags.fill(7);
-    EXPECT_EQ(attempt(LIB(Open), std::uint8_t{3}), nullptr);
-    EXPECT_STREQ(attempt(LIB(GetModulePresence), &valid, &count, &flags),
+    EXPECT_FALSE(attempt(LIB(Open), std::uint8_t{3}));
+    EXPECT_STREQ(attempt(LIB(GetModulePresence), &valid, &count, &flags).function(),
                  "COM_KOV_CTRL_GetModulePresence");
     EXPECT_EQ(flags[7] + valid, 0);
-    EXPECT_EQ(attempt(LIB(Close)), nullptr);
+    EXPECT_FALSE(attempt(LIB(Close)));
 }
 
 TEST(DeviceCall, TerminatesTextsThatFillTheirField)

@@ -291,7 +291,7 @@ TEST(ScreenReports, ScrollInTheirOwnArea)
     virtual_platform.size = {.columns = 132, .rows = 60};
     console.start();
     program = {};
-    ASSERT_EQ(attempt(LIB(Open), std::uint8_t{3}), nullptr);
+    ASSERT_FALSE(attempt(LIB(Open), std::uint8_t{3}));
     console.clear_screen();
     for (int row = 1; row < message_area_row; ++row)
         console.print_at(console.screen_place(row, 1), Color::value, "row %d", row);
@@ -317,7 +317,7 @@ TEST(ScreenReports, ScrollInTheirOwnArea)
     for (const bool longer : {false, true}) {
         set_purge_hold();
         virtual_time::advance_us(longer ? 1'001'000 : 1'000'000);
-        report_on_screen_and_purge("COM_KOV_CTRL_GetState");
+        report_on_screen_and_purge(Failure{"COM_KOV_CTRL_GetState"});
         EXPECT_EQ(trial.calls_of("Purge()"), longer ? 1 : 0) << "only after more than a second";
     }
     EXPECT_THAT(trial.screen(), HasSubstr(", Error at COM_KOV_CTRL_Purge: "));
@@ -329,7 +329,7 @@ TEST(ScreenReports, EqualOnesAreCounted)
     virtual_platform.size = {.columns = 132, .rows = 90};
     console.start();
     program = {};
-    ASSERT_EQ(attempt(LIB(Open), std::uint8_t{3}), nullptr);
+    ASSERT_FALSE(attempt(LIB(Open), std::uint8_t{3}));
     console.clear_screen();
     start_screen_reports();
     const auto resize = [](int columns, int rows) {
@@ -352,8 +352,8 @@ TEST(ScreenReports, EqualOnesAreCounted)
         if (report == 12)
             resize(80, 40);
         virtual_time::advance_us(1'000'000);
-        report_error_on_screen("COM_KOV_CTRL_GetState");
-        report_error_on_screen("COM_KOV_CTRL_GetEnable");
+        report_error_on_screen(Failure{"COM_KOV_CTRL_GetState"});
+        report_error_on_screen(Failure{"COM_KOV_CTRL_GetEnable"});
     }
     resize(140, 120);
     for (const char* function : {"GetState", "GetEnable"}) {
@@ -363,8 +363,8 @@ TEST(ScreenReports, EqualOnesAreCounted)
     EXPECT_THAT(trial.screen(), HasSubstr("{M}2026/03/14, 09:28:"));
     // Nine others in between make it a new one; of a failed purge, too, the texts decide.
     for (int other = 0; other < 9; ++other)
-        report_error_on_screen(("COM_KOV_CTRL_Other" + std::to_string(other)).c_str());
-    report_error_on_screen("COM_KOV_CTRL_GetState");
+        report_error_on_screen(Failure{("COM_KOV_CTRL_Other" + std::to_string(other)).c_str()});
+    report_error_on_screen(Failure{"COM_KOV_CTRL_GetState"});
     EXPECT_EQ(errors_at("GetState", ": "), 11);
     // Leaving in a window that has become lower: nothing of the hidden rows comes to light.
     resize(132, 57);
