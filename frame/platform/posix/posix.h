@@ -68,6 +68,10 @@ void note_screen_use();
 /// tells when that changes.
 [[nodiscard]] bool keys_are_ours();
 
+/// Drops what was typed before a key that is a signal, as the system does with other modes; the
+/// shell must not get it. Only calls what a signal handler may call.
+void drop_typed_before_signal();
+
 /// Leaves the terminal as a shell wants it. Only calls what a signal handler may call.
 void hand_terminal_back();
 

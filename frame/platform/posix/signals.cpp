@@ -57,12 +57,20 @@ void tell_in_handler(std::string_view text)
         program_resumed = 1;
 }
 
+void drop_if_typed(int number, const siginfo_t& info)
+{
+    const bool is_key = number == SIGINT || number == SIGQUIT || number == SIGTSTP;
+    if (is_key && info.si_code == SI_KERNEL)
+        posix::drop_typed_before_signal();
+}
+
 void on_stop_request(int number, siginfo_t* info, void*)
 {
     // A closed pipe and a file that reached its limit are told by the write.
     if ((number == SIGPIPE || number == SIGXFSZ) && !is_from_outside(*info))
         return;
     const int saved_errno = errno;
+    drop_if_typed(number, *info);
     // A closing terminal hangs up twice: once by the system, once by the shell.
     const bool from_system = number == SIGHUP || number == SIGXCPU;
     switch (posix::requests.take(number, posix::now_ms(), from_system)) {
@@ -112,9 +120,10 @@ void on_continue(int, siginfo_t*, void*)
 
 /// Ctrl-Z: the shell gets a clean terminal, the program its own one back when it goes on. The stop
 /// itself is the system's: it knows whether there is a shell that could ever continue us.
-void on_terminal_stop(int number, siginfo_t*, void*)
+void on_terminal_stop(int number, siginfo_t* info, void*)
 {
     const int saved_errno = errno;
+    drop_if_typed(number, *info);
     if (posix::requests.is_protected()) {
         tell_in_handler(not_stopped_notice);
         errno = saved_errno;

@@ -57,6 +57,8 @@ void note_terminal_modes()
         // Signals stay on the keyboard (ISIG) and output processing stays as it is.
         raw_modes.c_iflag &= ~static_cast<tcflag_t>(ICRNL | INLCR | IGNCR | IXON | ISTRIP);
         raw_modes.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ECHONL | IEXTEN);
+        // A key that is a signal must not drop half a picture on its way to the screen.
+        raw_modes.c_lflag |= NOFLSH;
         raw_modes.c_cc[VMIN] = 1;
         raw_modes.c_cc[VTIME] = 0;
         have_original_modes = 1;
@@ -69,6 +71,12 @@ void note_screen_use()
         screen_wanted = 1;
         screen_in_use = 1;
     }
+}
+
+void drop_typed_before_signal()
+{
+    if (raw_input_active != 0 && !is_in_background(STDIN_FILENO))
+        tcflush(STDIN_FILENO, TCIFLUSH);
 }
 
 bool is_in_background(int descriptor)
