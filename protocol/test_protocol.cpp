@@ -126,6 +126,7 @@ bool run_on_saved_settings(Report& report, const ProductData& data)
         return report_uptime(report, false) && may_go_on(report) && run_steps(report, data);
     });
     report.indent(false);
+    const platform::HeldOutput restore_first;
     if (!passed)
         (void)guarded([&] { return purge_communication_port(report); });
     return restore_configuration(report, saved) && passed;

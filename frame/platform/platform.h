@@ -78,10 +78,11 @@ std::size_t write_output(std::string_view bytes, int rows_to_leave);
 /// else's.
 std::size_t write_some_output(std::string_view bytes, int rows_to_leave);
 
-/// From on to off nothing is written to standard output, not even to a file on a disk that hangs.
+/// From on to off nothing is written to standard output that might wait in the system, as a file on
+/// a disk that hangs does.
 void hold_output(bool on);
 
-/// Output held for as long as it exists: for what must not be delayed.
+/// Output held for as long as it exists: for the restoring of settings, which comes first.
 class HeldOutput
 {
 public:

@@ -86,12 +86,6 @@ void write_to_file(std::string_view bytes)
     } while (!bytes.empty() && !posix::stop_is_due());
 }
 
-/// Whether there is no sense in writing now.
-bool must_not_write()
-{
-    return output_held || posix::screen_is_lost();
-}
-
 } // namespace
 
 namespace posix
@@ -126,14 +120,16 @@ std::size_t write_output(std::string_view bytes, int rows_to_leave)
     std::string_view rest = bytes;
     if (way == Way::unknown)
         way = find_way();
-    if (way == Way::plainly && !must_not_write()) {
+    if (way == Way::plainly) {
+        if (output_held)
+            return 0;
         write_to_file(bytes);
         return bytes.size();
     }
     for (;;) {
         // A stop or a notice never comes between a look at the screen's state and the write.
         const posix::HeldSignals held;
-        if (must_not_write())
+        if (posix::screen_is_lost())
             break;
         rest.remove_prefix(write_at_once(rest));
         if (rest.empty())
@@ -155,7 +151,7 @@ std::size_t write_some_output(std::string_view bytes, int rows_to_leave)
     if (way == Way::unknown)
         way = find_way();
     const posix::HeldSignals held;
-    if (must_not_write() || posix::is_in_background(STDOUT_FILENO))
+    if (posix::screen_is_lost() || posix::is_in_background(STDOUT_FILENO))
         return 0;
     const std::size_t written = write_at_once(bytes);
     if (written == bytes.size())

@@ -176,10 +176,10 @@ WindowChange take_window_change()
 
 std::size_t write_output(std::string_view bytes, int rows_to_leave)
 {
-    if (output_held)
-        return 0;
     if (output_is_console)
         return write_to_console(bytes, rows_to_leave);
+    if (output_held)
+        return 0;
     for (std::string_view rest = bytes; !rest.empty() && output != nullptr && failure.empty();) {
         constexpr std::size_t largest_piece = 1 << 20;
         DWORD written = 0;
