@@ -1,9 +1,8 @@
 #include "simulator/session.h"
 
 #include "simulator/host.h"
-#include "simulator/library/call.h"
-#include "simulator/model/instrument.h"
-#include "simulator/model/measurements.h"
+#include "simulator/model/status.h"
+#include "simulator/model/the_instrument.h"
 #include "simulator/scenario/scenario.h"
 #include "simulator/state_file.h"
 
@@ -23,14 +22,12 @@ constexpr std::int64_t durable_every_us = 1'000'000;
 constexpr std::int64_t old_after_us = 60'000'000;
 
 struct Session {
-    bool instrument_made = false;
     bool open = false;
     std::string state_path; ///< empty = the state is kept in this process alone
     std::uint32_t data_rate = default_data_rate;
-    std::int64_t clock_offset_us = 0; ///< from the monotonic clock to the instrument's
-    std::int64_t durable_at_us = 0;   ///< monotonic: when the next change is waited for
-    std::int64_t saved_at_us = 0;     ///< monotonic: the last writing, or the opening
-    bool unsafe = false;              ///< the disk may not have the last change yet
+    std::int64_t durable_at_us = 0; ///< monotonic: when the next change is waited for
+    std::int64_t saved_at_us = 0;   ///< monotonic: the last writing, or the opening
+    bool unsafe = false;            ///< the disk may not have the last change yet
 };
 
 Session session;
@@ -118,7 +115,7 @@ Failure find_instrument()
     find_modules(instrument);
     refresh(instrument);
     // A clock that was set back cannot take the instrument back.
-    session.clock_offset_us = std::max(wall_us, instrument.now_us) - host::monotonic_us();
+    set_clock_us(std::max(wall_us, instrument.now_us));
     (void)instrument_now();
     apply_scenario_settings();
     return Failure::none;
@@ -146,27 +143,11 @@ Failure save(bool closing)
     return Failure::none;
 }
 
-void make_instrument()
-{
-    session.instrument_made = true;
-    session.clock_offset_us = host::wall_clock_us() - host::monotonic_us();
-    make_new(the_instrument(), host::wall_clock_us());
-}
-
 } // namespace
 
 bool port_is_open()
 {
     return session.open;
-}
-
-Instrument& instrument_now()
-{
-    if (!session.instrument_made) [[unlikely]]
-        make_instrument();
-    Instrument& instrument = the_instrument();
-    advance(instrument, host::monotonic_us() + session.clock_offset_us);
-    return instrument;
 }
 
 Failure open_port(std::uint8_t port)
@@ -195,14 +176,12 @@ Failure open_port(std::uint8_t port)
     session.data_rate = default_data_rate;
     session.saved_at_us = host::monotonic_us();
     session.open = true;
-    call_conditions_changed();
     return Failure::none;
 }
 
 Failure close_port()
 {
     session.open = false;
-    call_conditions_changed();
     Instrument& instrument = instrument_now();
     drop_written(instrument.memory);
     session.unsafe |= instrument.changed;
@@ -251,8 +230,7 @@ void reset_session()
     if (session.open && !session.state_path.empty())
         host::unlock();
     session = Session{};
-    make_instrument();
-    call_conditions_changed();
+    make_the_instrument();
 }
 
 } // namespace simulator

@@ -6,21 +6,15 @@
 #include "simulator/scenario/scenario.h"
 #include "simulator/scenario/value.h"
 #include "simulator/session.h"
-#include "simulator/simulator.h"
 
 #include <cstring>
 
 namespace simulator
 {
 
-bool call_is_plain = false;
-
 namespace
 {
 
-constexpr std::int64_t default_latency_us = 1000;
-
-std::int64_t answer_time_us = default_latency_us;
 std::function<void(const CallRecord&)> observer;
 
 /// The inputs of the running call as the trace shows them, noted before the call may change them.
@@ -98,18 +92,6 @@ void record(const FunctionInfo& function, std::string outputs, std::int32_t stat
 
 } // namespace
 
-void call_conditions_changed()
-{
-    call_is_plain =
-        port_is_open() && answer_time_us == 0 && !injections_wait() && !lines_wait() && !recorded();
-}
-
-void set_latency_us(std::int64_t microseconds)
-{
-    answer_time_us = microseconds;
-    call_conditions_changed();
-}
-
 void take_time_us(std::int64_t microseconds)
 {
     host::let_time_pass_us(microseconds);
@@ -117,7 +99,7 @@ void take_time_us(std::int64_t microseconds)
 
 void take_transfer_time_us(std::int64_t microseconds)
 {
-    if (answer_time_us > 0)
+    if (the_instrument().physical.answer_time_us > 0)
         host::let_time_pass_us(microseconds);
 }
 
@@ -125,17 +107,14 @@ void reset_calls()
 {
     observer = nullptr;
     noted_inputs.clear();
-    answer_time_us = default_latency_us;
     remove_injections();
     close_trace();
     forget_errors();
-    call_conditions_changed();
 }
 
-void observe_calls(std::function<void(const CallRecord&)> new_observer)
+void set_observer(std::function<void(const CallRecord&)> new_observer)
 {
     observer = std::move(new_observer);
-    call_conditions_changed();
 }
 
 namespace call_steps
@@ -144,8 +123,7 @@ namespace call_steps
 Failure begin(std::size_t index, std::span<const Argument> arguments)
 {
     load_scenario_once();
-    if (lines_wait())
-        apply_due_lines();
+    apply_due_lines();
     const FunctionInfo& function = functions[index];
     if (recorded() || index == find_function("OpenDebugFile")) // the first line of a trace
         noted_inputs = shown_inputs(function, arguments);
@@ -156,7 +134,7 @@ Failure begin(std::size_t index, std::span<const Argument> arguments)
     if (function.reach == Reach::device && !port_is_open())
         return Failure::not_open;
     if (function.reach == Reach::device)
-        wait_us += answer_time_us;
+        wait_us += the_instrument().physical.answer_time_us;
     if (wait_us > 0)
         host::let_time_pass_us(wait_us);
     if (!fails)
@@ -164,13 +142,6 @@ Failure begin(std::size_t index, std::span<const Argument> arguments)
     if (!text.empty())
         explain(std::move(text));
     return Failure::no_answer;
-}
-
-std::int32_t end_plain(Failure failure)
-{
-    if (failure == Failure::none)
-        failure = save_changes();
-    return failure == Failure::none ? 0 : report_failure(failure);
 }
 
 std::int32_t end(std::size_t index, std::span<const Argument> arguments, Failure failure)

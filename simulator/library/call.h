@@ -7,12 +7,14 @@
 #pragma once
 
 #include "devlib/COM-KOV-CTRL.h"
+#include "simulator/library/call_record.h"
 #include "simulator/library/errors.h"
 #include "simulator/library/functions.h"
-#include "simulator/model/instrument.h"
+#include "simulator/model/the_instrument.h"
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <span>
 #include <type_traits>
 
@@ -34,20 +36,13 @@ struct Argument {
     std::size_t count = 0;       ///< elements, where only the call knows; else 0
 };
 
-/// True while a call is nothing but its work: a port is open and there is no answer time, no fault,
-/// no forced reply, no trace and no observer.
-extern bool call_is_plain;
-
-/// Works out call_is_plain again after one of its conditions changed.
-void call_conditions_changed();
-
-/// The answer time of a call.
-void set_latency_us(std::int64_t microseconds);
-
 /// Lets time pass that the instrument needs for a work of its own / that a transfer takes; the
 /// latter is nothing where the answer time is 0.
 void take_time_us(std::int64_t microseconds);
 void take_transfer_time_us(std::int64_t microseconds);
+
+/// Has `observer` called at the end of every call; an empty one ends it.
+void set_observer(std::function<void(const CallRecord&)> observer);
 
 /// Ends an observer, a trace and all that a scenario set; the next call reads the scenario again.
 void reset_calls();
@@ -57,8 +52,6 @@ namespace call_steps
 [[nodiscard]] Failure begin(std::size_t function, std::span<const Argument> arguments);
 [[nodiscard]] std::int32_t end(std::size_t function, std::span<const Argument> arguments,
                                Failure failure);
-/// As end(), for a call that gave no reason to trace anything.
-[[nodiscard]] std::int32_t end_plain(Failure failure);
 /// The end of a call whose result comes back directly: the result or the forced one.
 [[nodiscard]] const char* end_with_text(std::size_t function, std::span<const Argument> arguments,
                                         const char* text);
@@ -151,21 +144,11 @@ std::int32_t call(const Body& body, Parameters... parameters)
     static_assert(function != no_function, "the table has no such function");
     static_assert(call_steps::match<Parameters...>(functions[function]),
                   "the parameters differ from the function's row in the table");
-    constexpr bool takes_instrument = std::is_invocable_v<Body, Instrument&>;
-    if constexpr (functions[function].reach == Reach::device && takes_instrument) {
-        if (call_is_plain) {
-            Instrument& instrument = instrument_now();
-            const Failure failure = call_steps::run(body, instrument);
-            if (failure == Failure::none && !instrument.changed) [[likely]]
-                return 0;
-            return call_steps::end_plain(failure);
-        }
-    }
     const std::array<Argument, sizeof...(Parameters)> arguments{
         call_steps::Passed<Parameters>::argument(parameters)...};
     Failure failure = call_steps::begin(function, arguments);
     if (failure == Failure::none) {
-        if constexpr (takes_instrument)
+        if constexpr (std::is_invocable_v<Body, Instrument&>)
             failure = call_steps::run(body, instrument_now());
         else
             failure = call_steps::run(body);

@@ -2,6 +2,7 @@
 #include "simulator/library/call.h"
 #include "simulator/library/units.h"
 #include "simulator/model/config_record.h"
+#include "simulator/model/status.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,18 +1,14 @@
 /// Identification, housekeeping and status words of the controller.
 #include "simulator/library/call.h"
 #include "simulator/library/units.h"
+#include "simulator/model/clocks.h"
+#include "simulator/model/fan.h"
+#include "simulator/model/inputs.h"
 #include "simulator/model/measurements.h"
+#include "simulator/model/noise.h"
 #include "simulator/model/status.h"
 
 using namespace simulator;
-
-namespace
-{
-
-/// Channels of the controller's noise.
-enum : unsigned { channel_24 = 1, channel_5, channel_33, channel_cpu, channel_psu, channel_load };
-
-} // namespace
 
 std::int32_t COM_KOV_CTRL_GetProductID(char* identification)
 {
@@ -106,17 +102,20 @@ std::int32_t COM_KOV_CTRL_GetHousekeeping(double* voltage24, double* voltage5, d
 {
     return call<"GetHousekeeping">(
         [&](Instrument& instrument) {
-            take_measurement(instrument, controller, controller_housekeeping);
+            take_measurement(instrument, controller, Measurement::controller_housekeeping);
             const Readings& mean = instrument.physical.readings;
             const std::int64_t sample =
-                measurement_number(instrument, controller, controller_housekeeping);
-            *voltage24 = with_noise(instrument, main_supply(instrument), 0.05, channel_24, sample);
-            *voltage5 = with_noise(instrument, mean.voltage5, 0.01, channel_5, sample);
-            *voltage33 = with_noise(instrument, mean.voltage33, 0.005, channel_33, sample);
-            *temperatureCPU =
-                with_noise(instrument, mean.cpu_temperature, 0.2, channel_cpu, sample);
-            *temperaturePSU =
-                with_noise(instrument, mean.psu_temperature, 0.2, channel_psu, sample);
+                measurement_number(instrument, controller, Measurement::controller_housekeeping);
+            *voltage24 = with_noise(instrument, main_supply(instrument), 0.05,
+                                    Noise::controller_voltage24, sample);
+            *voltage5 =
+                with_noise(instrument, mean.voltage5, 0.01, Noise::controller_voltage5, sample);
+            *voltage33 =
+                with_noise(instrument, mean.voltage33, 0.005, Noise::controller_voltage33, sample);
+            *temperatureCPU = with_noise(instrument, mean.cpu_temperature, 0.2,
+                                         Noise::controller_cpu_temperature, sample);
+            *temperaturePSU = with_noise(instrument, mean.psu_temperature, 0.2,
+                                         Noise::controller_psu_temperature, sample);
         },
         voltage24, voltage5, voltage33, temperatureCPU, temperaturePSU);
 }
@@ -126,9 +125,9 @@ std::int32_t COM_KOV_CTRL_GetCPUdata(double* load, double* frequency)
     return call<"GetCPUdata">(
         [&](Instrument& instrument) {
             const std::int64_t sample =
-                measurement_number(instrument, controller, controller_housekeeping);
-            *load =
-                with_noise(instrument, instrument.physical.cpu_load, 0.02, channel_load, sample);
+                measurement_number(instrument, controller, Measurement::controller_housekeeping);
+            *load = with_noise(instrument, instrument.physical.cpu_load, 0.02,
+                               Noise::controller_cpu_load, sample);
             *frequency = instrument.physical.cpu_frequency;
         },
         load, frequency);
@@ -140,7 +139,7 @@ std::int32_t COM_KOV_CTRL_GetFanData(std::uint8_t* failed, std::uint16_t* reserv
 {
     return call<"GetFanData">(
         [&](Instrument& instrument) {
-            take_measurement(instrument, controller, controller_fan);
+            take_measurement(instrument, controller, Measurement::controller_fan);
             const FanReading fan = fan_reading(instrument);
             *failed = instrument.physical.fan.failed;
             *reserved = 0;
@@ -201,8 +200,8 @@ std::int32_t COM_KOV_CTRL_GetInputs(std::uint8_t* interlockFront, std::uint8_t* 
 {
     return call<"GetInputs">(
         [&](Instrument& instrument) {
-            *interlockFront = input_level(instrument, front);
-            *interlockRear = input_level(instrument, rear);
+            *interlockFront = input_level(instrument, Input::front);
+            *interlockRear = input_level(instrument, Input::rear);
             *fanEnabled = instrument.status.fan_enabled;
         },
         interlockFront, interlockRear, fanEnabled);

@@ -2,7 +2,9 @@
 #include "simulator/library/call.h"
 #include "simulator/library/units.h"
 #include "simulator/model/config_record.h"
+#include "simulator/model/inputs.h"
 #include "simulator/model/measurements.h"
+#include "simulator/model/noise.h"
 #include "simulator/model/status.h"
 
 #include <cmath>
@@ -176,13 +178,16 @@ std::int32_t COM_KOV_CTRL_GetHeatCtrlMonitoring(std::uint8_t* ready, double* out
 {
     return call_heater<"GetHeatCtrlMonitoring">(
         [&](Instrument& instrument) {
-            *ready = take_measurement(instrument, 0, monitoring);
-            const std::int64_t number = measurement_number(instrument, 0, monitoring);
+            *ready = take_measurement(instrument, 0, Measurement::monitoring);
+            const std::int64_t number = measurement_number(instrument, 0, Measurement::monitoring);
             const Monitoring& sample = instrument.heater.sample;
-            *outputVoltage = with_noise(instrument, sample.output_voltage, 0.005, 56, number);
-            *heaterVoltage = with_noise(instrument, sample.heater_voltage, 0.005, 57, number);
-            *current = with_noise(instrument, sample.current, 0.001, 58, number);
-            *temperature = with_noise(instrument, sample.temperature, 0.02, 59, number);
+            *outputVoltage = with_noise(instrument, sample.output_voltage, 0.005,
+                                        Noise::heater_output_voltage, number);
+            *heaterVoltage =
+                with_noise(instrument, sample.heater_voltage, 0.005, Noise::heater_voltage, number);
+            *current = with_noise(instrument, sample.current, 0.001, Noise::heater_current, number);
+            *temperature =
+                with_noise(instrument, sample.temperature, 0.02, Noise::heater_temperature, number);
         },
         ready, outputVoltage, heaterVoltage, current, temperature);
 }

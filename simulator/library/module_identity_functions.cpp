@@ -1,5 +1,6 @@
 /// Identification and clocks of the modules and the base unit.
 #include "simulator/library/call_unit.h"
+#include "simulator/model/clocks.h"
 
 using namespace simulator;
 

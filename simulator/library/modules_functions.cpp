@@ -3,6 +3,7 @@
 #include "simulator/library/units.h"
 #include "simulator/model/config_record.h"
 #include "simulator/model/measurements.h"
+#include "simulator/model/noise.h"
 #include "simulator/model/status.h"
 
 using namespace simulator;
@@ -132,7 +133,8 @@ std::int32_t COM_KOV_CTRL_GetModuleCPUdata(std::uint32_t address, double* load)
         address,
         [&](Instrument& instrument, unsigned unit) {
             *load = with_noise(instrument, instrument.physical.units[unit].readings.cpu_load, 2.0,
-                               16 + unit, measurement_number(instrument, unit, housekeeping));
+                               Noise::unit_cpu_load + unit,
+                               measurement_number(instrument, unit, Measurement::housekeeping));
         },
         load);
 }

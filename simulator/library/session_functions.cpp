@@ -56,9 +56,7 @@ std::int32_t COM_KOV_CTRL_OpenDebugFile(const char* fileName)
 {
     return call<"OpenDebugFile">(
         [&] {
-            const bool opened = open_trace(fileName);
-            call_conditions_changed();
-            if (opened)
+            if (open_trace(fileName))
                 return Failure::none;
             explain(std::string("cannot write the debug file '") + fileName + "'");
             return Failure::trace_file;
@@ -68,11 +66,8 @@ std::int32_t COM_KOV_CTRL_OpenDebugFile(const char* fileName)
 
 std::int32_t COM_KOV_CTRL_CloseDebugFile(void)
 {
-    return call<"CloseDebugFile">([] {
-        const bool written = close_trace();
-        call_conditions_changed();
-        return written ? Failure::none : Failure::trace_file;
-    });
+    return call<"CloseDebugFile">(
+        [] { return close_trace() ? Failure::none : Failure::trace_file; });
 }
 
 std::int32_t COM_KOV_CTRL_SetBaudRate(std::uint32_t* baud)

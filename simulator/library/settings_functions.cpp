@@ -1,6 +1,7 @@
 /// Device enable, interlock masks and the function of the slide switch 'Fan'.
 #include "simulator/library/call.h"
 #include "simulator/model/config_record.h"
+#include "simulator/model/status.h"
 
 using namespace simulator;
 

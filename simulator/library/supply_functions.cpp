@@ -4,6 +4,7 @@
 #include "simulator/model/arithmetic.h"
 #include "simulator/model/config_record.h"
 #include "simulator/model/measurements.h"
+#include "simulator/model/status.h"
 #include "simulator/model/supply.h"
 
 #include <algorithm>
@@ -106,7 +107,7 @@ std::int32_t COM_KOV_CTRL_GetHVsupplyOutputVoltage(std::uint32_t address, std::u
     return call_supply<"GetHVsupplyOutputVoltage">(
         address,
         [&](Instrument& instrument, unsigned supply) {
-            *valid = take_measurement(instrument, supply + 1, simulator::voltage);
+            *valid = take_measurement(instrument, supply + 1, Measurement::voltage);
             *voltage = instrument.supplies[supply].voltage_sample;
         },
         valid, voltage);
@@ -118,7 +119,7 @@ std::int32_t COM_KOV_CTRL_GetHVsupplyOutputCurrent(std::uint32_t address, std::u
     return call_supply<"GetHVsupplyOutputCurrent">(
         address,
         [&](Instrument& instrument, unsigned supply) {
-            *valid = take_measurement(instrument, supply + 1, simulator::current);
+            *valid = take_measurement(instrument, supply + 1, Measurement::current);
             *current = instrument.supplies[supply].current_sample;
         },
         valid, current);

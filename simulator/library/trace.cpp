@@ -3,7 +3,6 @@
 #include "simulator/host.h"
 #include "simulator/library/errors.h"
 #include "simulator/scenario/value.h"
-#include "simulator/simulator.h"
 
 #include <chrono>
 #include <cstdio>

@@ -1,12 +1,10 @@
 /// The library's own trace: a text file with one line a call.
 #pragma once
 
-#include <cstdint>
+#include "simulator/library/call_record.h"
 
 namespace simulator
 {
-
-struct CallRecord;
 
 /// Starts a new trace, ending one that runs. False when the file cannot be opened.
 [[nodiscard]] bool open_trace(const char* file_name);

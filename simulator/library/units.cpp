@@ -79,25 +79,4 @@ void split_duration(std::int64_t microseconds, std::uint32_t* seconds, std::uint
     *milliseconds = static_cast<std::uint16_t>(whole_ms % 1000);
 }
 
-std::int64_t uptime_us(const Instrument& instrument, unsigned clock)
-{
-    return instrument.now_us - instrument.clocks[clock].started_us;
-}
-
-std::int64_t total_uptime_us(const Instrument& instrument, unsigned clock)
-{
-    return instrument.clocks[clock].before_us + uptime_us(instrument, clock);
-}
-
-std::int64_t optime_us(const Instrument& instrument, unsigned clock)
-{
-    const Clock& shown = instrument.clocks[clock];
-    return shown.operated_us + (shown.operating ? instrument.now_us - shown.operating_since_us : 0);
-}
-
-std::int64_t total_optime_us(const Instrument& instrument, unsigned clock)
-{
-    return instrument.clocks[clock].operated_before_us + optime_us(instrument, clock);
-}
-
 } // namespace simulator

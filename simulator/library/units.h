@@ -25,10 +25,4 @@ void copy_text(char* buffer, std::size_t size, const std::string& text);
 /// Splits a duration into seconds and the milliseconds beyond; a negative one is 0.
 void split_duration(std::int64_t microseconds, std::uint32_t* seconds, std::uint16_t* milliseconds);
 
-/// Since the last start / summed over the unit's life, in microseconds.
-[[nodiscard]] std::int64_t uptime_us(const Instrument& instrument, unsigned clock);
-[[nodiscard]] std::int64_t total_uptime_us(const Instrument& instrument, unsigned clock);
-[[nodiscard]] std::int64_t optime_us(const Instrument& instrument, unsigned clock);
-[[nodiscard]] std::int64_t total_optime_us(const Instrument& instrument, unsigned clock);
-
 } // namespace simulator

@@ -1,10 +1,11 @@
 #include "simulator/model/instrument.h"
 
-#include "simulator/host.h"
+#include "simulator/model/clocks.h"
 #include "simulator/model/config_record.h"
 #include "simulator/model/default_identities.h"
 #include "simulator/model/heater.h"
 #include "simulator/model/measurements.h"
+#include "simulator/model/status.h"
 #include "simulator/model/supply.h"
 
 #include <algorithm>
@@ -35,17 +36,6 @@ void default_settings(Instrument& made)
         config[field::high_range(supply)] = 1;
     }
     config[field::negative(2)] = 1; // the third supply can do nothing else
-}
-
-void start_clock(Clock& clock, std::int64_t now_us)
-{
-    clock.before_us += now_us - clock.started_us;
-    clock.started_us = now_us;
-    if (clock.operating)
-        clock.operated_us += now_us - clock.operating_since_us;
-    clock.operated_before_us += clock.operated_us;
-    clock.operated_us = 0;
-    clock.operating_since_us = now_us;
 }
 
 } // namespace
@@ -86,18 +76,6 @@ void advance(Instrument& moved, std::int64_t now_us)
     moved.now_us = now_us;
 }
 
-Instrument& the_instrument()
-{
-    static Instrument& instrument = *new Instrument; // there until the process ends
-    return instrument;
-}
-
-void settings_changed(Instrument& changed)
-{
-    changed.changed = true;
-    refresh(changed);
-}
-
 void restart(Instrument& started)
 {
     drop_written(started.memory);
@@ -106,14 +84,14 @@ void restart(Instrument& started)
         restart_unit(started, unit);
         scan(started, unit);
     }
-    start_clock(started.clocks[controller], started.now_us);
+    start_clock_again(started, controller);
     restart_measurements(started, controller);
     settings_changed(started);
 }
 
 void restart_unit(Instrument& started, unsigned unit)
 {
-    start_clock(started.clocks[unit], started.now_us);
+    start_clock_again(started, unit);
     restart_measurements(started, unit);
     if (unit >= 1 && unit < slot_count)
         started.supplies[unit - 1].set = started.supplies[unit - 1].output = 0;
@@ -157,20 +135,6 @@ double main_supply(const Instrument& asked)
 {
     const Physical& physical = asked.physical;
     return physical.ac_input && physical.dc_output ? physical.readings.voltage24 : 0.0;
-}
-
-double with_noise(const Instrument& asked, double mean, double amplitude, unsigned channel,
-                  std::int64_t sample)
-{
-    if (!asked.physical.noise)
-        return mean;
-    std::uint64_t mixed = static_cast<std::uint64_t>(sample) * 0x9E37'79B9'7F4A'7C15U +
-                          channel * 0xD1B5'4A32'D192'ED03U;
-    mixed = (mixed ^ (mixed >> 30)) * 0xBF58'476D'1CE4'E5B9U;
-    mixed = (mixed ^ (mixed >> 27)) * 0x94D0'49BB'1331'11EBU;
-    mixed ^= mixed >> 31;
-    const double unit_interval = static_cast<double>(mixed >> 11) * 0x1p-53;
-    return mean + amplitude * (2 * unit_interval - 1);
 }
 
 } // namespace simulator

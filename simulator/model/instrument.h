@@ -1,7 +1,8 @@
 /// The simulated instrument: everything that it is and holds, and how it moves as time passes.
 ///
 /// Nothing runs between calls. Each call first brings the instrument to the present time
-/// (instrument_now), so its state is a function of the settings and of the time that has passed.
+/// (instrument_now() of the_instrument.h), so its state is a function of the settings and of the
+/// time that has passed.
 #pragma once
 
 #include "simulator/model/memory.h"
@@ -61,7 +62,12 @@ struct Readings {
 enum class Contact : std::uint8_t { open, closed, noisy };
 
 /// The interlock inputs, in the order of the bits of the interlock masks.
-enum Input : unsigned { heater1, heater2, front, rear, input_count };
+enum class Input : unsigned { heater1, heater2, front, rear };
+inline constexpr unsigned input_count = 4;
+[[nodiscard]] constexpr unsigned bit(Input input)
+{
+    return 1U << static_cast<unsigned>(input);
+}
 
 struct Unit {
     Identity identity;
@@ -128,6 +134,7 @@ struct Physical {
     bool presence_valid = true;
     std::uint32_t presence_slots = slot_count;
     bool noise = true;
+    std::int64_t answer_time_us = 1000; ///< of each call
     std::uint16_t library_version = 0x0105;
     std::optional<std::uint16_t> forced_state;
     std::optional<std::uint8_t> forced_device_state;
@@ -180,10 +187,19 @@ struct Supply {
     double current_sample = 0;
 };
 
-/// The kinds of measurement of a unit, in the order of its pairs of data-ready bits.
-enum Measurement : unsigned { monitoring, housekeeping, voltage, current, measurement_count };
-/// The same of the controller.
-enum ControllerMeasurement : unsigned { controller_housekeeping, controller_fan };
+/// The kinds of measurement, in the order of their pairs of data-ready bits.
+enum class Measurement : unsigned {
+    monitoring,
+    housekeeping,
+    voltage,
+    current,
+    controller_housekeeping = 0, ///< those of the controller
+    controller_fan = 1,
+};
+inline constexpr unsigned measurement_count = 4;
+
+/// Colours of an LED: 4 red, 2 green, 1 blue.
+enum class Led : std::uint8_t { dark, blue, green, cyan, red, yellow = 6 };
 
 /// The words that follow from everything else.
 struct Status {
@@ -196,7 +212,7 @@ struct Status {
     std::uint8_t interlock_results = 0; ///< bits as Input
     bool device_active = false;
     std::array<std::uint16_t, unit_count> modules{};
-    std::array<std::uint8_t, unit_count + 1> leds{}; ///< 4 red, 2 green, 1 blue; last: controller
+    std::array<Led, unit_count + 1> leds{}; ///< the last one is the controller's
 };
 
 struct Instrument {
@@ -232,17 +248,6 @@ void make_new(Instrument& instrument, std::int64_t now_us);
 /// Moves on to that time; never back.
 void advance(Instrument& instrument, std::int64_t now_us);
 
-/// The one instrument, at the present time / as it last was. It is made when somebody asks for it
-/// at the present time.
-Instrument& instrument_now();
-Instrument& the_instrument();
-
-/// Works out the words, LEDs and what is controlling after something changed.
-void refresh(Instrument& instrument);
-
-/// A setting was changed: refresh, and keep it in the state file.
-void settings_changed(Instrument& instrument);
-
 /// Starts the controller (with all units) or one unit again.
 void restart(Instrument& instrument);
 void restart_unit(Instrument& instrument, unsigned unit);
@@ -261,9 +266,5 @@ current_config(const Instrument& instrument);
 
 /// The 24 V supply as the controller has it: nothing without the power supply unit's output.
 [[nodiscard]] double main_supply(const Instrument& instrument);
-
-/// A mean value moved by up to `amplitude`, at random but the same for the same sample.
-[[nodiscard]] double with_noise(const Instrument& instrument, double mean, double amplitude,
-                                unsigned channel, std::int64_t sample);
 
 } // namespace simulator

@@ -12,10 +12,10 @@ namespace simulator
 /// Number of the last measurement of a unit (the controller included) since the instrument's
 /// origin; 0 for a kind that the unit does not have.
 [[nodiscard]] std::int64_t measurement_number(const Instrument& instrument, unsigned unit,
-                                              unsigned kind);
+                                              Measurement kind);
 
 /// Reads a measurement: true when it is a new one.
-bool take_measurement(Instrument& instrument, unsigned unit, unsigned kind);
+bool take_measurement(Instrument& instrument, unsigned unit, Measurement kind);
 
 /// The flags of a unit, in pairs ready/overflow in the order of its kinds.
 [[nodiscard]] std::uint8_t data_ready_flags(const Instrument& instrument, unsigned unit);

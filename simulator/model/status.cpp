@@ -1,6 +1,8 @@
-/// Status words, LEDs and control: what follows from settings, inputs and readings.
+#include "simulator/model/status.h"
+
+#include "simulator/model/clocks.h"
 #include "simulator/model/config_record.h"
-#include "simulator/model/instrument.h"
+#include "simulator/model/inputs.h"
 
 #include <cmath>
 
@@ -15,16 +17,14 @@ constexpr double hot = 50.0;              ///< degrees Celsius
 constexpr double cold = 5.0;
 
 /// Bits of the device state.
-enum : unsigned {
-    fault_interlock = 0x01,
-    fault_supply = 0x02,
-    fault_temperature = 0x04,
-    fault_fan = 0x08,
-    fault_modules = 0x10
-};
-
-/// LED colours.
-enum : std::uint8_t { dark = 0, blue = 1, green = 2, cyan = 3, red = 4, yellow = 6 };
+namespace fault
+{
+constexpr unsigned interlock = 0x01;
+constexpr unsigned supply = 0x02;
+constexpr unsigned temperature = 0x04;
+constexpr unsigned fan = 0x08;
+constexpr unsigned modules = 0x10;
+} // namespace fault
 
 bool good(double voltage, double nominal)
 {
@@ -54,16 +54,6 @@ std::uint8_t temperature_word(const Instrument& instrument)
     return instrument.physical.forced_temperature_state.value_or(static_cast<std::uint8_t>(word));
 }
 
-std::uint8_t closed_inputs(const Instrument& instrument)
-{
-    unsigned closed = 0;
-    for (unsigned input = 0; input < input_count; ++input)
-        if (instrument.physical.inputs[input] == Contact::closed &&
-            (input >= front || works(instrument, 0)))
-            closed |= 1U << input;
-    return static_cast<std::uint8_t>(closed);
-}
-
 /// True when a module is not what was saved, or does not belong into its slot.
 bool modules_wrong(const Instrument& instrument)
 {
@@ -81,27 +71,17 @@ std::uint16_t overall(const Status& status, bool enabled)
 {
     if ((status.temperature & 0x03) != 0)
         return 0x14;
-    if ((status.device & fault_supply) != 0)
+    if ((status.device & fault::supply) != 0)
         return 0x12;
     if ((status.temperature & 0x0C) != 0)
         return 0x13;
-    if ((status.device & fault_interlock) != 0)
+    if ((status.device & fault::interlock) != 0)
         return 0x15;
-    if ((status.device & fault_modules) != 0)
+    if ((status.device & fault::modules) != 0)
         return 0x11;
-    if ((status.device & fault_fan) != 0)
+    if ((status.device & fault::fan) != 0)
         return 0x10;
     return enabled ? 0 : 1;
-}
-
-void set_operating(Clock& clock, bool operating, std::int64_t now_us)
-{
-    if (clock.operating == operating)
-        return;
-    if (clock.operating)
-        clock.operated_us += now_us - clock.operating_since_us;
-    clock.operating = operating;
-    clock.operating_since_us = now_us;
 }
 
 bool interlocked(std::uint8_t results, unsigned mask)
@@ -115,15 +95,15 @@ struct ModuleState {
     bool interlocked;
 };
 
-std::uint8_t module_led(const Status& status, const ModuleState& module)
+Led module_led(const Status& status, const ModuleState& module)
 {
-    if ((status.device & fault_modules) != 0)
-        return red;
+    if ((status.device & fault::modules) != 0)
+        return Led::red;
     if (module.activated && module.interlocked)
-        return yellow;
+        return Led::yellow;
     if (module.controlling)
-        return green;
-    return module.activated && status.device_active ? cyan : blue;
+        return Led::green;
+    return module.activated && status.device_active ? Led::cyan : Led::blue;
 }
 
 void set_module(Instrument& instrument, unsigned unit, const ModuleState& module)
@@ -140,7 +120,7 @@ void set_module(Instrument& instrument, unsigned unit, const ModuleState& module
     status.modules[unit] =
         instrument.physical.units[unit].forced_state.value_or(static_cast<std::uint16_t>(word));
     status.leds[unit] = module_led(status, module);
-    set_operating(instrument.clocks[unit], active, instrument.now_us);
+    set_operating(instrument, unit, active);
 }
 
 void refresh_modules(Instrument& instrument, unsigned heater_mask, unsigned supply_mask)
@@ -172,11 +152,11 @@ void refresh_base(Instrument& instrument)
     const bool active = status.device_active && instrument.base_activated;
     status.modules[base_unit] = instrument.physical.units[base_unit].forced_state.value_or(
         active ? std::uint16_t{0x8000} : std::uint16_t{0});
-    const std::uint8_t led = status.state == 0 ? green : status.state == 1 ? blue : red;
-    status.leds[base_unit] = active ? led : status.state < 2 ? std::uint8_t{blue} : led;
+    const Led led = status.state == 0 ? Led::green : status.state == 1 ? Led::blue : Led::red;
+    status.leds[base_unit] = active ? led : status.state < 2 ? Led::blue : led;
     status.leds[controller] = led;
-    set_operating(instrument.clocks[base_unit], active, instrument.now_us);
-    set_operating(instrument.clocks[controller], status.device_active, instrument.now_us);
+    set_operating(instrument, base_unit, active);
+    set_operating(instrument, controller, status.device_active);
 }
 
 } // namespace
@@ -190,26 +170,40 @@ void refresh(Instrument& instrument)
     Status& status = instrument.status;
     status.voltage = voltage_word(instrument);
     status.temperature = temperature_word(instrument);
-    status.interlock_results = closed_inputs(instrument);
+    status.interlock_results = static_cast<std::uint8_t>(steadily_closed(instrument));
     const std::uint8_t override = config[field::fan_override];
     status.fan_enabled = (override & 1) != 0 ? (override & 2) != 0 : physical.fan.switched_on;
 
     unsigned device = 0;
     device |=
-        interlocked(status.interlock_results, supply_mask | heater_mask) ? fault_interlock : 0U;
-    device |= (status.voltage & 0x37) != 0x37 ? fault_supply : 0U;
-    device |= (status.temperature & 0x0F) != 0 ? fault_temperature : 0U;
-    device |= physical.fan.failed ? fault_fan : 0U;
-    device |= modules_wrong(instrument) ? fault_modules : 0U;
+        interlocked(status.interlock_results, supply_mask | heater_mask) ? fault::interlock : 0U;
+    device |= (status.voltage & 0x37) != 0x37 ? fault::supply : 0U;
+    device |= (status.temperature & 0x0F) != 0 ? fault::temperature : 0U;
+    device |= physical.fan.failed ? fault::fan : 0U;
+    device |= modules_wrong(instrument) ? fault::modules : 0U;
     status.device = physical.forced_device_state.value_or(static_cast<std::uint8_t>(device));
 
     const bool enabled = config[field::enable] != 0;
     status.state = physical.forced_state.value_or(overall(status, enabled));
     // A fan or an interlock stops nothing as a whole: interlocks act on the modules they guard.
     status.device_active =
-        enabled && (status.device & (fault_supply | fault_temperature | fault_modules)) == 0;
+        enabled && (status.device & (fault::supply | fault::temperature | fault::modules)) == 0;
     refresh_modules(instrument, heater_mask, supply_mask);
     refresh_base(instrument);
+}
+
+void settings_changed(Instrument& instrument)
+{
+    instrument.changed = true;
+    refresh(instrument);
+}
+
+void show_led(Led led, std::uint8_t* red, std::uint8_t* green, std::uint8_t* blue)
+{
+    const unsigned bits = static_cast<unsigned>(led);
+    *red = bits >> 2 & 1;
+    *green = bits >> 1 & 1;
+    *blue = bits & 1;
 }
 
 } // namespace simulator

@@ -3,6 +3,8 @@
 #include "simulator/model/arithmetic.h"
 #include "simulator/model/config_record.h"
 #include "simulator/model/measurements.h"
+#include "simulator/model/noise.h"
+#include "simulator/model/status.h"
 
 #include <algorithm>
 #include <cmath>
@@ -80,8 +82,9 @@ void measure_current(Instrument& instrument, unsigned supply)
     const double range = high_range(instrument, supply) ? kind.high_range : kind.low_range;
     const double offset = instrument.physical.noise ? range * 20e-6 : 0.0;
     const double mean = measured.output / model.load + measured.current_error + offset;
-    const double value = with_noise(instrument, mean, range * 5e-6, 64 + supply,
-                                    measurement_number(instrument, supply + 1, current));
+    const double value =
+        with_noise(instrument, mean, range * 5e-6, Noise::supply_current + supply,
+                   measurement_number(instrument, supply + 1, Measurement::current));
     measured.current_sample =
         model.forced_current.value_or(rounded(std::clamp(value, -range, range), range * 1e-6));
 }
@@ -91,8 +94,9 @@ void measure_voltage(Instrument& instrument, unsigned supply)
     Supply& measured = instrument.supplies[supply];
     const double mean =
         seen_voltage(measured.output, negative_range(instrument, supply)) + measured.voltage_error;
-    const double value = with_noise(instrument, mean, 0.02, 72 + supply,
-                                    measurement_number(instrument, supply + 1, voltage));
+    const double value =
+        with_noise(instrument, mean, 0.02, Noise::supply_voltage + supply,
+                   measurement_number(instrument, supply + 1, Measurement::voltage));
     measured.voltage_sample = instrument.physical.supplies[supply].forced_voltage.value_or(
         rounded(value, voltage_resolution));
 }
@@ -154,9 +158,13 @@ PulseWidth pulse_width(const Instrument& instrument, unsigned supply)
     const double share = kind.range > 0 ? std::min(std::abs(set) / kind.range, 1.0) : 0.0;
     const double width = pwm_period * widest_pulse * share;
     const double phase = (pwm_period - width) / 2;
-    const std::int64_t sample = measurement_number(instrument, supply + 1, current);
-    return {pwm_period, width, with_noise(instrument, phase, 5e-9, 80 + supply, sample),
-            phase,      set,   with_noise(instrument, shown.output, 0.05, 84 + supply, sample)};
+    const std::int64_t sample = measurement_number(instrument, supply + 1, Measurement::current);
+    return {pwm_period,
+            width,
+            with_noise(instrument, phase, 5e-9, Noise::pulse_phase + supply, sample),
+            phase,
+            set,
+            with_noise(instrument, shown.output, 0.05, Noise::pulse_voltage + supply, sample)};
 }
 
 } // namespace simulator

@@ -81,11 +81,6 @@ void remove_injections()
     replies.clear();
 }
 
-bool injections_wait()
-{
-    return !faults.empty() || !blocks.empty() || !replies.empty();
-}
-
 bool take_fault(std::size_t function, std::uint32_t key, std::int64_t now_us, std::string& text)
 {
     bool failed = false;

@@ -54,8 +54,6 @@ void remove_blocks(const Calls& calls);
 void remove_replies(const Calls& calls, std::size_t parameter, std::int64_t element);
 void remove_injections();
 
-[[nodiscard]] bool injections_wait();
-
 /// Counts a call for every fault. True when it has to fail; `text` is then the fault's text.
 [[nodiscard]] bool take_fault(std::size_t function, std::uint32_t key, std::int64_t now_us,
                               std::string& text);

@@ -1,11 +1,9 @@
 #include "simulator/scenario/scenario.h"
 
 #include "simulator/host.h"
-#include "simulator/library/call.h"
+#include "simulator/model/the_instrument.h"
 #include "simulator/scenario/injection_lines.h"
 #include "simulator/scenario/settings.h"
-#include "simulator/session.h"
-#include "simulator/simulator.h"
 
 #include <algorithm>
 
@@ -99,12 +97,10 @@ bool load_file(const std::string& path, std::string& problem)
 
 } // namespace
 
-bool apply(std::string_view line, std::string& problem)
+bool carry_out_line(std::string_view line, std::string& problem)
 {
     Words words;
-    const bool right = split_words(line, words, problem) && carry_out(words, true, problem);
-    call_conditions_changed();
-    return right;
+    return split_words(line, words, problem) && carry_out(words, true, problem);
 }
 
 void load_scenario_once()
@@ -115,7 +111,6 @@ void load_scenario_once()
     const std::optional<std::string> path = host::environment("KOV_SIMULATOR_SCENARIO");
     if (path)
         (void)load_file(*path, file_problem); // Open tells about it
-    call_conditions_changed();
 }
 
 const std::string& scenario_problem()
@@ -130,13 +125,10 @@ void apply_scenario_settings()
         (void)change_setting(words, true, the_instrument(), problem); // was right before
 }
 
-bool lines_wait()
-{
-    return !waiting.empty();
-}
-
 void apply_due_lines()
 {
+    if (waiting.empty())
+        return;
     const std::int64_t now_us = host::monotonic_us();
     for (std::size_t i = 0; i < waiting.size();) {
         if (waiting[i].due_us > now_us) {
@@ -148,7 +140,6 @@ void apply_due_lines()
         std::string problem;
         (void)carry_out(words, true, problem); // was checked when it was given
     }
-    call_conditions_changed();
 }
 
 void forget_scenario()

@@ -3,9 +3,14 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace simulator
 {
+
+/// Carries out one line. Returns false and says why in `problem` when it is wrong; nothing is
+/// changed then.
+[[nodiscard]] bool carry_out_line(std::string_view line, std::string& problem);
 
 /// Reads the scenario file, if one is named, on the first library call of the process.
 void load_scenario_once();
@@ -16,8 +21,7 @@ void load_scenario_once();
 /// Carries out the settings of the scenario file again, for a state that came from a file.
 void apply_scenario_settings();
 
-/// True while lines wait for their time; carries out those whose time has come.
-[[nodiscard]] bool lines_wait();
+/// Carries out the lines whose time has come.
 void apply_due_lines();
 
 /// Forgets the scenario; the next call reads it again.

@@ -1,8 +1,9 @@
 #include "simulator/scenario/settings.h"
 
-#include "simulator/library/call.h"
 #include "simulator/model/arithmetic.h"
+#include "simulator/model/clocks.h"
 #include "simulator/model/measurements.h"
+#include "simulator/model/status.h"
 
 #include <algorithm>
 #include <optional>
@@ -81,9 +82,9 @@ void put_period(Instrument& instrument, std::int64_t& period, const Given& given
 
 void put_input(Instrument& instrument, Input input, const Given& given)
 {
-    instrument.physical.inputs[input] = given.contact;
+    instrument.physical.inputs[static_cast<unsigned>(input)] = given.contact;
     if (given.contact != Contact::closed)
-        instrument.last_inputs &= static_cast<std::uint8_t>(~(1U << input));
+        instrument.last_inputs &= static_cast<std::uint8_t>(~bit(input));
 }
 
 Identity& identity(Instrument& instrument, unsigned unit)
@@ -113,7 +114,7 @@ using G = const Given&;
 
 /// Settings of the instrument as a whole.
 constexpr Setting general_settings[] = {
-    {"latency", Takes::real, 0, [](I&, U, G v) { set_latency_us(nearest(held(v.real) * 1000)); }},
+    {"latency", Takes::real, 0, [](I& i, U, G v) { i.physical.answer_time_us = nearest(held(v.real) * 1000); }},
     {"noise", Takes::flag, 0, [](I& i, U, G v) { put(i.physical.noise, v); }},
     {"library_version", Takes::whole, word, [](I& i, U, G v) { put(i.physical.library_version, v); }},
     {"voltage24", Takes::real, 0, [](I& i, U, G v) { put(i.physical.readings.voltage24, v); }},
@@ -130,10 +131,10 @@ constexpr Setting general_settings[] = {
     {"fan.set", Takes::forced_real, 0, [](I& i, U, G v) { put(i.physical.fan.forced_set, v); }},
     {"fan.measured", Takes::forced_real, 0, [](I& i, U, G v) { put(i.physical.fan.forced_speed, v); }},
     {"fan.pwm", Takes::forced_real, 0, [](I& i, U, G v) { put(i.physical.fan.forced_pwm, v); }},
-    {"interlock.1", Takes::contact, 0, [](I& i, U, G v) { put_input(i, heater1, v); }},
-    {"interlock.2", Takes::contact, 0, [](I& i, U, G v) { put_input(i, heater2, v); }},
-    {"interlock.front", Takes::contact, 0, [](I& i, U, G v) { put_input(i, front, v); }},
-    {"interlock.rear", Takes::contact, 0, [](I& i, U, G v) { put_input(i, rear, v); }},
+    {"interlock.1", Takes::contact, 0, [](I& i, U, G v) { put_input(i, Input::heater1, v); }},
+    {"interlock.2", Takes::contact, 0, [](I& i, U, G v) { put_input(i, Input::heater2, v); }},
+    {"interlock.front", Takes::contact, 0, [](I& i, U, G v) { put_input(i, Input::front, v); }},
+    {"interlock.rear", Takes::contact, 0, [](I& i, U, G v) { put_input(i, Input::rear, v); }},
     {"buffer_empty", Takes::flag, 0, [](I& i, U, G v) { put(i.physical.buffer_empty, v); }},
     {"purges", Takes::flag, 0, [](I& i, U, G v) { put(i.physical.purges, v); }},
     {"presence.valid", Takes::flag, 0, [](I& i, U, G v) { put(i.physical.presence_valid, v); }},
@@ -173,7 +174,7 @@ constexpr Setting identity_settings[] = {
     {"firmware_date", Takes::text, 12, [](I& i, U u, G v) { put(identity(i, u).firmware_date, v); }},
     {"device_type", Takes::whole, word, [](I& i, U u, G v) { put(identity(i, u).device_type, v); }},
     {"hardware_type", Takes::whole, double_word, [](I& i, U u, G v) { put(identity(i, u).hardware_type, v); }},
-    {"uptime", Takes::real, 0, [](I& i, U u, G v) { i.clocks[u].started_us = i.now_us - nearest(held(v.real) * 1e6); }},
+    {"uptime", Takes::real, 0, [](I& i, U u, G v) { set_uptime(i, u, nearest(held(v.real) * 1e6)); }},
 };
 
 /// Settings of a unit, after "slot0." .. "slot3." or "base.".
