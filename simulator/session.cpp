@@ -1,6 +1,7 @@
 #include "simulator/session.h"
 
 #include "simulator/host.h"
+#include "simulator/model/operation.h"
 #include "simulator/model/status.h"
 #include "simulator/model/the_instrument.h"
 #include "simulator/scenario/scenario.h"

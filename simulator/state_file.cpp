@@ -1,5 +1,6 @@
 #include "simulator/state_file.h"
 
+#include "simulator/model/operation.h"
 #include "simulator/scenario/words.h"
 
 #include <algorithm>

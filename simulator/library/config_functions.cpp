@@ -43,7 +43,7 @@ std::int32_t COM_KOV_CTRL_GetCurrentConfig(ConfigRecord* config)
 {
     return call<"GetCurrentConfig">(
         [&](Instrument& instrument) {
-            std::ranges::copy(current_config(instrument), config->bytes);
+            std::copy_n(current_config(instrument).begin(), config_size, config->bytes);
         },
         config);
 }
@@ -52,7 +52,7 @@ std::int32_t COM_KOV_CTRL_SetCurrentConfig(const ConfigRecord* config)
 {
     return call<"SetCurrentConfig">(
         [&](Instrument& instrument) {
-            std::ranges::copy(config->bytes, current_config(instrument).begin());
+            std::copy_n(config->bytes, config_size, current_config(instrument).begin());
             settings_changed(instrument);
         },
         config);
@@ -62,7 +62,9 @@ std::int32_t COM_KOV_CTRL_GetConfigData(std::uint16_t index, ConfigRecord* confi
 {
     return call_set<"GetConfigData">(
         index,
-        [&](Instrument&, const Record& set) { std::ranges::copy(set.config, config->bytes); },
+        [&](Instrument&, const Record& set) {
+            std::copy_n(set.config.begin(), config_size, config->bytes);
+        },
         config);
 }
 
@@ -71,7 +73,7 @@ std::int32_t COM_KOV_CTRL_SetConfigData(std::uint16_t index, const ConfigRecord*
     return call_set<"SetConfigData">(
         index,
         [&](Instrument& instrument, const Record& set) {
-            std::ranges::copy(config->bytes, set.config.begin());
+            std::copy_n(config->bytes, config_size, set.config.begin());
             instrument.changed = true;
         },
         config);
@@ -90,7 +92,7 @@ std::int32_t COM_KOV_CTRL_SetConfigName(std::uint16_t index, const char* name)
     return call_set<"SetConfigName">(
         index,
         [&](Instrument& instrument, const Record& set) {
-            std::ranges::fill(set.name, std::uint8_t{0});
+            std::fill(set.name.begin(), set.name.end(), std::uint8_t{0});
             for (std::size_t i = 0; i < name_size && name[i] != '\0'; ++i)
                 set.name[i] = static_cast<std::uint8_t>(name[i]);
             instrument.changed = true;
@@ -126,7 +128,7 @@ std::int32_t COM_KOV_CTRL_SetConfigFlags(std::uint16_t index, std::uint8_t activ
 std::int32_t COM_KOV_CTRL_SaveCurrentConfig(std::uint16_t index)
 {
     return call_set<"SaveCurrentConfig">(index, [](Instrument& instrument, const Record& set) {
-        std::ranges::copy(current_config(instrument), set.config.begin());
+        std::copy_n(current_config(instrument).begin(), config_size, set.config.begin());
         set.flags = set_active | set_valid;
         instrument.changed = true;
     });
@@ -139,7 +141,7 @@ std::int32_t COM_KOV_CTRL_LoadCurrentConfig(std::uint16_t index)
             explain("the configuration set holds no valid data");
             return Failure::bad_value;
         }
-        std::ranges::copy(set.config, current_config(instrument).begin());
+        std::copy_n(set.config.begin(), config_size, current_config(instrument).begin());
         settings_changed(instrument);
         return Failure::none;
     });

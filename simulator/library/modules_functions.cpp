@@ -4,6 +4,7 @@
 #include "simulator/model/config_record.h"
 #include "simulator/model/measurements.h"
 #include "simulator/model/noise.h"
+#include "simulator/model/operation.h"
 #include "simulator/model/status.h"
 
 using namespace simulator;

@@ -3,6 +3,7 @@
 #include "simulator/library/trace.h"
 #include "simulator/library/units.h"
 #include "simulator/model/measurements.h"
+#include "simulator/model/operation.h"
 #include "simulator/scenario/scenario.h"
 #include "simulator/session.h"
 

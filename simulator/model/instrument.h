@@ -239,19 +239,6 @@ struct Instrument {
     bool interfered = false; ///< a scenario changed something by itself
 };
 
-/// Thermal and electrical models move in steps of this length.
-inline constexpr std::int64_t step_us = 10'000;
-
-/// A new instrument, switched on at that time, with the scenario-less physical world.
-void make_new(Instrument& instrument, std::int64_t now_us);
-
-/// Moves on to that time; never back.
-void advance(Instrument& instrument, std::int64_t now_us);
-
-/// Starts the controller (with all units) or one unit again.
-void restart(Instrument& instrument);
-void restart_unit(Instrument& instrument, unsigned unit);
-
 /// Looks which modules are there; what they are.
 void refresh_presence(Instrument& instrument);
 void scan(Instrument& instrument, unsigned unit);

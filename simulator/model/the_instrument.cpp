@@ -1,6 +1,7 @@
 #include "simulator/model/the_instrument.h"
 
 #include "simulator/host.h"
+#include "simulator/model/operation.h"
 
 namespace simulator
 {

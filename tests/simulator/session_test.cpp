@@ -1,4 +1,5 @@
 /// Opening and closing, the state file, restart, and the times that transfers take.
+#include "simulator/model/operation.h"
 #include "simulator/state_file.h"
 #include "tests/simulator/instrument_test.h"
 
