@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <thread>
 
 namespace platform
 {
@@ -40,6 +42,9 @@ LocalTime local_time();
 
 /// Sleeps; a request to end the program cuts the sleep short.
 void sleep_ms(std::int64_t milliseconds);
+
+/// Sleeps all of it, whatever the program is asked for.
+void rest_ms(std::int64_t milliseconds);
 
 // ---- Output ----
 
@@ -139,6 +144,9 @@ InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& cou
 void drop_input();
 
 // ---- The outside ----
+
+/// Runs `work` beside the program, in a thread that no signal reaches.
+std::thread start_thread(std::function<void()> work);
 
 /// Between the two a request to end the program breaks no write off that has begun: a pipe may wait
 /// for its reader. For each file that is written; calls may overlap.

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <limits>
+#include <utility>
 
 VirtualPlatform virtual_platform;
 
@@ -115,6 +116,11 @@ void sleep_ms(std::int64_t milliseconds)
     }
 }
 
+void rest_ms(std::int64_t milliseconds)
+{
+    virtual_time::advance_us(milliseconds * 1000);
+}
+
 bool output_is_terminal()
 {
     return virtual_platform.output_is_terminal;
@@ -218,6 +224,11 @@ void drop_input()
 void begin_writing_file() {}
 
 void end_writing_file() {}
+
+std::thread start_thread(std::function<void()> work)
+{
+    return std::thread{std::move(work)};
+}
 
 std::FILE* open_file(const char* name, const char* mode)
 {

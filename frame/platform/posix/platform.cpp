@@ -8,6 +8,7 @@
 #include <iterator>
 #include <poll.h>
 #include <unistd.h>
+#include <utility>
 
 namespace platform
 {
@@ -96,6 +97,14 @@ void sleep_ms(std::int64_t milliseconds)
         wait_for_input(-1, left, posix::stop_is_due);
 }
 
+void rest_ms(std::int64_t milliseconds)
+{
+    timespec left = {.tv_sec = static_cast<time_t>(milliseconds / 1000),
+                     .tv_nsec = static_cast<long>(milliseconds % 1000 * 1'000'000)};
+    while (nanosleep(&left, &left) != 0 && errno == EINTR) {
+    }
+}
+
 InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& count,
                        std::int64_t timeout_ms)
 {
@@ -119,6 +128,16 @@ InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& cou
     if (input_is_terminal())
         posix::request_stop(SIGHUP);
     return InputResult::ended;
+}
+
+std::thread start_thread(std::function<void()> work)
+{
+    sigset_t all, before; // a thread inherits what is blocked
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    std::thread thread{std::move(work)};
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return thread;
 }
 
 const char* environment(const char* name)

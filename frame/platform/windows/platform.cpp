@@ -234,6 +234,11 @@ void sleep_ms(std::int64_t milliseconds)
         wait_for(nullptr, left);
 }
 
+void rest_ms(std::int64_t milliseconds)
+{
+    Sleep(static_cast<DWORD>(milliseconds));
+}
+
 void protect_run(bool on)
 {
     windows::requests.protect(on);

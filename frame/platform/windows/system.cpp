@@ -127,6 +127,11 @@ void end_writing_file()
     windows::requests.files_being_written(-1);
 }
 
+std::thread start_thread(std::function<void()> work)
+{
+    return std::thread{std::move(work)};
+}
+
 std::FILE* open_file(const char* name, const char* mode)
 {
     return _wfopen(wide(name).c_str(), wide(mode).c_str());
