@@ -6,6 +6,31 @@
 
 #include <cstdint>
 
+namespace
+{
+
+FirstFailure* first_failure = nullptr; ///< who wants to know
+
+}
+
+FirstFailure::FirstFailure()
+{
+    first_failure = this;
+}
+
+FirstFailure::~FirstFailure()
+{
+    first_failure = nullptr;
+}
+
+void FirstFailure::note(const char* function, const std::string& message)
+{
+    if (is_noted())
+        return;
+    function_ = function;
+    message_ = message;
+}
+
 LibraryMessages library_messages()
 {
     std::uint32_t comm_error = 0;
@@ -23,6 +48,8 @@ LibraryMessages library_messages()
 void report_error(Failure failed)
 {
     const LibraryMessages messages = library_messages();
+    if (first_failure != nullptr)
+        first_failure->note(failed.function(), messages.error);
     // The full screen words it otherwise: ", Error at" and "communication stream error".
     console.print(Color::bad,
                   "%s: Error at %s: %s\r\nlast I/O error message: %s, "

@@ -22,6 +22,27 @@ void report_error(Failure failed);
 /// The same in a line of its own when something stands in the cursor's.
 void report_error_below(Failure failed);
 
+/// Notes the first failure that is reported while it exists, for somebody who names the cause
+/// later. There is one at a time.
+class FirstFailure
+{
+public:
+    FirstFailure();
+    ~FirstFailure();
+    FirstFailure(const FirstFailure&) = delete;
+    FirstFailure& operator=(const FirstFailure&) = delete;
+
+    [[nodiscard]] bool is_noted() const { return !function_.empty(); }
+    [[nodiscard]] const std::string& function() const { return function_; }
+    /// What the library said, fit for a line.
+    [[nodiscard]] const std::string& message() const { return message_; }
+
+    void note(const char* function, const std::string& message);
+
+private:
+    std::string function_, message_;
+};
+
 /// Reports unless `failed` is null, and tells whether it was.
 [[nodiscard]] inline bool succeeded(Failure failed)
 {

@@ -6,6 +6,7 @@
 #include "instrument/controller_readings.h"
 #include "instrument/words.h"
 #include "protocol/sampling.h"
+#include "protocol/schedule.h"
 
 #include <numeric>
 #include <string>
@@ -25,10 +26,9 @@ bool report_enabled(Report& report)
 
 bool set_enable_and_check(Report& report, bool enable)
 {
-    constexpr std::int64_t settling_ms = 1'000;
     report.paragraph(enable ? "Enabling the device..." : "Disabling the device...");
     if (!call(LIB(SetEnable), static_cast<std::uint8_t>(enable)) ||
-        !wait(report, settling_ms, SpaceKey::ignored))
+        !wait(report, settling_ms::enabling, SpaceKey::ignored))
         return false;
     std::uint8_t enabled = 0;
     if (!call(LIB(GetEnable), &enabled))
@@ -47,7 +47,7 @@ bool measure_transfers(Report& report, const char* label, const char* sent)
 {
     constexpr int transfers = 10;
     Statistics times;
-    RunningLine line{label};
+    RunningLine line{report, label};
     for (int number = 1; number <= transfers; ++number) {
         line.show(formatted("#%d/%d", number, transfers));
         const std::int64_t start_ms = platform::tick_ms();
@@ -86,7 +86,8 @@ constexpr RecordChannel<CpuData> cpu_channels[] = {
 
 bool measure_cpu(Report& report)
 {
-    SampleSource source{.what = "CPU data", .channels = {}, .count = 10, .fetch = {}};
+    SampleSource source{
+        .what = "CPU data", .channels = {}, .count = series::cpu.count, .fetch = {}};
     sample_records<CpuData>(source, cpu_channels,
                             [](CpuData& record) { return Sample{attempt_cpu_data(record)}; });
     report.end_section();
@@ -107,7 +108,7 @@ bool measure_housekeeping(Report& report)
 {
     SampleSource source{.what = "housekeeping data",
                         .channels = {},
-                        .count = 20,
+                        .count = series::housekeeping.count,
                         .ready_bit = controller_ready_bit::housekeeping,
                         .fetch = {}};
     sample_records<Housekeeping>(source, housekeeping_channels, [](Housekeeping& record) {
@@ -125,7 +126,7 @@ bool measure_fan(Report& report)
                         .channels = {{"speed set", &quantity::rpm},
                                      {"measured", &quantity::rpm},
                                      {"PWM control", &quantity::percent_of_one}},
-                        .count = 10,
+                        .count = series::fan.count,
                         .ready_bit = controller_ready_bit::fan,
                         .fetch = [&](std::span<double> values) {
                             FanData fan;

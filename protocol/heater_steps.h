@@ -4,6 +4,6 @@
 #include "protocol/product_report.h"
 #include "protocol/report.h"
 
-/// Does nothing without a heat-controller. Deactivates the module in the end. False when a step
+/// For a heat-controller that is there. Deactivates the module in the end. False when a step
 /// failed or the user stopped it; it has been told and reported.
 [[nodiscard]] bool run_heater_steps(Report& report, const ProductData& data);

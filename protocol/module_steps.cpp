@@ -6,6 +6,7 @@
 #include "instrument/module_readings.h"
 #include "instrument/words.h"
 #include "protocol/report_items.h"
+#include "protocol/schedule.h"
 
 namespace
 {
@@ -15,7 +16,7 @@ bool measure_cpu_load(Report& report, unsigned address)
     return take_series(report, "CPU data", {},
                        {.what = "CPU data",
                         .channels = {{"load", &quantity::percent}},
-                        .count = 10,
+                        .count = series::cpu.count,
                         .fetch = [address](std::span<double> values) {
                             return Sample{attempt(LIB(GetModuleCPUdata), address, &values[0])};
                         }});
@@ -58,7 +59,7 @@ bool measure_housekeeping(Report& report, unsigned address)
 {
     SampleSource source{.what = "housekeeping data",
                         .channels = {},
-                        .count = 20,
+                        .count = series::housekeeping.count,
                         .ready_bit = ready_bit::housekeeping,
                         .fetch = {}};
     sample_records<Record>(source, housekeeping_channels(address), [address](Record& record) {
@@ -116,7 +117,9 @@ bool measure_slot(Report& report, unsigned slot)
                                    : measure_idle_supply(report, slot);
 }
 
-bool run_slot(Report& report, const ProductData& data, unsigned slot)
+} // namespace
+
+bool run_idle_slot_steps(Report& report, const ProductData& data, unsigned slot)
 {
     report_slot_heading(report, slot);
     report.indent(true);
@@ -128,10 +131,8 @@ bool run_slot(Report& report, const ProductData& data, unsigned slot)
     else
         passed = measure_slot(report, slot);
     report.indent(false);
-    return passed;
+    return passed && may_go_on(report);
 }
-
-} // namespace
 
 void report_slot_heading(Report& report, unsigned slot)
 {
@@ -160,9 +161,9 @@ bool activate_and_check(Report& report, unsigned address, bool on)
 bool set_ranges_and_check(Report& report, unsigned address, MeasurementRanges ranges,
                           SpaceKey space)
 {
-    constexpr std::int64_t settling_ms = 10'000;
     report.text("Setting measurement channels...");
-    if (!succeeded(attempt_to_set_ranges(address, ranges)) || !wait(report, settling_ms, space))
+    if (!succeeded(attempt_to_set_ranges(address, ranges)) ||
+        !wait(report, settling_ms::ranges, space))
         return false;
     MeasurementRanges read_back;
     if (!succeeded(attempt_ranges(address, read_back)))
@@ -180,7 +181,7 @@ bool measure_heater(Report& report, const char* title, bool with_power)
                         .channels = {{"output voltage", &quantity::volts},
                                      {"heater voltage", &quantity::volts},
                                      {"current", &quantity::amperes}},
-                        .count = 100,
+                        .count = series::monitoring.count,
                         .ready_bit = ready_bit::monitoring,
                         .fetch = {}};
     if (with_power)
@@ -206,7 +207,7 @@ SampleSource voltage_source(unsigned address)
 {
     return {.what = "output voltage",
             .channels = {{"", &quantity::volts}},
-            .count = 20,
+            .count = series::voltage.count,
             .ready_bit = ready_bit::output_voltage,
             .fetch = [address](std::span<double> values) {
                 return fetch_output(attempt_output_voltage, address, values);
@@ -217,26 +218,24 @@ SampleSource current_source(unsigned address)
 {
     return {.what = "output current",
             .channels = {{"", &quantity::picoamperes}},
-            .count = 100,
+            .count = series::current.count,
             .ready_bit = ready_bit::output_current,
             .fetch = [address](std::span<double> values) {
                 return fetch_output(attempt_output_current, address, values);
             }};
 }
 
-bool run_module_steps(Report& report, const ProductData& data)
+bool run_base_unit_steps(Report& report, const ProductData& data)
 {
     report.heading("Base unit:", "Base unit:");
     report.indent(true);
     bool passed = true;
     if (!data.presence.has_base_unit())
         report.text("Not found, skipped", Color::warning);
-    else if (data.base_device_type != module_type::base_unit)
+    else if (!data.has_base_unit_of_its_kind())
         report.text("The device type is not that of a base unit, skipped", Color::warning);
     else
         passed = measure_cpu_load(report, base_unit) && measure_housekeeping(report, base_unit);
     report.indent(false);
-    for (unsigned slot = 0; slot <= highest_slot && passed; ++slot)
-        passed = run_slot(report, data, slot);
     return passed && may_go_on(report);
 }

@@ -7,8 +7,9 @@
 #include "protocol/report.h"
 #include "protocol/sampling.h"
 
-/// Base unit and modules, one after the other, as far as they are there and of the right kind.
-[[nodiscard]] bool run_module_steps(Report& report, const ProductData& data);
+// Of a unit with the device off, as far as it is there and of the right kind.
+[[nodiscard]] bool run_base_unit_steps(Report& report, const ProductData& data);
+[[nodiscard]] bool run_idle_slot_steps(Report& report, const ProductData& data, unsigned slot);
 
 /// "Activating the module..." or "Deactivating the module...", and what reads back; false when it
 /// did not work.

@@ -147,7 +147,7 @@ bool report_hv_supply(Report& report, const ReportedUnit& unit)
     if (!succeeded(attempt_target_voltage(*unit.address, volts)))
         return false;
     report.item({.label = "Target output voltage",
-                 .value = volts < 0.0 ? off_word.text : formatted("%.1lfV", volts),
+                 .value = volts < 0.0 ? off_word.text : value_text(quantity::volts, volts),
                  .color = volts < 0.0 ? off_word.color : Color::value});
     unit.announce("measurement channels");
     MeasurementRanges ranges;
@@ -232,8 +232,9 @@ bool report_configurations(Report& report)
     const ReportItem counts[] = {
         {.label = "Number of active configurations", .value = formatted("%u", active_count)},
         {.label = "Number of deleted configurations", .value = formatted("%u", deleted_count)}};
-    report.items(counts);
+    report.equal_items(counts);
     report.indent(false);
+    report.end_section();
     return true;
 }
 
@@ -244,6 +245,16 @@ bool ProductData::fits(unsigned slot) const
     const std::uint16_t expected =
         slot == heat_controller ? module_type::heat_controller : module_type::hv_supply;
     return slot < presence.slots() && presence.has_slot(slot) && device_types[slot] == expected;
+}
+
+bool ProductData::has_base_unit_of_its_kind() const
+{
+    return presence.has_base_unit() && base_device_type == module_type::base_unit;
+}
+
+std::uint32_t ProductData::voltage_range(unsigned slot) const
+{
+    return hv_supply_hardware::voltage_range.of(hardware_types[slot]);
 }
 
 bool report_product_data(Report& report, ProductData& data)

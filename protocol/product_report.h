@@ -23,6 +23,9 @@ struct ProductData {
 
     /// The module in a slot is of the kind that belongs there.
     [[nodiscard]] bool fits(unsigned slot) const;
+    [[nodiscard]] bool has_base_unit_of_its_kind() const;
+    /// Of the HV-supply in a slot, in V.
+    [[nodiscard]] std::uint32_t voltage_range(unsigned slot) const;
 };
 
 /// Reads and reports everything, up to the number of configurations. False after a failure, which

@@ -1,8 +1,12 @@
 #include "protocol/report.h"
 
+#include "frame/data_file.h"
 #include "frame/format.h"
+#include "frame/platform/platform.h"
 #include "frame/terminal/characters.h"
 #include "frame/terminal/console.h"
+
+#include <utility>
 
 std::string latin1_text(std::string_view text)
 {
@@ -29,15 +33,15 @@ bool Report::open(const char* file_name)
 
 bool Report::close(bool complete)
 {
-    return complete ? file_.complete() : file_.close();
+    return file_.close(complete);
 }
 
 void Report::write(const std::string& text)
 {
-    if (file_.write(text) || !good_)
-        return;
-    good_ = false;
-    print_write_error(file_name_.c_str());
+    if (std::exchange(gap_is_due_, false))
+        file_.write("\n");
+    file_.write(text);
+    has_text_ = true;
 }
 
 void Report::flush()
@@ -65,7 +69,7 @@ std::string file_line(const ReportItem& item)
 
 } // namespace
 
-void Report::items(std::span<const ReportItem> items)
+void Report::write_items(std::span<const ReportItem> items, const char* tab_of_further)
 {
     std::string in_file;
     const char* separator = margin();
@@ -77,7 +81,7 @@ void Report::items(std::span<const ReportItem> items)
         in_file += tab;
         in_file += file_line(item);
         separator = ", ";
-        tab = "\t";
+        tab = tab_of_further;
     }
     console.print("\n");
     write(in_file);
@@ -100,15 +104,19 @@ void Report::group(const char* title, std::span<const ReportItem> items)
     write(in_file);
 }
 
-void Report::row(std::span<const ReportItem> items)
+void Report::row(std::span<const ReportItem> items, std::size_t told_before)
 {
     std::string in_file = indentation_;
     const char* separator = margin();
     for (const ReportItem& item : items) {
-        console.print("%s", separator);
-        print_item(item);
         in_file += &item == items.data() ? "" : "\t";
         in_file += item.file_value.empty() ? item.value : item.file_value;
+        if (told_before > 0) {
+            --told_before;
+            continue;
+        }
+        console.print("%s", separator);
+        print_item(item);
         separator = ", ";
     }
     console.print("\n");
@@ -150,7 +158,8 @@ void Report::result(const std::string& line, Color color)
 void Report::heading(const std::string& on_console, const std::string& in_file)
 {
     console.print("%s\n", on_console.c_str());
-    write('\n' + in_file + '\n');
+    end_section();
+    write(in_file + '\n');
 }
 
 void Report::file_only(const std::string& line)
@@ -158,7 +167,19 @@ void Report::file_only(const std::string& line)
     write(indentation_ + line + '\n');
 }
 
-void Report::end_section()
+void Report::expect_end_in(std::int64_t milliseconds)
 {
-    write("\n");
+    expected_end_ms_ = platform::tick_ms() + milliseconds;
+}
+
+std::string Report::outlook() const
+{
+    constexpr std::int64_t minute_ms = 60'000;
+    if (expected_end_ms_ == 0)
+        return {};
+    const std::int64_t left_ms = expected_end_ms_ - platform::tick_ms();
+    return left_ms <= minute_ms
+               ? "Less than a minute left"
+               : formatted("About %d min. left",
+                           static_cast<int>((left_ms + minute_ms / 2) / minute_ms));
 }

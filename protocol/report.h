@@ -9,9 +9,11 @@
 /// printable() before.
 #pragma once
 
-#include "frame/data_file.h"
+#include "frame/background_file.h"
 #include "frame/terminal/colors.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string>
 
@@ -46,12 +48,14 @@ public:
 
     /// False once a write has failed, which the user has been told.
     [[nodiscard]] bool is_good() const { return good_; }
-    /// Hands what was written to the operating system.
+    /// Has what was written so far reach the file, without waiting for it for long.
     void flush();
 
     /// A line of one or more labelled values; in the file a line each, further ones indented.
-    void items(std::span<const ReportItem> items);
+    void items(std::span<const ReportItem> items) { write_items(items, "\t"); }
     void item(const ReportItem& single) { items({&single, 1}); }
+    /// The same of values that have the same rank: in the file none of them is indented.
+    void equal_items(std::span<const ReportItem> items) { write_items(items, ""); }
 
     /// A title and its labelled values: a line on the console; in the file a line for the title
     /// and, indented, one for each value.
@@ -65,16 +69,21 @@ public:
     void result(const std::string& line, Color color);
     /// The heading of a unit.
     void heading(const std::string& on_console, const std::string& in_file);
-    /// A row of a table: on the console labelled values side by side; in the file the values alone,
-    /// with tabs between them.
-    void row(std::span<const ReportItem> items);
+    /// A row of a table: on the console labelled values side by side, without the first ones, which
+    /// it has told before; in the file all the values alone, with tabs between them.
+    void row(std::span<const ReportItem> items, std::size_t told_before);
     /// The labels of such rows, for the file.
     void columns(std::span<const char* const> labels);
     /// A line for the file alone, indented as the rest.
     void file_only(const std::string& line);
 
-    /// An empty line in the file.
-    void end_section();
+    /// One empty line in the file before what comes next, however often it is asked for.
+    void end_section() { gap_is_due_ = has_text_; }
+
+    /// When the test is expected to be over; for outlook().
+    void expect_end_in(std::int64_t milliseconds);
+    /// "About 38 min. left"; nothing before expect_end_in().
+    [[nodiscard]] std::string outlook() const;
 
     /// From here on the items are those of a unit, one tab deeper in the file; or no more.
     void indent(bool deeper) { indentation_ = deeper ? "\t" : ""; }
@@ -82,10 +91,14 @@ public:
 private:
     /// In front of a unit's lines on the console.
     [[nodiscard]] const char* margin() const { return *indentation_ != '\0' ? "  " : ""; }
+    void write_items(std::span<const ReportItem> items, const char* tab_of_further);
     void write(const std::string& text);
 
-    OutputFile file_;
+    BackgroundFile file_;
     std::string file_name_;
     const char* indentation_ = "";
+    std::int64_t expected_end_ms_ = 0; ///< 0 = not known
+    bool has_text_ = false;
+    bool gap_is_due_ = false;
     bool good_ = true;
 };

@@ -1,6 +1,7 @@
 #include "protocol/sampling.h"
 
 #include "frame/device_call.h"
+#include "frame/format.h"
 #include "frame/platform/platform.h"
 #include "frame/terminal/keys.h"
 #include "instrument/module_readings.h"
@@ -27,29 +28,57 @@ bool may_go_on(Report& report)
 
 bool wait(Report& report, std::int64_t milliseconds, SpaceKey space)
 {
+    constexpr std::int64_t second_ms = 1'000;
     report.flush();
-    if (wait_until(platform::tick_ms() + milliseconds, space == SpaceKey::stops))
-        return true;
-    report_stop(report);
-    return false;
+    const std::int64_t end_ms = platform::tick_ms() + milliseconds;
+    if (space == SpaceKey::stops)
+        flush_keys();
+    RunningLine line{report, "Waiting"};
+    bool over = true;
+    for (std::int64_t left_ms = milliseconds; over && left_ms > 0;
+         left_ms = end_ms - platform::tick_ms()) {
+        const std::int64_t seconds = (left_ms + second_ms - 1) / second_ms;
+        line.show(formatted("%ds", static_cast<int>(seconds)), space);
+        over = wait_until(end_ms - (seconds - 1) * second_ms, space == SpaceKey::stops);
+    }
+    line.clear();
+    if (!over)
+        report_stop(report);
+    return over;
 }
 
-RunningLine::RunningLine(const char* label)
+RunningLine::RunningLine(const Report& report, const char* label) : report_(report)
 {
     console.print("%s: ", label);
     place_ = console.place();
 }
 
-void RunningLine::show(const std::string& text)
+void RunningLine::show(const std::string& text, SpaceKey space)
 {
     console.move_to(place_);
     console.print(Color::value, "%s", text.c_str());
+    if (space == SpaceKey::stops) {
+        console.print(", press ");
+        console.print(Color::value, "SPACE");
+        console.print(" to abort...");
+    }
     console.clear_to_end_of_line();
+    show_outlook(report_.outlook());
     console.flush_when_due();
+}
+
+void RunningLine::show_outlook(const std::string& text)
+{
+    if (!platform::output_is_terminal())
+        return;
+    console.print("\n%s", text.c_str());
+    console.clear_to_end_of_line();
+    console.move_to(place_);
 }
 
 void RunningLine::clear()
 {
+    show_outlook({});
     console.move_to(place_);
     console.clear_line();
     scope_.end(false);
@@ -57,6 +86,7 @@ void RunningLine::clear()
 
 void RunningLine::leave()
 {
+    show_outlook({});
     console.print("\r\n");
     scope_.end(false);
 }
@@ -68,8 +98,8 @@ std::string counter_text(std::size_t number, std::size_t count)
 
 double SampleSource::period_ms() const
 {
-    return samples() > 1
-               ? static_cast<double>(last_ms - first_ms) / static_cast<double>(samples() - 1)
+    return samples() > 2
+               ? static_cast<double>(last_ms - second_ms) / static_cast<double>(samples() - 2)
                : 0.0;
 }
 
@@ -111,8 +141,8 @@ Failure add_sample(SampleSource& source, std::int64_t now_ms)
         return sample.failed;
     for (std::size_t i = 0; i < values.size(); ++i)
         source.channels[i].statistics.add(values[i]);
-    if (source.samples() == 1)
-        source.first_ms = now_ms;
+    if (source.samples() == 2)
+        source.second_ms = now_ms;
     source.last_ms = now_ms;
     return {};
 }
@@ -155,7 +185,7 @@ bool collect(Report& report, const char* title, ReadyAddress address,
     constexpr std::int64_t sample_interval_ms = 1'000;
     const bool paced = !sources.front().ready_bit;
     std::int64_t news_ms = platform::tick_ms();
-    RunningLine line{title};
+    RunningLine line{report, title};
     for (;;) {
         const std::size_t samples_before = total_samples(sources);
         const Failure failed = fetch_ready(address, sources);

@@ -24,26 +24,32 @@ void report_stop(Report& report);
 
 enum class SpaceKey : std::uint8_t { ignored, stops };
 
-/// Waits; false when SPACE ended the wait where it may, or the program is asked to end.
+/// Waits, and counts down on a terminal; false when SPACE ended the wait where it may, or the
+/// program is asked to end. What was typed before is no answer to a wait that SPACE ends.
 [[nodiscard]] bool wait(Report& report, std::int64_t milliseconds, SpaceKey space);
 
-/// A line that is rewritten in place while something goes on.
+/// A line that is rewritten in place while something goes on; on a terminal one below it tells how
+/// long the test will still take.
 class RunningLine
 {
 public:
-    explicit RunningLine(const char* label);
+    RunningLine(const Report& report, const char* label);
     ~RunningLine() { scope_.end_quietly(false); } // the cursor stays hidden: the test goes on
     RunningLine(const RunningLine&) = delete;
     RunningLine& operator=(const RunningLine&) = delete;
-    void show(const std::string& text);
-    /// Takes the whole line away; the cursor stays at its begin. It is the last thing to do with
-    /// it.
+    /// With SpaceKey::stops it says what SPACE does.
+    void show(const std::string& text, SpaceKey space = SpaceKey::ignored);
+    /// Takes everything away; the cursor stays at the begin of the line. It is the last thing to do
+    /// with it.
     void clear();
 
     /// Leaves the line as it is and goes to the next. It is the last thing to do with it.
     void leave();
 
 private:
+    void show_outlook(const std::string& text);
+
+    const Report& report_;
     DisplayScope scope_;
     Place place_;
 };
@@ -73,11 +79,12 @@ struct SampleSource {
     std::optional<int> ready_bit; ///< announces a new sample; none = one sample a second
     /// Fetches a sample, a value for each channel.
     std::function<Sample(std::span<double> values)> fetch;
-    std::int64_t first_ms = 0, last_ms = 0; ///< when the first and the last sample came
+    std::int64_t second_ms = 0, last_ms = 0; ///< when these samples came
 
     [[nodiscard]] std::size_t samples() const { return channels.front().statistics.count(); }
     [[nodiscard]] bool is_complete() const { return samples() >= count; }
-    /// Mean time between the samples, 0 before the second.
+    /// Mean time between the samples, 0 before the third: the first one may have been there for a
+    /// while when it was fetched.
     [[nodiscard]] double period_ms() const;
 };
 

@@ -27,12 +27,26 @@ double Statistics::standard_deviation() const
 
 double Statistics::smallest() const
 {
-    return values_.empty() ? 0.0 : *std::min_element(values_.begin(), values_.end());
+    // A NaN is neither smaller nor larger than anything, so that it would not be found.
+    if (values_.empty() || std::isnan(mean()))
+        return mean();
+    return *std::min_element(values_.begin(), values_.end());
 }
 
 double Statistics::largest() const
 {
-    return values_.empty() ? 0.0 : *std::max_element(values_.begin(), values_.end());
+    if (values_.empty() || std::isnan(mean()))
+        return mean();
+    return *std::max_element(values_.begin(), values_.end());
+}
+
+int QuantityFormat::deviation_decimals(int at_least) const
+{
+    int needed = decimals;
+    constexpr double one_place = 5.0; // between 1 and 10
+    for (double finer = deviation_per_unit / per_unit; finer > one_place; finer /= 10.0)
+        --needed;
+    return std::max(at_least, needed);
 }
 
 namespace
@@ -41,8 +55,23 @@ namespace
 std::string number_text(const QuantityFormat& quantity, double value)
 {
     const double number = value * quantity.per_unit;
-    return quantity.with_sign ? formatted("%+.*lf", quantity.decimals, number)
-                              : formatted("%.*lf", quantity.decimals, number);
+    if (std::isnan(number))
+        return "nan"; // whose sign means nothing
+    std::string text = formatted("%+.*lf", quantity.decimals, number);
+    if (std::isfinite(number) && text.find_first_of("123456789") == std::string::npos)
+        text.front() = '+'; // nothing is left of what was below 0
+    return text.front() == '+' && !quantity.with_sign ? text.substr(1) : text;
+}
+
+/// A deviation without its sign.
+std::string deviation_text(const QuantityFormat& quantity, double value, int at_least)
+{
+    if (std::isnan(value))
+        return "nan";
+    // The mean of equal values may be off by a last digit: no deviation is below 0.
+    const double number = std::max(0.0, value) * quantity.deviation_per_unit;
+    return formatted("%.*lf", quantity.deviation_decimals(at_least), number) +
+           quantity.deviation_unit;
 }
 
 const char* unit_in_file(const QuantityFormat& quantity)
@@ -60,16 +89,10 @@ std::string value_text(const QuantityFormat& quantity, double value)
 std::string statistics_text(const QuantityFormat& quantity, const Statistics& statistics)
 {
     const double mean = statistics.mean();
-    const char* unit = quantity.deviation_unit;
-    // The mean of equal values may be off by a last digit: no deviation is below 0.
-    const auto deviation = [&](double value) {
-        return std::max(0.0, value) * quantity.deviation_per_unit;
-    };
-    const std::string deviations = formatted(" " PLUS_MINUS_IN_FILE " %.2lf%s (+%.1lf%s, -%.1lf%s)",
-                                             deviation(statistics.standard_deviation()), unit,
-                                             deviation(statistics.largest() - mean), unit,
-                                             deviation(mean - statistics.smallest()), unit);
-    return number_text(quantity, mean) + unit_in_file(quantity) + deviations;
+    return number_text(quantity, mean) + unit_in_file(quantity) + " " PLUS_MINUS_IN_FILE " " +
+           deviation_text(quantity, statistics.standard_deviation(), 2) + " (+" +
+           deviation_text(quantity, statistics.largest() - mean, 1) + ", -" +
+           deviation_text(quantity, mean - statistics.smallest(), 1) + ')';
 }
 
 std::string range_text(const QuantityFormat& quantity, const Statistics& statistics)

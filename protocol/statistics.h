@@ -15,9 +15,9 @@ public:
 
     [[nodiscard]] std::size_t count() const { return values_.size(); }
     [[nodiscard]] double last() const { return values_.empty() ? 0.0 : values_.back(); }
-    // All of them are 0 before the first value.
+    // All of them are 0 before the first value, and NaN as soon as one value is.
     [[nodiscard]] double mean() const;
-    /// Of the sample (n - 1); 0 for a single value.
+    /// Of the sample (n - 1); 0 for a single value, NaN with an infinite one.
     [[nodiscard]] double standard_deviation() const;
     [[nodiscard]] double smallest() const;
     [[nodiscard]] double largest() const;
@@ -35,13 +35,18 @@ struct QuantityFormat {
     double deviation_per_unit = 1.0;
     bool with_sign = false;
     const char* file_unit = nullptr; ///< where it differs from the one on the console
+
+    /// Decimals of a deviation: as many as it takes to show what the value shows, and no less than
+    /// `at_least`.
+    [[nodiscard]] int deviation_decimals(int at_least) const;
 };
 
-/// "3.300V"
+/// "3.300V"; never "-0.000V".
 [[nodiscard]] std::string value_text(const QuantityFormat& quantity, double value);
 
 /// Mean, standard deviation, and the largest deviations from the mean in both directions, for the
-/// file: "3.300V +- 1.20mV (+2.0mV, -2.1mV)" with the sign of its encoding.
+/// file: "3.300V +- 1.20mV (+2.0mV, -2.1mV)" with the sign of its encoding. A series with a value
+/// that is no finite number has deviations that are none: "nan" or "inf".
 [[nodiscard]] std::string statistics_text(const QuantityFormat& quantity,
                                           const Statistics& statistics);
 

@@ -5,5 +5,10 @@
 #include "protocol/product_report.h"
 #include "protocol/report.h"
 
+#include <cstdint>
+
 /// Runs all steps. False when one failed or the user stopped them; it has been told and reported.
 [[nodiscard]] bool run_steps(Report& report, const ProductData& data);
+
+/// How long that takes as a rule.
+[[nodiscard]] std::int64_t expected_steps_ms(Report& report, const ProductData& data);

@@ -1,10 +1,9 @@
 #include "protocol/supply_steps.h"
 
 #include "frame/device_call.h"
-#include "instrument/addresses.h"
-#include "instrument/module_hardware.h"
 #include "instrument/supply_output.h"
 #include "protocol/module_steps.h"
+#include "protocol/schedule.h"
 
 #include <array>
 
@@ -29,7 +28,6 @@ constexpr const char* current = "Measured current";
 /// One target: set, read back, settled, measured; a row of that table.
 bool measure_target(Report& report, unsigned address, unsigned volts)
 {
-    constexpr std::int64_t settling_ms = 20'000;
     if (!set_target(address, volts))
         return false;
     double read_back = 0.0;
@@ -39,11 +37,11 @@ bool measure_target(Report& report, unsigned address, unsigned volts)
     console.print("  Target output voltage: ");
     console.print(Color::value, "%uV", volts);
     console.print(" set, ");
-    console.print(Color::value, "%.3lfV", read_back);
+    console.print(Color::value, "%s", value_text(quantity::volts, read_back).c_str());
     console.print(" get\n");
     std::array<SampleSource, 2> sources = {voltage_source(address), current_source(address)};
     const auto& [voltage, current] = sources;
-    if (!wait(report, settling_ms, SpaceKey::stops) ||
+    if (!wait(report, settling_ms::target, SpaceKey::stops) ||
         !collect(report, "Output data", address, sources))
         return false;
     const auto measured = [](const char* label, const QuantityFormat& quantity,
@@ -55,18 +53,18 @@ bool measure_target(Report& report, unsigned address, unsigned volts)
     };
     const ReportItem items[] = {
         {.label = column::target_set, .value = formatted("%uV", volts)},
-        {.label = column::target_get, .value = formatted("%.3lfV", read_back)},
+        {.label = column::target_get, .value = value_text(quantity::volts, read_back)},
         measured(column::voltage, quantity::volts, voltage),
         {.label = column::period, .value = formatted("%.0lfms", voltage.period_ms())},
         measured(column::current, quantity::picoamperes, current)};
-    report.row(items);
+    constexpr std::size_t told_before = 2;
+    report.row(items, told_before);
     report.flush();
     return may_go_on(report);
 }
 
 bool measure_polarity(Report& report, unsigned address, std::uint32_t range, bool negative)
 {
-    constexpr unsigned targets = 10;
     const MeasurementRanges ranges = {.negative = negative, .high = false};
     // The target that was set before the test must not reach the output.
     if (!set_target(address, 0.0) ||
@@ -78,11 +76,9 @@ bool measure_polarity(Report& report, unsigned address, std::uint32_t range, boo
     report.file_only(formatted("Output Data (%s):", ranges.polarity()));
     report.columns(std::array{column::target_set, column::target_get, column::voltage,
                               column::period, column::current});
-    // Whole volts: a range that is no multiple of ten has more targets, or ends below its top; one
-    // below ten has none.
-    const unsigned step = range / targets;
-    for (unsigned volts = step; step > 0 && volts <= range; volts += step) {
-        if (!measure_target(report, address, volts))
+    const TargetSteps targets{range};
+    for (unsigned number = 1; number <= targets.count; ++number) {
+        if (!measure_target(report, address, number * targets.step))
             return false;
     }
     if (!set_target(address, 0.0))
@@ -93,19 +89,13 @@ bool measure_polarity(Report& report, unsigned address, std::uint32_t range, boo
 
 } // namespace
 
-bool run_supply_steps(Report& report, const ProductData& data)
+bool run_supply_steps(Report& report, const ProductData& data, unsigned slot)
 {
-    for (unsigned slot = 1; slot <= highest_slot; ++slot) {
-        if (!data.fits(slot))
-            continue;
-        const std::uint32_t range = hv_supply_hardware::voltage_range.of(data.hardware_types[slot]);
-        report_slot_heading(report, slot);
-        report.indent(true);
-        const bool passed = measure_polarity(report, slot, range, false) &&
-                            measure_polarity(report, slot, range, true);
-        report.indent(false);
-        if (!passed)
-            return false;
-    }
-    return true;
+    const std::uint32_t range = data.voltage_range(slot);
+    report_slot_heading(report, slot);
+    report.indent(true);
+    const bool passed =
+        measure_polarity(report, slot, range, false) && measure_polarity(report, slot, range, true);
+    report.indent(false);
+    return passed;
 }

@@ -4,6 +4,6 @@
 #include "protocol/product_report.h"
 #include "protocol/report.h"
 
-/// For each HV-supply and polarity. The target is 0 V at the end of each. False when a step failed
-/// or the user stopped it; it has been told and reported.
-[[nodiscard]] bool run_supply_steps(Report& report, const ProductData& data);
+/// For both polarities of the HV-supply in a slot. The target is 0 V at the end of each. False when
+/// a step failed or the user stopped it; it has been told and reported.
+[[nodiscard]] bool run_supply_steps(Report& report, const ProductData& data, unsigned slot);

@@ -1,3 +1,4 @@
+#include "devlib/COM-KOV-CTRL.h"
 #include "simulator/simulator.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/temporary_file.h"
@@ -5,9 +6,14 @@
 #include "tests/support/virtual_time.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <iterator>
 #include <map>
 #include <new>
-#include <utility>
+#include <optional>
+#include <regex>
+#include <set>
 
 namespace
 {
@@ -31,11 +37,28 @@ TEST(TestProtocol, WholeRun)
     EXPECT_EQ(report.text(), contents(std::string{KOV_TEST_DATA} + "/expected_report.txt"));
     EXPECT_EQ(before.text(), after.text());
     EXPECT_THAT(trial.screen(), HasSubstr("{G}Test protocol successfully completed within "));
+    for (const char* passing : {"Waiting: ", "About 15 min. left", "Less than a minute left"}) {
+        EXPECT_THAT(trial.output(), HasSubstr(passing));
+        EXPECT_THAT(trial.screen(), Not(HasSubstr(passing)));
+    }
     for (const char* line :
          {"\nDevice uptime:  {W}1:35.",
           "\nWaiting for uptime of 100s, press {W}SPACE{.} to abort...\nDevice uptime: {W}1:40.",
           "\nSlot #1:\n", "\nSlot #01:\n", "\n  Testing module 1 output voltage, range 3000V:\n"})
         EXPECT_THAT(trial.screen(), HasSubstr(line));
+}
+
+TEST(TestProtocol, ReportsWhatIsNoFiniteNumber)
+{
+    const TemporaryFile report;
+    QuickTrial trial;
+    trial.instrument("reply GetHousekeeping.voltage24 24 24 nan 24");
+    trial.instrument("reply GetHousekeeping.voltage5 -inf 5");
+    trial.instrument("reply GetHVsupplyTargetOutputVoltage.voltage -0.0004");
+    trial.run("3 -q -R " + report.name() + " -T");
+    for (const char* line : {"\n\t5V0:\t-infV \xB1 nan (+infmV, -nan)\n",
+                             "\n\t24V:\tnanV \xB1 nan (+nan, -nan)\n", "\t1V\t0.000V\t1.000V"})
+        EXPECT_THAT(report.text(), HasSubstr(line));
 }
 
 TEST(TestProtocol, ChangesNothingBeforeTheSettingsAreSaved)
@@ -80,163 +103,201 @@ TEST(TestProtocol, ChangesNothingBeforeTheSettingsAreSaved)
     EXPECT_THAT(report.text(), EndsWith("\n\nStopped by user!\n\n" + aborted_line));
 }
 
-TEST(TestProtocol, AFullDiskFailsTheStepsButNotTheRestoring)
-{
-    const TemporaryFile report, before, after;
-    const FullDisk disk{8'000}; // full in the middle of the steps
-    QuickTrial trial;
-    trial.run(with_settings_around(report, before, after));
-    const std::string told = "{M}Error writing the data file '" + report.name() + "'{.}\n";
-    EXPECT_THAT(trial.screen(), HasSubstr(told));
-    EXPECT_EQ(trial.screen().find(told, trial.screen().find(told) + 1), std::string::npos);
-    EXPECT_THAT(trial.screen(), HasSubstr("{M}*** Test protocol aborted"));
-    EXPECT_EQ(before.text(), after.text());
-}
+// ---- What can happen while the settings are changed ----
 
-TEST(TestProtocol, SwitchesOffWhatItCannotRestore)
+/// An acceptance test on an instrument with settings of its own, which must have them behind it.
+class Bench
 {
+public:
+    Bench()
+    {
+        trial.run("3 -q -UY -HT50 -HV10 -VV1 7 -MA1 y -T");
+        before = settings();
+    }
+
+    /// Runs the test; `strike` happens at the end of the call that begins like `place`.
+    void run(const std::string& place, const std::function<void(Bench&)>& strike)
+    {
+        bool struck = false;
+        bool saved = false;
+        simulator::observe_calls([&](const simulator::CallRecord& call) {
+            trial.calls.push_back(std::string{call.function + 13} + '(' + call.inputs + ')');
+            saved = saved || trial.calls.back() == "GetCurrentConfig()";
+            if (!saved || struck || !trial.calls.back().starts_with(place))
+                return;
+            EXPECT_TRUE(virtual_platform.run_is_protected) << "nothing may cut this short";
+            struck = true;
+            strike(*this);
+        });
+        trial.calls.clear();
+        trial.run("3 -q -R " + report.name() + " -T");
+        EXPECT_TRUE(struck) << place;
+        EXPECT_FALSE(virtual_platform.run_is_protected);
+    }
+
+    /// What the instrument is set to, read past all that has gone wrong.
+    std::string settings()
+    {
+        disk.reset();
+        simulator::observe_calls({});
+        trial.instrument("fail * never");
+        trial.instrument("fail SetCurrentConfig never");
+        (void)COM_KOV_CTRL_Close(); // which may have failed
+        ConfigRecord record = {};
+        EXPECT_EQ(COM_KOV_CTRL_Open(3) + COM_KOV_CTRL_GetCurrentConfig(&record) +
+                      COM_KOV_CTRL_Close(),
+                  0);
+        return {std::begin(record.bytes), std::end(record.bytes)};
+    }
+
+    QuickTrial trial;
     const TemporaryFile report;
-    QuickTrial trial;
-    trial.instrument("fail SetCurrentConfig always");
-    trial.run("3 -q -R " + report.name() + " -T");
-    EXPECT_EQ(trial.calls_of("Purge()"), 1);
-    const auto last_set = std::find_if(trial.calls.rbegin(), trial.calls.rend(),
-                                       [](const auto& call) { return call.starts_with("Set"); });
-    EXPECT_EQ(*last_set, "SetEnable(0)");
-    EXPECT_THAT(trial.screen(), HasSubstr("{M}The configuration could not be restored, outputs may "
-                                          "still be on!{.}\n"));
+    std::optional<FullDisk> disk;
+    std::string before; ///< the settings
+};
+
+void raise(Bench&, int number)
+{
+    virtual_platform.signals.push_back({virtual_time::now_us() / 1000 + 100, number});
 }
 
-/// What must be true of a test that came to no good end after the settings had been saved.
-void expect_orderly_abort(const Trial& trial, const TemporaryFile& report,
-                          const TemporaryFile& before, const TemporaryFile& after)
+enum class Outcome { success, restored, disabled, unknown };
+
+struct Mishap {
+    const char* name;
+    std::function<void(Bench&)> strike;
+    Outcome outcome;
+    const char* told; ///< on the console
+    int exit_status = 0;
+    bool report_is_whole = true;
+    bool only_in_waits = false; ///< that SPACE may end
+};
+
+void fail(Bench& bench, const char* what)
 {
-    EXPECT_THAT(report.text(), EndsWith("\n" + aborted_line));
-    EXPECT_THAT(trial.screen(), HasSubstr("Trying to restore the communication...\n"));
-    EXPECT_THAT(trial.screen(), HasSubstr("{M}" + aborted_line.substr(0, 12)));
-    const auto last = [&trial](const char* call) {
-        return std::find_if(trial.calls.rbegin(), trial.calls.rend(),
-                            [call](const auto& made) { return made.starts_with(call); });
-    };
-    EXPECT_LT(last("SetCurrentConfig"), last("Purge")) << "purged first, then restored";
-    EXPECT_LT(last("SetCurrentConfig"), last("SetHeatCtrl"));
-    EXPECT_LT(last("SetCurrentConfig"), last("SetModuleActivationState"));
-    EXPECT_EQ(before.text(), after.text());
+    bench.trial.instrument(std::string{"fail "} + what);
 }
 
-/// Of each kind of call from the saving of the settings on: the first ones, and the last.
-std::vector<std::size_t> calls_to_fail()
+const Mishap mishaps[] = {
+    {"a signal", [](Bench& b) { raise(b, 15); }, Outcome::restored, "{Y}Stopped by user!",
+     128 + 15},
+    {"one signal after the other",
+     [](Bench& b) {
+         raise(b, 2);
+         raise(b, 2);
+     },
+     Outcome::restored, "{Y}Stopped by user!", 128 + 2},
+    {"nobody reads the output any more", [](Bench&) { virtual_platform.output_is_closed = true; },
+     Outcome::restored, "{Y}Stopped by user!", 128 + 13},
+    {"SPACE in the wait", [](Bench& b) { b.trial.type(virtual_time::now_us() / 1000 + 500, "x "); },
+     Outcome::restored, "{Y}Stopped by user!", 0, true, true},
+    {"SPACE before the wait", [](Bench& b) { b.trial.type(virtual_time::now_us() / 1000, " "); },
+     Outcome::success, "{G}Test"},
+    {"a call fails", [](Bench& b) { fail(b, "* at 1"); }, Outcome::restored, "Error at COM_KOV_"},
+    {"the link fails for a while", [](Bench& b) { fail(b, "* after 0 for 3000"); },
+     Outcome::restored, "{Y}Trying again for 10s...{.}\nCurrent configuration data has been"},
+    {"the link fails for ever", [](Bench& b) { fail(b, "* always"); }, Outcome::unknown,
+     "{M}Current configuration data could not be restored"},
+    {"settings are refused for ever",
+     [](Bench& b) {
+         raise(b, 15);
+         fail(b, "SetCurrentConfig always");
+     },
+     Outcome::disabled, "{M}Current configuration data could not be restored", 128 + 15},
+    {"settings are refused for a while",
+     [](Bench& b) {
+         fail(b, "* at 1");
+         fail(b, "SetCurrentConfig after 0 for 2000");
+     },
+     Outcome::restored, "Error at COM_KOV_"},
+    {"the disk is full",
+     [](Bench& b) { b.disk.emplace(std::filesystem::file_size(b.report.name())); },
+     Outcome::restored, "{M}Error writing the data file", 0, false},
+    {"memory runs out", [](Bench&) { throw std::bad_alloc{}; }, Outcome::restored, "{M}*** Test"},
+};
+
+/// The last line, on the console.
+const std::map<Outcome, const char*> state_lines = {
+    {Outcome::restored, "\nState of the instrument: {G}settings restored{.}\n"},
+    {Outcome::disabled, "\nState of the instrument: {M}SETTINGS NOT RESTORED, but the device has "
+                        "been disabled as a last resort{.}\n"},
+    {Outcome::unknown, "\nState of the instrument: {M}UNKNOWN, OUTPUTS MAY STILL BE ON! The "
+                       "settings could not be restored{.}\n"},
+};
+
+void expect_outcome(const Mishap& mishap, Bench& bench)
 {
-    const TemporaryFile report, before, after;
-    QuickTrial trial;
-    trial.run(with_settings_around(report, before, after));
-    EXPECT_THAT(report.text(), HasSubstr("successfully completed"));
-    std::erase(trial.calls, "GetSWVersion()"); // cannot fail and does not count
-    std::map<std::string, std::vector<std::size_t>> by_kind;
-    const auto position = [&trial](const char* call) {
-        return static_cast<std::size_t>(std::find(trial.calls.begin(), trial.calls.end(), call) -
-                                        trial.calls.begin());
-    };
-    const auto last = std::find(trial.calls.rbegin(), trial.calls.rend(), "GetUptimeInt()");
-    const auto behind = static_cast<std::size_t>(trial.calls.rend() - last);
-    for (std::size_t n = position("GetConfigList()") + 3; n < behind; ++n)
-        by_kind[trial.calls[n]].push_back(n + 1);
-    std::vector<std::size_t> chosen;
-    for (const auto& [call, positions] : by_kind) {
-        constexpr std::size_t most = 2;
-        for (std::size_t i = 0; i < positions.size(); ++i) {
-            if (i < most || i + 1 == positions.size())
-                chosen.push_back(positions[i]);
+    const std::string report = bench.report.text();
+    EXPECT_THAT(bench.trial.screen(), HasSubstr(mishap.told));
+    EXPECT_EQ(bench.trial.exit_status, mishap.exit_status);
+    if (mishap.outcome == Outcome::success) {
+        EXPECT_THAT(report, HasSubstr("\n\nTest protocol successfully completed within "));
+    } else {
+        EXPECT_THAT(bench.trial.screen(), HasSubstr("{M}" + aborted_line.substr(0, 12)));
+        std::string state = state_lines.at(mishap.outcome);
+        EXPECT_THAT(bench.trial.screen(), HasSubstr(state)); // then the port is closed
+        state = std::regex_replace(state, std::regex{"\\{.\\}"}, "");
+        state.replace(state.find(": "), 2, ":\t");
+        if (mishap.report_is_whole) {
+            EXPECT_THAT(report, EndsWith("\n\n" + aborted_line + state.substr(1)));
+            EXPECT_THAT(report, HasSubstr("\n\nTrying to restore the communication...\n"));
         }
     }
-    return chosen;
-}
-
-TEST(TestProtocol, RestoresTheSettingsWhateverFails)
-{
-    const std::vector<std::size_t> positions = calls_to_fail();
-    EXPECT_GT(positions.size(), 80U);
-    for (const std::size_t n : positions) {
-        SCOPED_TRACE(n);
-        const TemporaryFile report, before, after;
-        QuickTrial trial;
-        trial.instrument("fail * at " + std::to_string(n));
-        trial.run(with_settings_around(report, before, after));
-        EXPECT_THAT(trial.screen(), HasSubstr("Error at COM_KOV_CTRL_"));
-        EXPECT_THAT(report.text(), EndsWith("\n" + aborted_line));
-        EXPECT_EQ(before.text(), after.text());
+    EXPECT_EQ(report.find("\n\n\n"), std::string::npos);
+    const std::string settings = bench.settings();
+    if (mishap.outcome == Outcome::disabled) {
+        EXPECT_EQ(settings.front(), '\0') << "the device is enabled";
+    } else if (mishap.outcome != Outcome::unknown) {
+        EXPECT_EQ(settings, bench.before);
     }
 }
 
-TEST(TestProtocol, RestoresTheSettingsWhenMemoryRunsOut)
+TEST(TestProtocol, LeavesTheInstrumentSafeWhateverHappens)
 {
-    for (const char* last_call : {"SetHeatCtrlVoltageLimit", "GetHeatCtrlMonitoring", "Purge",
-                                  "SetHVsupplyTargetOutputVoltage", "SetCurrentConfig"}) {
-        SCOPED_TRACE(last_call);
-        const TemporaryFile report, before, after;
-        QuickTrial trial;
-        if (last_call == std::string_view{"Purge"})
-            trial.instrument("fail SetHeatCtrlVoltageLimit at 2");
-        bool saved = false;
-        bool ran_out = false;
-        simulator::observe_calls([&](const simulator::CallRecord& call) {
-            const std::string_view function = call.function + 13; // behind COM_KOV_CTRL_
-            saved = saved || function == "GetConfigList";
-            if (saved && !std::exchange(ran_out, ran_out || function == last_call) && ran_out)
-                throw std::bad_alloc{};
-        });
-        trial.run(with_settings_around(report, before, after));
-        EXPECT_TRUE(ran_out);
-        EXPECT_THAT(report.text(), EndsWith("\n" + aborted_line));
-        EXPECT_EQ(before.text(), after.text());
-        EXPECT_EQ(trial.exit_status, 0);
-    }
-}
-
-TEST(TestProtocol, SpaceAndSignalsEndItInOrder)
-{
-    // SPACE works in the waits of the heater and of the outputs, a signal everywhere.
     const struct {
-        const char* before_stop; ///< the last call before
-        bool with_space;
-    } cases[] = {
-        {"SetHeatCtrlVoltageLimit", true},
-        {"SetHeatCtrlPowerLimit", true},
-        {"SetHVsupplyTargetOutputVoltage", true},
-        {"SetEnable", false},
-        {"GetHousekeeping", false},
-        {"SetHVsupplyMeasRanges", false},
-        {"GetHVsupplyOutputCurrent", false},
-        {"SetHeatCtrlCurrentLimit", false},
+        const char* call; ///< the last one before
+        bool is_wait;
+    } places[] = {
+        {"SetEnable(1)", false},
+        {"GetHVsupplyOutputCurrent(1)", false},
+        {"SetHeatCtrlVoltageLimit(22)", true}, // the heater is hot
+        {"GetHeatCtrlMonitoring()", false},
+        {"SetHVsupplyTargetOutputVoltage(1, 3)", true}, // the output is on
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.before_stop);
-        const TemporaryFile report, before, after;
-        QuickTrial trial;
-        bool stopped = false;
-        simulator::observe_calls([&](const simulator::CallRecord& call) {
-            trial.calls.push_back(std::string{call.function}.substr(13) + '(' + call.inputs + ')');
-            if (trial.calls.back() == "Purge()") {
-                EXPECT_TRUE(virtual_platform.run_is_protected) << "nothing may cut this short";
-            }
-            if (stopped || !trial.calls.back().starts_with(c.before_stop) ||
-                trial.calls_of("GetConfigList()") == 0)
-                return;
-            stopped = true;
-            const std::int64_t soon_ms = virtual_time::now_us() / 1000 + 500;
-            if (c.with_space)
-                trial.type(soon_ms, "x ");
-            else
-                virtual_platform.signals.push_back({soon_ms, 15});
-        });
-        trial.run(with_settings_around(report, before, after));
-        EXPECT_THAT(trial.screen(), HasSubstr("{Y}Stopped by user!{.}\n"));
-        EXPECT_THAT(report.text(), HasSubstr("\n\nStopped by user!\n"));
-        EXPECT_EQ(trial.exit_status, c.with_space ? 0 : 128 + 15);
-        if (c.with_space)
-            expect_orderly_abort(trial, report, before, after);
-        else
-            EXPECT_THAT(report.text(), EndsWith("\n" + aborted_line));
+    for (const auto& place : places) {
+        for (const Mishap& mishap : mishaps) {
+            if (mishap.only_in_waits && !place.is_wait)
+                continue;
+            SCOPED_TRACE(std::string{mishap.name} + " at " + place.call);
+            Bench bench;
+            bench.run(place.call, mishap.strike);
+            expect_outcome(mishap, bench);
+        }
+    }
+}
+
+TEST(TestProtocol, RestoresTheSettingsWhicheverCallFails)
+{
+    Bench good;
+    good.run("GetUptimeInt", [](Bench&) {});
+    const auto& calls = good.trial.calls;
+    const auto saved = std::find(calls.begin(), calls.end(), "GetCurrentConfig()");
+    std::set<std::string> functions; // with their arguments, as far as they are no values
+    std::transform(
+        saved, calls.end(), std::inserter(functions, functions.end()),
+        [](const std::string& call) { return call.substr(0, call.find_first_of(",)")); });
+    for (const char* end : {"GetCurrentConfig(", "Close(", "CloseDebugFile("})
+        functions.erase(end);
+    EXPECT_GT(functions.size(), 30U);
+    for (const std::string& function : functions) {
+        SCOPED_TRACE(function);
+        Bench bench;
+        const std::string name = function.substr(0, function.find('('));
+        bench.run("GetUptimeInt()", [&](Bench& b) { fail(b, (name + " at 1").c_str()); });
+        EXPECT_THAT(bench.trial.screen(), HasSubstr("Error at COM_KOV_CTRL_" + name + ": "));
+        EXPECT_THAT(bench.report.text(),
+                    HasSubstr("\n\nFirst error:\tCOM_KOV_CTRL_" + name + ": "));
+        EXPECT_EQ(bench.settings(), bench.before);
     }
 }
 
