@@ -3,6 +3,7 @@
 #include "bench/system_calls.h"
 #include "bench/temporary_file.h"
 #include "devlib/COM-KOV-CTRL.h"
+#include "frame/device_library.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -90,6 +91,11 @@ bool open_instrument()
         std::fprintf(stderr, "cannot open the instrument: %s\n", COM_KOV_CTRL_GetErrorMessage());
     unsetenv("KOV_SIMULATOR_SCENARIO"); // programs that are started here get an ordinary one
     unsetenv("KOV_SIMULATOR_STATE");
+    // The program calls the functions that stand in front, too.
+    for (std::size_t i = 0; i < devlib::function_count; ++i) {
+        void* const function = dlsym(RTLD_DEFAULT, devlib::function_names[i].text);
+        library_functions[i] = reinterpret_cast<platform::LibraryFunctionPointer>(function);
+    }
     void* const found = dlsym(RTLD_NEXT, "COM_KOV_CTRL_GetHousekeeping");
     instrument_housekeeping = reinterpret_cast<decltype(instrument_housekeeping)>(found);
     return opened && instrument_housekeeping != nullptr;

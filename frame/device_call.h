@@ -11,6 +11,7 @@
 #pragma once
 
 #include "devlib/COM-KOV-CTRL.h"
+#include "frame/device_library.h"
 #include "frame/error_report.h"
 #include "frame/format.h"
 #include "frame/platform/current_call.h"
@@ -23,16 +24,35 @@
 
 template <class Function>
 struct LibraryFunction {
-    Function* function;
-    const char* name; ///< with the library's prefix
+    std::size_t row = devlib::no_function; ///< in the table of functions
+
+    /// Null when the library lacks it.
+    [[nodiscard]] Function* function() const
+    {
+        return reinterpret_cast<Function*>(library_functions[row]);
+    }
+    /// With the library's prefix.
+    [[nodiscard]] const char* name() const { return devlib::function_names[row].text; }
 };
+
+namespace device_call
+{
+
+template <std::size_t row, class Result, class... Parameters>
+consteval LibraryFunction<Result(Parameters...)> in_table(Result (*)(Parameters...))
+{
+    static_assert(row != devlib::no_function, "the table has no such function");
+    static_assert(devlib::parameters_match<Parameters...>(devlib::functions[row]),
+                  "the parameters differ from the function's row in the table");
+    return {row};
+}
+
+} // namespace device_call
 
 /// A function of the device library with its name: LIB(GetState) is COM_KOV_CTRL_GetState.
 #define LIB(function)                                                                              \
-    LibraryFunction<decltype(COM_KOV_CTRL_##function)>                                             \
-    {                                                                                              \
-        COM_KOV_CTRL_##function, "COM_KOV_CTRL_" #function                                         \
-    }
+    device_call::in_table<devlib::find_function(#function)>(                                       \
+        static_cast<decltype(&COM_KOV_CTRL_##function)>(nullptr))
 
 /// A text that the library writes into a field of `size` bytes, terminated whatever it writes.
 template <std::size_t size>
@@ -109,12 +129,26 @@ T* prepare(InOut<T> argument)
 
 } // namespace device_call
 
+/// What a function gives back that has no status: a version, a text. 0 or null when the library
+/// lacks it.
+template <class Result, class... Parameters, class... Arguments>
+[[nodiscard]] Result ask(LibraryFunction<Result(Parameters...)> lib, Arguments... arguments)
+{
+    const auto function = lib.function();
+    const platform::CallInProgress noted{lib.name()};
+    return function != nullptr ? function(arguments...) : Result{};
+}
+
 /// Calls the function once.
 template <class Function, class... Arguments>
 [[nodiscard]] Failure attempt(LibraryFunction<Function> lib, Arguments... arguments)
 {
-    const platform::CallInProgress noted{lib.name};
-    return lib.function(device_call::prepare(arguments)...) == 0 ? Failure{} : Failure{lib.name};
+    const auto function = lib.function();
+    last_call_was_made = function != nullptr;
+    if (function == nullptr)
+        return Failure{lib.name()};
+    const platform::CallInProgress noted{lib.name()};
+    return function(device_call::prepare(arguments)...) == 0 ? Failure{} : Failure{lib.name()};
 }
 
 /// Makes an attempt, and once more when it fails.

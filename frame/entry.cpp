@@ -5,6 +5,7 @@
 #include "diagnostics/switches.h"
 #include "frame/command_line.h"
 #include "frame/device_call.h"
+#include "frame/device_library.h"
 #include "frame/format.h"
 #include "frame/general_commands.h"
 #include "frame/platform/platform.h"
@@ -48,6 +49,12 @@ void print_help(std::span<char* const> arguments, const CommandLineResult& resul
         print_usage(name, controller_facts);
 }
 
+/// Does nothing when no library was loaded.
+void close_debug_file()
+{
+    (void)attempt(LIB(CloseDebugFile));
+}
+
 /// The way out of a good command line.
 void end_session()
 {
@@ -56,7 +63,7 @@ void end_session()
     if (!stopped && open_session(controller_facts.type) && program.run)
         run_status_screen();
     close_session();
-    (void)attempt(LIB(CloseDebugFile));
+    close_debug_file();
     if (!program.quiet)
         console.print("Program completed\n");
 }
@@ -71,6 +78,7 @@ std::span<const SwitchTable> all_switch_tables()
 int run_program(int argc, char** argv)
 {
     program = {};
+    forget_device_library();
     console.start();
     start_keys();
     const std::span<char* const> arguments{argv, static_cast<std::size_t>(argc)};
@@ -82,7 +90,7 @@ int run_program(int argc, char** argv)
     if (result.good)
         end_session();
     else
-        (void)attempt(LIB(CloseDebugFile));
+        close_debug_file();
     console.finish();
     platform::restore_terminal();
     const std::string failure = platform::output_failure();

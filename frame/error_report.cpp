@@ -33,15 +33,17 @@ void FirstFailure::note(const char* function, const std::string& message)
 
 LibraryMessages library_messages()
 {
+    const bool was_made = last_call_was_made;
     std::uint32_t comm_error = 0;
     std::uint32_t io_state = 0;
     // Their own failures are ignored: there is nothing better to show.
     (void)attempt(LIB(GetCommError), &comm_error);
     (void)attempt(LIB(GetIOState), &io_state);
     LibraryMessages messages;
-    messages.error = printable(COM_KOV_CTRL_GetErrorMessage());
-    messages.io_state = printable(COM_KOV_CTRL_GetIOStateMessage(io_state));
-    messages.comm_error = printable(COM_KOV_CTRL_GetCommErrorMessage(comm_error));
+    messages.error =
+        was_made ? printable(ask(LIB(GetErrorMessage))) : "the device library has no such function";
+    messages.io_state = printable(ask(LIB(GetIOStateMessage), io_state));
+    messages.comm_error = printable(ask(LIB(GetCommErrorMessage), comm_error));
     return messages;
 }
 

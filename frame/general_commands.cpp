@@ -2,6 +2,7 @@
 
 #include "frame/device_call.h"
 #include "frame/program.h"
+#include "frame/session.h"
 #include "frame/terminal/console.h"
 #include "frame/usage.h"
 
@@ -23,7 +24,7 @@ void terminate_program(const Given&)
 void turn_debug_mode_on(const Given& given)
 {
     program.debug = true;
-    if (given.capital) // without a trace the program works all the same
+    if (given.capital && library_is_loaded()) // without a trace the program works all the same
         (void)attempt(LIB(OpenDebugFile), debug_file_name);
 }
 

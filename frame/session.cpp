@@ -1,12 +1,15 @@
 #include "frame/session.h"
 
 #include "frame/device_call.h"
+#include "frame/device_library.h"
 #include "frame/error_report.h"
 #include "frame/format.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"
+
+#include <string>
 
 namespace
 {
@@ -25,10 +28,27 @@ bool port_number_is_good()
     return false;
 }
 
-bool library_is_good()
+/// Without these the instrument could not be left safe, or nobody would be told why.
+constexpr std::size_t needed_functions[] = {
+    LIB(GetSWVersion).row,
+    LIB(Close).row,
+    LIB(Purge).row,
+    LIB(SetEnable).row,
+    LIB(GetCurrentConfig).row,
+    LIB(SetCurrentConfig).row,
+    LIB(GetErrorMessage).row,
+    LIB(GetIOState).row,
+    LIB(GetIOStateMessage).row,
+    LIB(GetCommError).row,
+    LIB(GetCommErrorMessage).row,
+};
+
+bool library_version_is_good()
 {
-    progress("Checking DLL Version...\n");
-    const std::uint16_t version = COM_KOV_CTRL_GetSWVersion();
+    constexpr std::size_t asked[] = {LIB(GetSWVersion).row};
+    if (first_missing(asked))
+        return true; // it is told with all that is missing
+    const std::uint16_t version = device_library().version();
     if (version >= oldest_library_version) {
         progress("DLL Version: %s\n", version_text(version).c_str());
         return true;
@@ -40,6 +60,33 @@ bool library_is_good()
     console.print(Color::value, "%s", version_text(version).c_str());
     console.print("\r\n");
     return false;
+}
+
+bool library_is_complete()
+{
+    std::string names;
+    for (const char* name : device_library().missing)
+        names += (names.empty() ? "" : ", ") + std::string{name};
+    if (names.empty())
+        return true;
+    console.print(Color::bad, "Functions missing in the device library");
+    console.print(": ");
+    console.print(Color::value, "%s", names.c_str());
+    console.print("\r\n");
+    const Failure needed = first_missing(needed_functions);
+    if (!needed)
+        return true; // the commands that need them say so
+    console.print(Color::bad, "The port is not opened");
+    console.print(", without ");
+    console.print(Color::value, "%s", needed.function());
+    console.print(" the instrument could not be left in order\r\n");
+    return false;
+}
+
+bool library_is_good()
+{
+    progress("Checking DLL Version...\n");
+    return library_is_loaded() && library_version_is_good() && library_is_complete();
 }
 
 bool open_port()
@@ -75,6 +122,23 @@ bool device_is_good(std::uint16_t expected_type)
 
 } // namespace
 
+bool library_is_loaded()
+{
+    const DeviceLibrary& library = device_library();
+    if (library.loaded)
+        return true;
+    if (library.place != platform::LibraryPlace::named && library.path.empty())
+        console.print(Color::bad, "There is no device library");
+    else
+        console.print(
+            Color::bad, "The device library '%s'%s cannot be used",
+            printable(library.path.c_str()).c_str(),
+            library.place == platform::LibraryPlace::named ? " (named by KOV_DEVICE_LIBRARY)" : "");
+    console.print(": %s\r\n", library.cause.c_str());
+    program.run = false;
+    return false;
+}
+
 bool open_session(std::uint16_t expected_type)
 {
     if (program.port_open)
@@ -96,6 +160,6 @@ void close_session()
         return;
     program.port_open = false;
     if (attempt(LIB(Close)))
-        console.print(Color::bad, "%s\n", printable(COM_KOV_CTRL_GetErrorMessage()).c_str());
+        console.print(Color::bad, "%s\n", printable(ask(LIB(GetErrorMessage))).c_str());
     progress("Communication stream closed\n");
 }

@@ -3,6 +3,10 @@
 
 #include <cstdint>
 
+/// True when there is a device library that can be used, which is loaded then. If not, the user has
+/// been told, and the run flag is cleared.
+[[nodiscard]] bool library_is_loaded();
+
 /// Opens the port and checks library and device, the first time; true when the session can be
 /// used. A failure is told to the user, clears the run flag, and is never tried again. A device of
 /// another type than the given one is used when the user says so.

@@ -111,7 +111,7 @@ void show_module_manufacturing_date(const Given& given)
                        // Kept: alone it is reported under the product number's name, in the list
                        // under its own.
                        if (failed && !module.in_list)
-                           failed = Failure{LIB(GetModuleProductNo).name};
+                           failed = Failure{LIB(GetModuleProductNo).name()};
                        if (!succeeded(failed))
                            return false;
                        module.print_label();

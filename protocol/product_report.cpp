@@ -23,7 +23,7 @@ bool report_run(Report& report)
     report.text("Test protocol created on " + timestamp());
     report.end_section();
     progress("Getting DLL version:\r\n");
-    report.item({.label = "DLL version", .value = version_text(COM_KOV_CTRL_GetSWVersion())});
+    report.item({.label = "DLL version", .value = version_text(device_library().version())});
     report.end_section();
     const ReportItem port[] = {
         {.label = "Used communication port", .value = formatted("COM%u", unsigned{program.port})},

@@ -44,7 +44,7 @@ Failure attempt_to_disable()
         return failed;
     if (const Failure failed = attempt(LIB(GetEnable), &enabled))
         return failed;
-    return enabled == 0 ? Failure{} : Failure{LIB(SetEnable).name};
+    return enabled == 0 ? Failure{} : Failure{LIB(SetEnable).name()};
 }
 
 /// Gives the settings back, over a link that may be failing.

@@ -13,11 +13,10 @@ if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
 fi
 export SOURCE_DATE_EPOCH
 folder=$source_folder/build/package
-installed_runpath='$ORIGIN:$ORIGIN/../lib/kov-controller/maker:$ORIGIN/../lib/kov-controller/simulator'
 umask 022
 make_package() {
     cmake -S "$source_folder" -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKOV_TESTS=OFF \
-        -DCMAKE_INSTALL_PREFIX=/usr "-DKOV_RUNPATH=$installed_runpath" &&
+        -DCMAKE_INSTALL_PREFIX=/usr &&
         cmake --build "$folder" &&
         cd "$folder" && rm -f ./*.deb && cpack -G DEB
 }

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 namespace platform
 {
@@ -142,6 +143,64 @@ InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& cou
 
 /// Drops what was typed ahead and not read yet.
 void drop_input();
+
+// ---- The device library ----
+
+/// Where the device library is looked for.
+enum class LibraryPlace : std::uint8_t {
+    named,          ///< KOV_DEVICE_LIBRARY names the file, and no other place counts
+    library_path,   ///< a folder of LD_LIBRARY_PATH
+    beside_program, ///< the program's own folder
+    maker,          ///< the folder of an installed program that waits for the maker's library
+    simulator,      ///< the folder of an installed program that has the simulated instrument
+};
+
+struct LibraryCandidate {
+    LibraryPlace place;
+    std::string file;
+};
+
+/// The files that may be the library, in the order in which they are looked for.
+std::vector<LibraryCandidate> library_candidates();
+
+/// Whether there is something of that name, be it a link that leads nowhere. Where nobody may look
+/// there is.
+bool is_there(const std::string& file);
+
+enum class LibraryFault : std::uint8_t {
+    none,
+    absent,
+    misspelt, ///< absent, but its folder is not empty; detail: the name of something there
+    dangling_link,
+    unreadable,
+    no_file, ///< a folder, a device, ...
+    empty,
+    no_library,
+    truncated,
+    other_width, ///< of addresses
+    other_machine,
+    lacks_library, ///< that it needs; detail of these three: which one, if the system tells
+    lacks_version,
+    lacks_symbol,
+    refused,
+};
+
+struct LibraryFailure {
+    LibraryFault fault = LibraryFault::none;
+    std::string detail;
+};
+
+/// What is wrong with the folder of a file that is not there: everything but to be empty.
+LibraryFailure look_beside(const std::string& file);
+
+/// Loads the library and binds all that it needs. What the system's loader could stumble over is
+/// looked at before.
+LibraryFailure load_library(const std::string& file);
+
+using LibraryFunctionPointer = void (*)();
+
+/// A function of the loaded library, null when it has none of that name.
+LibraryFunctionPointer library_function(const char* name);
 
 // ---- The outside ----
 

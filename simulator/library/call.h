@@ -7,9 +7,9 @@
 #pragma once
 
 #include "devlib/COM-KOV-CTRL.h"
+#include "devlib/functions.h"
 #include "simulator/library/call_record.h"
 #include "simulator/library/errors.h"
-#include "simulator/library/functions.h"
 #include "simulator/model/the_instrument.h"
 
 #include <algorithm>
@@ -20,6 +20,8 @@
 
 namespace simulator
 {
+
+using namespace devlib;
 
 /// The name of a function as a template argument.
 template <std::size_t size>
@@ -57,37 +59,14 @@ namespace call_steps
                                         const char* text);
 [[nodiscard]] std::uint16_t end_with_version(std::size_t function, std::uint16_t version);
 
-template <typename T>
-constexpr Kind kind_of()
-{
-    if constexpr (std::is_same_v<T, std::uint8_t>)
-        return Kind::u8;
-    else if constexpr (std::is_same_v<T, std::uint16_t>)
-        return Kind::u16;
-    else if constexpr (std::is_same_v<T, std::uint32_t>)
-        return Kind::u32;
-    else if constexpr (std::is_same_v<T, std::int32_t>)
-        return Kind::i32;
-    else if constexpr (std::is_same_v<T, double>)
-        return Kind::real;
-    else if constexpr (std::is_same_v<T, float>)
-        return Kind::real32;
-    else if constexpr (std::is_same_v<T, char>)
-        return Kind::text;
-    else
-        return Kind::bytes; // a record
-}
-
 /// How a parameter of the C interface is passed: by value, by pointer, or as a run of bytes.
 template <typename T>
 struct Passed {
-    using Pointee = std::remove_pointer_t<T>;
-    static constexpr bool pointer = std::is_pointer_v<T>;
-    static constexpr bool out = pointer && !std::is_const_v<Pointee>;
-    static constexpr Kind kind = kind_of<std::remove_const_t<Pointee>>();
+    using Type = T;
     static Argument argument(const T& parameter)
     {
-        if constexpr (out)
+        constexpr bool pointer = std::is_pointer_v<T>;
+        if constexpr (pointer && !std::is_const_v<std::remove_pointer_t<T>>)
             return {parameter, parameter, 0};
         else if constexpr (pointer)
             return {parameter, nullptr, 0};
@@ -98,30 +77,15 @@ struct Passed {
 
 template <typename Byte>
 struct Passed<std::span<Byte>> {
-    static constexpr bool out = !std::is_const_v<Byte>;
-    static constexpr Kind kind = Kind::bytes;
+    using Type = Byte*;
     static Argument argument(const std::span<Byte>& parameter)
     {
-        if constexpr (out)
+        if constexpr (!std::is_const_v<Byte>)
             return {parameter.data(), parameter.data(), parameter.size()};
         else
             return {parameter.data(), nullptr, parameter.size()};
     }
 };
-
-template <typename... Parameters>
-constexpr bool match(const FunctionInfo& function)
-{
-    if (function.parameter_count() != sizeof...(Parameters))
-        return false;
-    std::size_t i = 0;
-    bool all = true;
-    ((all = all && function.parameters[i].kind == Passed<Parameters>::kind &&
-            (function.parameters[i].way != Way::in) == Passed<Parameters>::out,
-      ++i),
-     ...);
-    return all;
-}
 
 template <typename Body, typename... Taken>
 Failure run(const Body& body, Taken&... taken)
@@ -142,8 +106,9 @@ std::int32_t call(const Body& body, Parameters... parameters)
 {
     constexpr std::size_t function = find_function(name.view());
     static_assert(function != no_function, "the table has no such function");
-    static_assert(call_steps::match<Parameters...>(functions[function]),
-                  "the parameters differ from the function's row in the table");
+    static_assert(
+        parameters_match<typename call_steps::Passed<Parameters>::Type...>(functions[function]),
+        "the parameters differ from the function's row in the table");
     const std::array<Argument, sizeof...(Parameters)> arguments{
         call_steps::Passed<Parameters>::argument(parameters)...};
     Failure failure = call_steps::begin(function, arguments);
@@ -162,8 +127,9 @@ const char* call_for_text(const Body& body, Parameters... parameters)
 {
     constexpr std::size_t function = find_function(name.view());
     static_assert(function != no_function, "the table has no such function");
-    static_assert(call_steps::match<Parameters...>(functions[function]),
-                  "the parameters differ from the function's row in the table");
+    static_assert(
+        parameters_match<typename call_steps::Passed<Parameters>::Type...>(functions[function]),
+        "the parameters differ from the function's row in the table");
     const std::array<Argument, sizeof...(Parameters)> arguments{
         call_steps::Passed<Parameters>::argument(parameters)...};
     (void)call_steps::begin(function, arguments); // never fails

@@ -1,6 +1,5 @@
 #include "simulator/scenario/injection.h"
 
-#include "simulator/library/functions.h"
 
 namespace simulator
 {

@@ -1,7 +1,7 @@
 /// Values that replies put in the place of results, and how values look in the trace.
 #pragma once
 
-#include "simulator/library/functions.h"
+#include "devlib/functions.h"
 #include "simulator/scenario/words.h"
 
 #include <cstdint>
@@ -11,6 +11,8 @@
 
 namespace simulator
 {
+
+using namespace devlib;
 
 /// What a reply puts in the place of a result.
 struct Value {

@@ -11,6 +11,7 @@ namespace
 {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 struct BadLine {
     const char* arguments;
@@ -57,8 +58,8 @@ TEST(CommandLine, BadOnesTellWhere)
             trial.screen(),
             EndsWith("{M}Error parsing argument{.} {W}#" + std::to_string(line.position) + "{.}:" +
                      (*line.shown != '\0' ? std::string{" {W}"} + line.shown + "{.}\n" : "\n")));
-        // The library's trace file is closed in any case; the port stays as it is.
-        EXPECT_EQ(trial.calls.back(), "CloseDebugFile()");
+        // The trace file of a library that was used is closed; the port stays as it is.
+        EXPECT_EQ(trial.calls_of("CloseDebugFile()"), line.port_opened ? 1 : 0);
         EXPECT_EQ(trial.calls_of("Close()"), 0);
         EXPECT_EQ(trial.calls_of("Open(3)"), line.port_opened ? 1 : 0);
     }
@@ -102,7 +103,7 @@ TEST(CommandLine, HelpComesAtTheEnd)
     Trial none;
     none.run("");
     EXPECT_EQ(none.exit_status, -1);
-    EXPECT_THAT(none.calls, ElementsAre("CloseDebugFile()"));
+    EXPECT_THAT(none.calls, IsEmpty());
     for (const char* line :
          {"\nUsage: KOV-Controller COM-Number [Switches]\n", "slot number = 1..3):\n",
           "(a=address=0-3, base=_, all=*):\n", "(allowed value: 0..256, default=0)\n",

@@ -19,7 +19,7 @@ TEST(Session, OpensOnceAndClosesAtTheEnd)
                             "GetProductNo()", "Close()", "CloseDebugFile()"));
     Trial unused;
     unused.run("3 -T");
-    EXPECT_THAT(unused.calls, ElementsAre("CloseDebugFile()"));
+    EXPECT_TRUE(unused.calls.empty()); // no library is loaded
     EXPECT_EQ(unused.screen(), "Program completed\n");
 }
 
@@ -72,6 +72,55 @@ TEST(Session, RefusesWrongPortsAndOldLibraries)
         EXPECT_EQ(trial.calls_of("Open(255)"), c.opened);
         EXPECT_EQ(trial.calls_of("Close()"), c.opened);
     }
+}
+
+TEST(Session, ALibraryThatLacksFunctions)
+{
+    const auto named = [](const std::string& name) {
+        return "{M}Functions missing in the device library{.}: {W}COM_KOV_CTRL_" + name + "{.}\n";
+    };
+    const auto refused = [&](const std::string& name) {
+        return named(name) + "{M}The port is not opened{.}, without {W}COM_KOV_CTRL_" + name +
+               "{.} the instrument could not be left in order\n";
+    };
+    const std::string no_state =
+        "{M}2026/03/14, 09:26:53.589: Error at COM_KOV_CTRL_GetBufferState: the device library "
+        "has no such function{.}\n{M}last I/O error message: no error, last communication port "
+        "error: no error{.}\n";
+    const struct {
+        const char* missing;
+        const char* arguments;
+        std::string display;
+        std::ptrdiff_t opened = 0;
+    } cases[] = {
+        {"SetCurrentConfig", "3 -q -u -T", refused("SetCurrentConfig")},
+        {"Close", "3 -q -u -T", refused("Close")},
+        {"GetIOStateMessage", "3 -q -u -T", refused("GetIOStateMessage")},
+        {"GetSWVersion", "3 -q -u -T", refused("GetSWVersion")},
+        {"GetBufferState", "3 -q -z -u -T",
+         named("GetBufferState") + no_state + "Device is {Y}disabled{.}\n", 1},
+        {"OpenDebugFile", "3 -q -G -u -T", // debug mode wins over quiet mode
+         "Checking DLL Version...\nDLL Version: 1-05\n" + named("OpenDebugFile") +
+             "Opening COM3 for the communication stream...\n{W}COM3{.} opened for the "
+             "communication stream\nChecking device type...\nGetting enable state of the device:\n"
+             "Device is {Y}disabled{.}\nClosing the communication stream...\nCommunication stream "
+             "closed\nProgram completed\n",
+         1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.missing);
+        Trial trial;
+        virtual_platform.missing_functions = {std::string{"COM_KOV_CTRL_"} + c.missing};
+        trial.run(c.arguments);
+        EXPECT_THAT(trial.screen(), StartsWith(c.display));
+        EXPECT_EQ(trial.calls_of("Open(3)"), c.opened);
+        EXPECT_EQ(trial.calls_of("Close()"), c.opened);
+    }
+    Trial old{"reply GetSWVersion.version 99"};
+    virtual_platform.missing_functions = {"COM_KOV_CTRL_Close", "COM_KOV_CTRL_SetEnable"};
+    old.run("3 -u");
+    EXPECT_THAT(old.display(), StartsWith("{M}Wrong DLL Version{.}")); // says it all
+    EXPECT_EQ(old.calls_of("Open(3)"), 0);
 }
 
 TEST(Session, AsksAboutAnotherDevice)

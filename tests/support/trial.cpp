@@ -1,5 +1,6 @@
 #include "tests/support/trial.h"
 
+#include "frame/device_library.h"
 #include "frame/entry.h"
 #include "frame/terminal/characters.h"
 #include "frame/terminal/console.h"
@@ -71,6 +72,8 @@ Trial::Trial(ScenarioLines lines)
 {
     reset_virtual_platform();
     simulator::reset_for_test();
+    forget_device_library();
+    (void)device_library(); // for tests that run no command line
     simulator::observe_calls([this](const simulator::CallRecord& call) {
         std::string_view name = call.function;
         if (name.starts_with(library_prefix))

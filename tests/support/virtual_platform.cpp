@@ -1,5 +1,6 @@
 #include "tests/support/virtual_platform.h"
 
+#include "tests/support/linked_functions.h"
 #include "tests/support/virtual_time.h"
 
 #include <algorithm>
@@ -219,6 +220,31 @@ void drop_input()
 {
     while (is_due(virtual_platform.typed))
         virtual_platform.typed.pop_front();
+}
+
+std::vector<LibraryCandidate> library_candidates()
+{
+    return {{LibraryPlace::beside_program, "/usr/bin/libCOM-KOV-CTRL.so"}};
+}
+
+bool is_there(const std::string&)
+{
+    return true;
+}
+
+LibraryFailure look_beside(const std::string&)
+{
+    return {};
+}
+
+LibraryFailure load_library(const std::string&)
+{
+    return virtual_platform.library_failure;
+}
+
+LibraryFunctionPointer library_function(const char* name)
+{
+    return virtual_platform.missing_functions.contains(name) ? nullptr : linked_functions.at(name);
 }
 
 void begin_writing_file() {}

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <set>
 #include <string>
 
 struct TypedKeys {
@@ -35,6 +36,8 @@ struct VirtualPlatform {
     std::deque<RaisedSignal> signals;
     std::deque<WindowEvent> window_events;
     std::map<std::string, std::string> environment;
+    platform::LibraryFailure library_failure; ///< what the device library is refused for
+    std::set<std::string> missing_functions;  ///< full names of those that it lacks
     bool output_is_closed = false;
     std::size_t output_room = std::string::npos; ///< bytes that it takes without a wait
 

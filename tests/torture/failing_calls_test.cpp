@@ -1,9 +1,9 @@
 // Every switch of the tables with each of its library calls failing in turn: once, and twice in a
 // row. However bad the device is, the user reads which function failed, the cursor comes back, the
 // rest of the command line is carried out, and the port is closed once.
+#include "devlib/functions.h"
 #include "frame/entry.h"
 #include "frame/terminal/console.h"
-#include "simulator/library/functions.h"
 #include "simulator/simulator.h"
 #include "tests/config/config_trial.h"
 #include "tests/support/temporary_file.h"
@@ -46,8 +46,8 @@ Outcome outcome_of(const std::string& switches, const std::vector<std::size_t>& 
         trial.instrument("fail * at " + std::to_string(number));
     Outcome outcome;
     simulator::observe_calls([&outcome](const simulator::CallRecord& call) {
-        const auto& function = simulator::functions[simulator::find_function(call.function)];
-        if (function.returns == simulator::Returns::status)
+        const auto& function = devlib::functions[devlib::find_function(call.function)];
+        if (function.returns == devlib::Returns::status)
             outcome.calls.push_back({std::string{function.name()}, call.inputs, call.status != 0,
                                      console.cursor_visible()});
     });

@@ -1,23 +1,25 @@
-/// The library's functions as data: every name with its parameters, in the order of the interface.
+/// The device library's functions as data: every name with its parameters, in the order of the
+/// interface.
 ///
-/// The call layer takes names and types from here for the trace, and the scenario language checks
-/// the functions and parameters that a line names against it. A function of the interface that does
-/// not match its row does not compile (see call.h).
+/// The program looks the functions up by these names and calls none that is not here. The simulated
+/// instrument takes names and types from here for its trace and its scenarios. A function that does
+/// not match its row compiles in neither.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <type_traits>
 
-namespace simulator
+namespace devlib
 {
 
 enum class Kind : std::uint8_t { none, u8, u16, u32, i32, real, real32, text, bytes };
 enum class Way : std::uint8_t { in, out, in_out };
 
 /// A name that is held in place: a table of them needs no pointers, which the dynamic linker would
-/// have to set in every process that loads the library.
+/// have to set in every process.
 template <std::size_t capacity>
 struct FixedName {
     char text[capacity]{};
@@ -49,6 +51,9 @@ enum class Reach : std::uint8_t { device, library, report };
 
 inline constexpr std::size_t most_parameters = 11;
 
+/// What all names begin with.
+inline constexpr std::string_view function_prefix = "COM_KOV_CTRL_";
+
 struct FunctionInfo {
     FixedName<46> full_name;
     std::array<Parameter, most_parameters> parameters{};
@@ -58,7 +63,7 @@ struct FunctionInfo {
     /// Without the prefix that all functions share.
     [[nodiscard]] constexpr std::string_view name() const
     {
-        return std::string_view(full_name).substr(sizeof "COM_KOV_CTRL_" - 1);
+        return std::string_view(full_name).substr(function_prefix.size());
     }
     [[nodiscard]] constexpr std::size_t parameter_count() const
     {
@@ -221,13 +226,64 @@ using rows::functions;
 inline constexpr std::size_t function_count = functions.size();
 inline constexpr std::size_t no_function = function_count;
 
+/// The full names alone, for who needs no more: without the parameters they are an eighth as long.
+inline constexpr auto function_names = [] {
+    std::array<decltype(FunctionInfo::full_name), function_count> names;
+    for (std::size_t i = 0; i < function_count; ++i)
+        names[i] = functions[i].full_name;
+    return names;
+}();
+
 /// The row of a function, named with or without the prefix; no_function when there is none.
 constexpr std::size_t find_function(std::string_view name)
 {
+    if (name.starts_with(function_prefix))
+        name.remove_prefix(function_prefix.size());
     for (std::size_t i = 0; i < function_count; ++i)
-        if (functions[i].name() == name || std::string_view(functions[i].full_name) == name)
+        if (std::string_view(function_names[i]).substr(function_prefix.size()) == name)
             return i;
     return no_function;
 }
 
-} // namespace simulator
+template <typename T>
+constexpr Kind kind_of()
+{
+    if constexpr (std::is_same_v<T, std::uint8_t>)
+        return Kind::u8;
+    else if constexpr (std::is_same_v<T, std::uint16_t>)
+        return Kind::u16;
+    else if constexpr (std::is_same_v<T, std::uint32_t>)
+        return Kind::u32;
+    else if constexpr (std::is_same_v<T, std::int32_t>)
+        return Kind::i32;
+    else if constexpr (std::is_same_v<T, double>)
+        return Kind::real;
+    else if constexpr (std::is_same_v<T, float>)
+        return Kind::real32;
+    else if constexpr (std::is_same_v<T, char>)
+        return Kind::text;
+    else
+        return Kind::bytes; // a record
+}
+
+/// Whether a parameter of that C type is what a row tells.
+template <typename T>
+constexpr bool parameter_matches(const Parameter& parameter)
+{
+    using Value = std::remove_pointer_t<T>;
+    constexpr bool is_result = std::is_pointer_v<T> && !std::is_const_v<Value>;
+    constexpr Kind kind = kind_of<std::remove_const_t<Value>>();
+    const bool is_bytes = parameter.kind == Kind::bytes && kind == Kind::u8 && std::is_pointer_v<T>;
+    return (parameter.kind == kind || is_bytes) && (parameter.way != Way::in) == is_result;
+}
+
+/// Whether a function with these C parameters is what a row tells.
+template <typename... Parameters>
+constexpr bool parameters_match(const FunctionInfo& function)
+{
+    std::size_t i = 0;
+    return function.parameter_count() == sizeof...(Parameters) &&
+           (parameter_matches<Parameters>(function.parameters[i++]) && ...);
+}
+
+} // namespace devlib
