@@ -8,6 +8,7 @@
 #include "frame/terminal/keys.h"
 #include "instrument/controller_readings.h"
 #include "instrument/status_words.h"
+#include "protocol/needed_functions.h"
 #include "protocol/product_report.h"
 #include "protocol/report.h"
 #include "protocol/restoring.h"
@@ -112,6 +113,8 @@ void report_abort(Report& report, const FirstFailure& failure, InstrumentState s
 void create_test_protocol(const Given& given)
 {
     progress("Creating test protocol:\n");
+    if (!succeeded(first_missing(functions_of_acceptance_test)))
+        return; // a report of that name stays as it is
     Report report;
     if (!report.open(given.text)) {
         print_failure("Cannot open the data file %s", printable(given.text).c_str());

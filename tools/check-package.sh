@@ -8,7 +8,7 @@ need_tools "${build_tools[@]}" "${package_tools[@]}"
 package=${1:-$("$source_folder/tools/package.sh")}
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
-unset LD_LIBRARY_PATH KOV_SIMULATOR_SCENARIO
+unset KOV_DEVICE_LIBRARY LD_LIBRARY_PATH KOV_SIMULATOR_SCENARIO
 export KOV_SIMULATOR_STATE=none
 
 fail() {
@@ -43,8 +43,8 @@ for file in "$program" "$root/usr/lib/kov-controller/simulator/libCOM-KOV-CTRL.s
 done
 readelf --wide --dynamic "$program" | grep -q 'FLAGS_1.*PIE' || fail "the program is no PIE"
 
-# The system's libraries, and nothing else of the system, for a run inside the root. The dynamic
-# linker needs /proc for a path that is relative to the program.
+# The system's libraries, and nothing else of the system, for a run inside the root. The program needs
+# /proc to find the folder in which it stands.
 libraries=$(ldd "$program" | grep -o ' /[^ ]*\|^[[:space:]]*/[^ ]*' | grep -v "$root")
 run_inside='mount --rbind /proc "$0/proc" && exec chroot "$0" /usr/bin/KOV-Controller "$@"'
 mkdir "$root/proc"
@@ -60,18 +60,20 @@ for library in $libraries; do
 done
 
 output=$(run_there 3 -p -T) || fail "the installed program ended with status $?"
-grep -q '^Product identification: KOV-CTRL, Controller' <<<"$output" ||
+grep -q '^Product identification: KOV-CTRL, .*, simulated$' <<<"$output" ||
     fail "the installed program printed: $output"
 zcat "$root/usr/share/man/man1/KOV-Controller.1.gz" | grep -q '^\.Sh EXIT STATUS' ||
     fail "no manual page"
 
-# The maker's library takes the place of the simulated instrument.
-maker=$root/usr/lib/kov-controller/maker
-echo 'no library' >"$maker/libCOM-KOV-CTRL.so"
-if run_there 3 -p -T >/dev/null 2>&1; then
-    fail "the library in lib/kov-controller/maker is not the first"
-fi
-rm "$maker/libCOM-KOV-CTRL.so"
+# Whatever stands in the place of the maker's library, the simulated instrument does not answer for it.
+maker=/usr/lib/kov-controller/maker
+for name in libCOM-KOV-CTRL.so libCOM-KOV-CTRL.so.1; do
+    echo 'no library' >"$root$maker/$name"
+    output=$(run_there 3 -p -T)
+    grep -q "^The device library '.*$maker/libCOM-KOV-CTRL.so' cannot be used: " <<<"$output" ||
+        fail "with $name in $maker the installed program printed: $output"
+    rm "$root$maker/$name"
+done
 
 for library in $libraries; do
     rm "$root$library"

@@ -14,7 +14,7 @@ std::int32_t COM_KOV_CTRL_GetProductID(char* identification)
 {
     return call<"GetProductID">(
         [&](Instrument& instrument) {
-            copy_text(identification, 84, instrument.physical.identity.product_id);
+            copy_product_id(identification, instrument.physical.identity.product_id);
         },
         identification);
 }

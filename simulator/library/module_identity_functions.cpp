@@ -24,25 +24,16 @@ std::int32_t call_for_identity_figure(std::uint32_t address, T Identity::*figure
         result);
 }
 
-/// The same for a text; the caller's field has `size` bytes.
-template <Name name>
-std::int32_t call_for_identity_text(std::uint32_t address, std::string Identity::*text,
-                                    char* buffer, std::size_t size)
-{
-    return call_unit<name>(
-        address,
-        [=](Instrument& instrument, unsigned unit) {
-            copy_text(buffer, size, identity(instrument, unit).*text);
-        },
-        buffer);
-}
-
 } // namespace
 
 std::int32_t COM_KOV_CTRL_GetModuleProductID(std::uint32_t address, char* identification)
 {
-    return call_for_identity_text<"GetModuleProductID">(address, &Identity::product_id,
-                                                        identification, 84);
+    return call_unit<"GetModuleProductID">(
+        address,
+        [&](Instrument& instrument, unsigned unit) {
+            copy_product_id(identification, identity(instrument, unit).product_id);
+        },
+        identification);
 }
 
 std::int32_t COM_KOV_CTRL_GetModuleProductNo(std::uint32_t address, std::int32_t* number)
@@ -77,7 +68,12 @@ std::int32_t COM_KOV_CTRL_GetModuleFwVersion(std::uint32_t address, std::uint16_
 
 std::int32_t COM_KOV_CTRL_GetModuleFwDate(std::uint32_t address, char* date)
 {
-    return call_for_identity_text<"GetModuleFwDate">(address, &Identity::firmware_date, date, 12);
+    return call_unit<"GetModuleFwDate">(
+        address,
+        [&](Instrument& instrument, unsigned unit) {
+            copy_text(date, 12, identity(instrument, unit).firmware_date);
+        },
+        date);
 }
 
 std::int32_t COM_KOV_CTRL_GetModuleDevType(std::uint32_t address, std::uint16_t* type)

@@ -72,6 +72,13 @@ void copy_text(char* buffer, std::size_t size, const std::string& text)
         buffer[length] = '\0';
 }
 
+void copy_product_id(char* buffer, const std::string& text)
+{
+    constexpr std::size_t size = 84;
+    constexpr std::string_view mark = ", simulated";
+    copy_text(buffer, size, text.substr(0, size - 1 - mark.size()).append(mark));
+}
+
 void split_duration(std::int64_t microseconds, std::uint32_t* seconds, std::uint16_t* milliseconds)
 {
     const std::int64_t whole_ms = std::max(microseconds, std::int64_t{0}) / 1000;

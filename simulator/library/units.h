@@ -22,6 +22,10 @@ namespace simulator
 /// Writes a text into a buffer of `size` bytes, with its terminator when there is room.
 void copy_text(char* buffer, std::size_t size, const std::string& text);
 
+/// Writes a product identification into a buffer of 84 bytes. Whatever it was set to, it ends in
+/// ", simulated", so that nobody takes this instrument for a real one.
+void copy_product_id(char* buffer, const std::string& text);
+
 /// Splits a duration into seconds and the milliseconds beyond; a negative one is 0.
 void split_duration(std::int64_t microseconds, std::uint32_t* seconds, std::uint16_t* milliseconds);
 

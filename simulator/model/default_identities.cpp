@@ -34,7 +34,8 @@ Identity supply(const char* product_id, std::int32_t number, std::uint16_t week,
 void default_identities(Physical& physical)
 {
     // 256 KiB of memory, RS232 and USB port, internal and external LED.
-    physical.identity = {.product_id = "KOV-CTRL, Controller, Rev. 1-00",
+    // The full screen of the program has room for the identification, with ", simulated" behind it.
+    physical.identity = {.product_id = "KOV-CTRL, Rev. 1-00",
                          .product_number = 240101,
                          .year = 2024,
                          .week = 7,

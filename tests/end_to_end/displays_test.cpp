@@ -125,18 +125,4 @@ TEST(Keys, AreEchoedByTheHousekeepingDisplay)
     expect_terminal_restored(terminal);
 }
 
-/// A library that a user puts on the search path takes the place of the one beside the program.
-TEST(DeviceLibrary, IsTheOneOnTheSearchPath)
-{
-    ControllerRun run{"3 -PI -T"};
-    PseudoTerminal ours{run};
-    EXPECT_EQ(ours.exit_status(), 0);
-    EXPECT_EQ(ours.screen.row(2), "Product identification: KOV-CTRL, Controller, Rev. 1-00");
-
-    run.environment["LD_LIBRARY_PATH"] = OTHER_LIBRARY_FOLDER;
-    PseudoTerminal other{run};
-    EXPECT_EQ(other.exit_status(), 0);
-    EXPECT_EQ(other.screen.row(2), "Product identification: Another library");
-}
-
 } // namespace

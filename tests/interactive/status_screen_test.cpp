@@ -54,7 +54,7 @@ TEST(StatusScreen, TheWholeInstrument)
                    "Port: {W}COM3{.}, data rate: {W}9600{.} baud, polling rate:"));
     EXPECT_THAT(
         shown,
-        HasSubstr("\nDevice: {W}KOV-CTRL, Controller, Rev. 1-00{.}     Product number: {W}240101{.}"
+        HasSubstr("\nDevice: {W}KOV-CTRL, Rev. 1-00, simulated{.}      Product number: {W}240101{.}"
                   "                       Product manufacturing date: {W}CW7 2024{.}\n"
                   "        Device type: {W}8ED6h{.} = {W}KOV-CTRL{.}       Hardware type: "
                   "{W}0000F100h{.}\n"

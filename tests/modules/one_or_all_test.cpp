@@ -35,9 +35,9 @@ const std::string nothing = "{W}0.00 sec.{.}, total: {W}0.00 sec.{.}";
 
 const Command commands[] = {
     {"I", "GetModuleProductID", "product identification", "Product identification",
-     "Product identifications", "{W}KOV-HTCTRL, Heat-Controller, Rev. 1-02{.}",
-     "{W}KOV-HVPS, HV-Supply 500V negative, Rev. 1-01{.}",
-     "{W}KOV-BASE, Base unit 200W, Rev. 1-00{.}"},
+     "Product identifications", "{W}KOV-HTCTRL, Heat-Controller, Rev. 1-02, simulated{.}",
+     "{W}KOV-HVPS, HV-Supply 500V negative, Rev. 1-01, simulated{.}",
+     "{W}KOV-BASE, Base unit 200W, Rev. 1-00, simulated{.}"},
     {"N", "GetModuleProductNo", "product number", "Product number", "Product numbers",
      "{W}240211{.}", "{W}240323{.}", "{W}240401{.}"},
     {"M", "GetModuleManufDate", "manufacturing date", "Product manufacturing date",

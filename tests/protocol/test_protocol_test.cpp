@@ -1,4 +1,6 @@
 #include "devlib/COM-KOV-CTRL.h"
+#include "devlib/functions.h"
+#include "protocol/needed_functions.h"
 #include "simulator/simulator.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/temporary_file.h"
@@ -14,6 +16,7 @@
 #include <optional>
 #include <regex>
 #include <set>
+#include <utility>
 
 namespace
 {
@@ -101,6 +104,38 @@ TEST(TestProtocol, ChangesNothingBeforeTheSettingsAreSaved)
     interrupted.run("3 -q -R " + report.name() + " -T");
     EXPECT_EQ(interrupted.calls_of("COM_KOV_CTRL_Set"), 0);
     EXPECT_THAT(report.text(), EndsWith("\n\nStopped by user!\n\n" + aborted_line));
+}
+
+TEST(TestProtocol, BeginsOnlyWhereAllFunctionsThatItCallsAreThere)
+{
+    std::set<std::string> listed, called;
+    for (const std::size_t row : functions_of_acceptance_test)
+        listed.insert(devlib::function_names[row].text);
+    const TemporaryFile report;
+    QuickTrial trial;
+    trial.instrument("fail SetCurrentConfig at 1"); // it purges and disables then, too
+    trial.instrument("fail SetCurrentConfig at 2");
+    trial.run("3 -q -R " + report.name() + " -T");
+    for (const std::string& call : trial.calls)
+        called.insert("COM_KOV_CTRL_" + call.substr(0, call.find('(')));
+    for (const char* of_session :
+         {"Open", "Close", "CloseDebugFile", "GetErrorMessage", "GetIOState", "GetIOStateMessage",
+          "GetCommError", "GetCommErrorMessage"})
+        called.erase(std::string{"COM_KOV_CTRL_"} + of_session);
+    EXPECT_THAT(listed, testing::ContainerEq(called));
+
+    for (const char* missing : {"GetModuleLEDData", "SetHVsupplyMeasRanges"}) {
+        const TemporaryFile older;
+        std::ofstream{older.name()} << "an older report";
+        Trial refused;
+        virtual_platform.missing_functions = {std::string{"COM_KOV_CTRL_"} + missing};
+        refused.run("3 -q -R " + older.name() + " -u -T");
+        EXPECT_THAT(refused.screen(), HasSubstr(": Error at COM_KOV_CTRL_" + std::string{missing} +
+                                                ": the device library has no such function"));
+        EXPECT_THAT(refused.screen(), EndsWith("Device is {Y}disabled{.}\n"));
+        EXPECT_EQ(refused.calls_of("Set"), 0);
+        EXPECT_EQ(older.text(), "an older report");
+    }
 }
 
 // ---- What can happen while the settings are changed ----

@@ -12,7 +12,7 @@ ln -s "$(realpath "$2")/simulator" "$folder/simulator"
 cd "$folder" || exit
 printf '#!/bin/sh\nexec "%s" "$@"\n' "$program" >run.sh
 chmod +x run.sh
-unset LD_LIBRARY_PATH NO_COLOR CLICOLOR_FORCE KOV_SIMULATOR_SCENARIO
+unset KOV_DEVICE_LIBRARY LD_LIBRARY_PATH NO_COLOR CLICOLOR_FORCE KOV_SIMULATOR_SCENARIO
 export KOV_SIMULATOR_STATE=none LC_ALL=C.UTF-8
 
 masked() {
