@@ -21,13 +21,11 @@ check_layout() {
 
 # The sources that are built, as the compiler gets them.
 built_sources() {
-    build debug all # for compile_commands.json, and for what the build generates
     sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/debug/compile_commands.json |
         grep -v /build/ | sort -u
 }
 
 run_clang_tidy() {
-    need_tools "${build_tools[@]}" "${test_tools[@]}" "${tidy_tools[@]}"
     xargs -r -P "$(nproc)" -n 2 clang-tidy-14 -p build/debug --quiet 2>/dev/null
 }
 
@@ -37,7 +35,7 @@ base_of_change() {
     local base
     base=$(git merge-base HEAD origin/HEAD 2>/dev/null || git merge-base HEAD origin/main 2>/dev/null ||
         git merge-base HEAD main 2>/dev/null || true)
-    if [ -z "$base" ] || [ "$base" = "$(git rev-parse HEAD)" ]; then
+    if [ -z "$base" ] || [ "$base" = "$(git rev-parse HEAD 2>/dev/null)" ]; then
         base=$(git rev-list --first-parent --max-count=11 HEAD 2>/dev/null | tail -n 1 || true)
     fi
     echo "$base"
@@ -77,17 +75,23 @@ check_all() {
     built_sources | run_clang_tidy
 }
 
+# clang-tidy needs compile_commands.json, and what the build generates.
+prepare_analysis() {
+    need_tools "${build_tools[@]}" "${test_tools[@]}" "${tidy_tools[@]}"
+    build debug all
+}
+
 case ${1:-all} in
 quick)
     check_layout
     ;;
 changed)
-    need_tools "${build_tools[@]}" "${test_tools[@]}"
+    prepare_analysis
     check_changed
     ;;
 *)
-    need_tools "${build_tools[@]}" "${test_tools[@]}"
     check_layout
+    prepare_analysis
     check_all
     ;;
 esac
