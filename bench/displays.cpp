@@ -113,7 +113,7 @@ void show_housekeeping()
 void show_wide()
 {
     start_program();
-    std::array<Place, wide_fields> fields;
+    std::array<Field, wide_fields> fields;
     run_live_display<Wide>(
         {.title = "Many values", .continuous = true},
         [&](LiveFields& live) {
@@ -121,9 +121,7 @@ void show_wide()
             for (std::size_t i = 0; i < wide_fields; ++i) {
                 if (i % wide_fields_in_row == 0)
                     console.print("\r\n");
-                console.print("  %03zu: ", i);
-                fields[i] = console.place();
-                console.skip(9);
+                fields[i] = place_field(formatted("  %03zu: ", i).c_str(), 9);
             }
         },
         [](Wide& wide) { return read_values(wide) ? nullptr : "COM_KOV_CTRL_GetHousekeeping"; },
@@ -132,7 +130,7 @@ void show_wide()
                 const double value = wide.values[i];
                 const Color color =
                     deviation_color(value, wide_nominal(i), supply_tolerance_percent);
-                console.print_at(fields[i], color, "%8.3lfV", value);
+                fields[i].show(color, value, {.width = 8, .decimals = 3, .unit = "V"});
             }
         });
     console.finish();

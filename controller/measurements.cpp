@@ -18,7 +18,8 @@ void show_uptime(const Given& given)
         {.continuous = given.capital},
         [&](LiveFields&) {
             print_quit_prompt(":\r\n", given.capital);
-            field = place_field("Device uptime: ");
+            console.print("Device uptime: ");
+            field = console.place();
         },
         [](Values& values) {
             const Failure failed = attempt_uptime(values.uptime);
@@ -40,7 +41,7 @@ void show_uptime(const Given& given)
 
 void show_housekeeping(const Given& given)
 {
-    Place field_24, field_5, field_33, field_cpu, field_psu;
+    Field field_24, field_5, field_33, field_cpu, field_psu;
     progress("Getting the device housekeeping:\r\n");
     run_live_display<ControllerHousekeeping>(
         {.title = "Device housekeeping", .continuous = given.capital},
@@ -49,20 +50,23 @@ void show_housekeeping(const Given& given)
             fields.key_echo = console.place().up(2);
             fields.place_rates(rates_in_header);
             console.print("\r\n");
-            field_24 = place_field("  Voltages:  24V:", 8);
-            field_5 = place_field("  5V0:", 7);
-            field_33 = place_field("  3V3:", 7);
-            field_cpu = place_field("  Temperature CPU:", 9);
-            field_psu = place_field("  PSU:");
+            // Blanks between the values are room for wild ones.
+            field_24 = place_field("  Voltages:  24V:", 9, 1);
+            field_5 = place_field("5V0:", 8, 1);
+            field_33 = place_field("3V3:", 8, 1);
+            field_cpu = place_field("Temperature CPU:", 10, 1);
+            field_psu = place_field("PSU:", 10);
         },
         attempt_controller_housekeeping,
         [&](const ControllerHousekeeping& values) {
-            const auto show_voltage = [](Place field, double volts, const Supply& supply,
+            const auto show_voltage = [](const Field& field, double volts, const Supply& supply,
                                          int width) {
-                console.print_at(field, supply.color(volts), "%*.3lfV", width, volts);
+                field.show(supply.color(volts), volts,
+                           {.width = width, .decimals = 3, .unit = "V"});
             };
-            const auto show_temperature = [](Place field, double celsius) {
-                console.print_at(field, temperature_color(celsius), "%+7.1lf" DEGREES_C, celsius);
+            const auto show_temperature = [](const Field& field, double celsius) {
+                field.show(temperature_color(celsius), celsius,
+                           {.width = 7, .decimals = 1, .unit = DEGREES_C, .sign = true});
             };
             show_voltage(field_24, values.plus_24, supply::plus_24, 7);
             show_voltage(field_5, values.plus_5, supply::plus_5, 6);
@@ -74,69 +78,70 @@ void show_housekeeping(const Given& given)
 
 void show_fan_data(const Given& given)
 {
-    Place field_state, field_set, field_measured, field_pwm;
+    constexpr NumberFormat rpm = {.width = 5, .unit = "rpm"};
+    Field field_state, field_set, field_measured, field_pwm;
     progress("Getting the fan data:\r\n");
     run_live_display<FanData>(
         {.title = "Fan data", .title_end = ":\r\n", .continuous = given.capital},
         [&](LiveFields&) {
             console.skip(2);
-            field_state = place_field("state OK: ", 6);
-            field_set = place_field("   set: ", 13);
-            field_measured = place_field("measured: ", 13);
-            field_pwm = place_field("PWM control:");
+            field_state = place_field("state OK: ", 1, 8);
+            field_set = place_field("set: ", 12, 1);
+            field_measured = place_field("measured: ", 12, 1);
+            field_pwm = place_field("PWM control:", 9);
         },
         attempt_fan_data,
         [&](const FanData& values) {
-            console.print_at(field_state, values.failed == 0 ? ColoredText{"Y", Color::good}
-                                                             : ColoredText{"N", Color::not_good});
-            console.print_at(field_set, Color::value, "%5urpm", values.set_speed);
-            console.print_at(field_measured, Color::value, "%5urpm", values.measured_speed);
-            console.print_at(field_pwm, Color::value, "%6.2f%%",
-                             static_cast<double>(values.pwm) * 100.0);
+            field_state.show(values.failed == 0 ? ColoredText{"Y", Color::good}
+                                                : ColoredText{"N", Color::not_good});
+            field_set.show(Color::value, values.set_speed, rpm);
+            field_measured.show(Color::value, values.measured_speed, rpm);
+            field_pwm.show(Color::value, static_cast<double>(values.pwm) * 100.0,
+                           {.width = 6, .decimals = 2, .unit = "%"});
         });
 }
 
 void show_led_data(const Given& given)
 {
-    Place field_red, field_green, field_blue, field_color;
+    Field field_red, field_green, field_blue, field_color;
     progress("Getting LED data:\r\n");
     run_live_display<LedData>(
         {.continuous = given.capital},
         [&](LiveFields&) {
             print_quit_prompt("\r\n", given.capital);
-            // The blanks in front of a label are the room for the value before it.
-            field_red = place_field("LED data of the base device: Red: ");
-            field_green = place_field("   , Green: ");
-            field_blue = place_field("   , Blue: ");
-            field_color = place_field("   , Color: ");
+            field_red = place_field("LED data of the base device: Red: ", 3);
+            field_green = place_field(", Green: ", 3);
+            field_blue = place_field(", Blue: ", 3);
+            field_color = place_field(", Color: ", 3);
         },
         attempt_led_data,
         [&](const LedData& values) {
             const bool red = values.red != 0;
             const bool green = values.green != 0;
             const bool blue = values.blue != 0;
-            console.print_at(field_red, on_off(red));
-            console.print_at(field_green, on_off(green));
-            console.print_at(field_blue, on_off(blue));
-            console.print_at(field_color, led_color(red, green, blue), "LED");
+            field_red.show(on_off(red));
+            field_green.show(on_off(green));
+            field_blue.show(on_off(blue));
+            field_color.show(led_color(red, green, blue), "LED");
         });
 }
 
 void show_cpu_data(const Given& given)
 {
     constexpr double megahertz = 1e-6;
-    Place field_load, field_frequency;
+    Field field_load, field_frequency;
     progress("Getting the CPU data:\r\n");
     run_live_display<CpuData>(
         {.title = "CPU data", .title_end = ":", .continuous = given.capital, .period_ms = 1000},
         [&](LiveFields&) {
-            field_load = place_field("   Load: ", 5);
-            field_frequency = place_field("   Frequency: ");
+            field_load = place_field("   Load: ", 7, 1);
+            field_frequency = place_field("Frequency: ", 10);
         },
         attempt_cpu_data,
         [&](const CpuData& values) {
-            console.print_at(field_load, Color::value, "%4.1lf%%", values.load * 100.0);
-            console.print_at(field_frequency, Color::value, "%5.2lfMHz",
-                             values.frequency * megahertz);
+            field_load.show(Color::value, values.load * 100.0,
+                            {.width = 4, .decimals = 1, .unit = "%"});
+            field_frequency.show(Color::value, values.frequency * megahertz,
+                                 {.width = 5, .decimals = 2, .unit = "MHz"});
         });
 }

@@ -22,21 +22,19 @@ void show_state_byte(const char* title,
     struct Values {
         std::uint8_t state;
     };
-    Place word;
+    Field word;
     FieldLine line;
     run_live_display<Values>(
         {.title = title, .continuous = given.capital},
         [&](LiveFields& live) {
-            word = console.place();
-            print_word(0, 8);
+            word = place_status_word(8);
             live.place_rates(rates_in_line);
             console.print(given.capital ? "\r\n" : ",");
             line = FieldLine{labels_of(fields), gap};
         },
         [&](Values& values) { return attempt(function, &values.state); },
         [&](const Values& values) {
-            console.move_to(word);
-            print_word(values.state, 8);
+            show_status_word(word, values.state, 8);
             line.show(words_of(fields, values.state));
         });
 }
@@ -64,20 +62,20 @@ void show_overall_state(const Given& given)
     struct Values {
         std::uint16_t state;
     };
-    Place word;
+    Field word;
     progress("Getting overall state:\r\n");
     run_live_display<Values>(
         {.title = "Overall state", .continuous = given.capital},
         [&](LiveFields& live) {
-            constexpr int text_columns = 21;
-            word = console.place();
-            console.print("%04Xh = ", 0);
-            console.skip(text_columns);
+            constexpr int columns = 29; // "0000h = " and the text
+            word = place_field("", columns);
+            console.print_at(word.place(), Color::label, "%04Xh = ", 0);
+            console.move_to(word.place().right(columns));
             live.place_rates(rates_in_line);
         },
         [](Values& values) { return attempt(LIB(GetState), &values.state); },
         [&](const Values& values) {
-            console.print_at(word, Color::value, "%04Xh", values.state);
+            console.print_at(word.place(), Color::value, "%04Xh", values.state);
             console.print(" = ");
             console.print(overall_state_word(values.state));
         });

@@ -202,8 +202,8 @@ void print_summary(const Totals& totals, bool failed)
 
 void run_test(const Test& test)
 {
-    const Fields fields = print_header(test); // wraps: the prompt is seen in a narrow window, too
     DisplayScope scope;
+    const Fields fields = print_header(test);
     Totals totals{.start_ms = platform::tick_ms()};
     const Failure failed = run_cycles(test, fields, totals);
     if (failed) {

@@ -39,7 +39,7 @@ struct Counters {
 };
 
 constexpr RateLayout recording_rates = {
-    "Polling rate:", "c/s, Mean response time:", MeanFormat::tenths, 7, "ms, Errors: "};
+    "Polling rate:", "c/s, ", "Mean response time:", mean_in_tenths, 7, "ms, "};
 
 // The degree sign alone stands behind a temperature here.
 constexpr const char* degrees = "\xF8";
@@ -59,7 +59,7 @@ public:
     {
         print_live_title("Housekeeping of " + module, ": ", true);
         rates_ = place_rates(recording_rates);
-        errors_ = console.place();
+        errors_ = place_field("Errors: ", 10);
         begin_row();
         housekeeping_.place(housekeeping_row);
         begin_row();
@@ -82,7 +82,7 @@ public:
 
     void show_errors(std::uint32_t count) const
     {
-        console.print_at(errors_, count != 0 ? Color::bad : Color::value, "%u", count);
+        errors_.show(count != 0 ? Color::bad : Color::value, count, {});
     }
 
     void show(const ModuleHousekeeping& sample) const { housekeeping_.show(sample, degrees); }
@@ -103,13 +103,10 @@ private:
         console.skip(2);
     }
 
-    [[nodiscard]] Place place(const char* label) const
-    {
-        return place_field(label, monitoring_.columns);
-    }
+    static Field place(const char* label) { return place_field(label, 11, 1); }
 
     RateFields rates_;
-    Place errors_;
+    Field errors_;
     HousekeepingFields housekeeping_;
     MonitoringFields monitoring_{.power_width = 6, .degrees = degrees};
     int last_row_ = 0;

@@ -3,24 +3,38 @@
 #include "frame/format.h"
 
 #include <cstddef>
+#include <cstring>
 
-FieldLine::FieldLine(std::span<const char* const> labels, int gap)
+namespace
 {
-    for (const char* label : labels)
-        places_.push_back(place_field(label, gap));
+
+int leading_blanks(const char* label)
+{
+    return static_cast<int>(std::strspn(label, " "));
 }
 
-FieldLine::FieldLine(std::span<const char* const> labels, std::initializer_list<int> gaps)
+} // namespace
+
+FieldLine::FieldLine(std::span<const char* const> labels, int gap)
+    : FieldLine{labels, std::vector<int>(labels.size(), gap)}
 {
-    const int* gap = gaps.begin();
-    for (const char* label : labels)
-        places_.push_back(place_field(label, gap != gaps.end() ? *gap++ : 0));
+}
+
+FieldLine::FieldLine(std::span<const char* const> labels, std::vector<int> gaps)
+{
+    constexpr int longest_word = 4;
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        const bool is_last = i + 1 == labels.size();
+        const int columns = is_last ? longest_word : gaps[i] + leading_blanks(labels[i + 1]);
+        fields_.push_back(
+            place_field(i == 0 ? labels[i] : labels[i] + leading_blanks(labels[i]), columns));
+    }
 }
 
 void FieldLine::show(std::span<const ColoredText> words) const
 {
-    for (std::size_t i = 0; i < places_.size() && i < words.size(); ++i)
-        console.print_at(places_[i], words[i]);
+    for (std::size_t i = 0; i < fields_.size() && i < words.size(); ++i)
+        fields_[i].show(words[i]);
 }
 
 void print_fields(std::span<const BitField> fields, std::uint32_t value)
@@ -37,4 +51,19 @@ void print_word(std::uint32_t value, int bits, const char* separator)
     console.print(Color::value, "%0*Xh", digits, value);
     console.print("%s", separator);
     console.print(Color::value, "%s", bits_text(value, bits).c_str());
+}
+
+Field place_status_word(int bits)
+{
+    const Place place = console.place();
+    print_word(0, bits);
+    const int end = console.place().column;
+    console.keep_together({.from = place.column, .value = place.column, .to = end});
+    return {place, end - place.column};
+}
+
+void show_status_word(const Field& field, std::uint32_t value, int bits)
+{
+    console.move_to(field.place());
+    print_word(value, bits);
 }

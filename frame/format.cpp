@@ -100,6 +100,34 @@ std::string bits_text(std::uint32_t value, int count)
 
 // ---- Numbers ----
 
+std::string number_text(double value, const NumberFormat& format)
+{
+    const char* const text = format.exponent ? (format.sign ? "%+*.*le%s" : "%*.*le%s")
+                                             : (format.sign ? "%+*.*lf%s" : "%*.*lf%s");
+    return formatted(text, format.width, format.decimals, value, format.unit);
+}
+
+std::string number_text(double value, const NumberFormat& format, int columns)
+{
+    const auto room = static_cast<std::size_t>(columns);
+    std::string text = number_text(value, format);
+    if (text.size() <= room)
+        return text;
+    for (const bool exponent : {format.exponent, true}) {
+        NumberFormat shorter = format;
+        shorter.width = 0;
+        shorter.exponent = exponent;
+        for (; shorter.decimals >= 0; --shorter.decimals) {
+            text = number_text(value, shorter);
+            if (text.size() <= room)
+                return text;
+        }
+    }
+    if (const std::size_t sign = text.find("e+"); sign != std::string::npos)
+        text.erase(sign + 1, 1); // 1e300
+    return text.size() <= room ? text : std::string(room, '#');
+}
+
 std::string version_text(unsigned version)
 {
     return formatted("%d-%02d", static_cast<int>(version >> 8), static_cast<int>(version & 0xFF));

@@ -30,6 +30,22 @@
 
 // ---- Numbers ----
 
+/// How a number is shown: what printf's "%+9.3lfV" says.
+struct NumberFormat {
+    int width = 0; ///< without the unit
+    int decimals = 0;
+    const char* unit = "";
+    bool sign = false;     ///< in front of what is not negative, too
+    bool exponent = false; ///< as "%le"
+};
+
+/// The number with its unit.
+[[nodiscard]] std::string number_text(double value, const NumberFormat& format);
+
+/// The same in that many columns at most: what is longer loses decimals, then becomes an exponent.
+/// "#" fills columns that are too few for any number.
+[[nodiscard]] std::string number_text(double value, const NumberFormat& format, int columns);
+
 /// A version word, major in the high byte, minor in the low one: "%d-%02d".
 [[nodiscard]] std::string version_text(unsigned version);
 

@@ -21,31 +21,17 @@ void RateFields::show(const CycleRates& rates, std::int64_t now_ms) const
 {
     if (layout == nullptr)
         return;
-    console.print_at(rate, Color::value, "%7.2lf", rates.per_second(now_ms));
-    const double mean_ms = rates.mean_ms(now_ms);
-    switch (layout->mean_format) {
-    case MeanFormat::tenths:
-        console.print_at(mean, Color::value, "%6.1lf", mean_ms);
-        break;
-    case MeanFormat::tenths_ms:
-        console.print_at(mean, Color::value, "%6.1lfms", mean_ms);
-        break;
-    case MeanFormat::hundredths:
-        console.print_at(mean, Color::value, "%7.2lf", mean_ms);
-        break;
-    }
+    rate.show(Color::value, rates.per_second(now_ms), {.width = 7, .decimals = 2});
+    mean.show(Color::value, rates.mean_ms(now_ms), layout->mean);
 }
 
 RateFields place_rates(const RateLayout& layout)
 {
     constexpr int rate_columns = 8;
     RateFields fields = {.layout = &layout, .rate = {}, .mean = {}};
-    console.print("%s", layout.before_rate);
-    fields.rate = console.place();
-    console.skip(rate_columns);
-    console.print("%s", layout.before_mean);
-    fields.mean = console.place();
-    console.skip(layout.mean_columns);
+    fields.rate = place_field(layout.before_rate, rate_columns);
+    console.print("%s", layout.after_rate);
+    fields.mean = place_field(layout.before_mean, layout.mean_columns);
     console.print("%s", layout.after_mean);
     return fields;
 }
@@ -62,6 +48,8 @@ void print_live_title(const std::string& title, const char* end, bool continuous
     if (continuous && !program.quiet)
         print_how_to_quit();
     console.print("%s", end);
+    if (continuous)
+        console.release_title();
 }
 
 void print_how_to_quit()
@@ -69,6 +57,7 @@ void print_how_to_quit()
     console.print(", press ");
     console.print(Color::value, "Esc");
     console.print(" to quit");
+    console.release_title();
 }
 
 void print_quit_prompt(const char* end, bool continuous)
@@ -77,7 +66,9 @@ void print_quit_prompt(const char* end, bool continuous)
         return;
     console.print("Press ");
     console.print(Color::value, "Esc");
-    console.print(" to quit%s", end);
+    console.print(" to quit");
+    console.release_title();
+    console.print("%s", end);
 }
 
 namespace
@@ -98,46 +89,57 @@ public:
     /// Runs to the end.
     Failure run()
     {
-        for (bool going_on = true; going_on;) {
-            if (display_.period_ms > 0)
-                going_on = wait_for_period();
-            if (display_.key_first && !take_key())
-                break;
-            const Reading reading = read_();
-            if (reading.failed())
-                failed_ = reading.failed();
-            if (reading.is_new()) {
-                ++rates_.cycles;
-                undrawn_ = true;
-                going_on = going_on && display_.continuous;
-            }
-            if (failed_ || reading.is_over())
-                break;
-            if (!reading.is_new())
-                wait_for_news();
-            if (!looker_.is_due() && going_on && display_.period_ms == 0)
-                continue;
-            if (going_on && !display_.key_first && display_.period_ms == 0)
-                going_on = take_key();
-            if (failed_)
-                break;
-            const std::int64_t now = platform::tick_ms();
-            looker_.looked(now);
-            // A paced display waits now: what it has must be seen before.
-            if (going_on && display_.period_ms > 0) {
-                draw(now);
-                console.flush();
-            } else if (going_on && pacer_.is_due(now)) {
-                draw(now);
-                console.flush_without_waiting();
-            }
-        }
+        while (cycle())
+            show_when_due();
         draw(platform::tick_ms());
         console.flush();
         return failed_;
     }
 
 private:
+    /// False when it was the last one.
+    bool cycle()
+    {
+        bool going_on = !is_paced() || wait_for_period();
+        if (display_.key_first && !take_key())
+            return false;
+        going_on = take_reading() && going_on;
+        if (going_on && !display_.key_first && !is_paced())
+            going_on = take_key();
+        return going_on;
+    }
+
+    /// False when it was the last one.
+    bool take_reading()
+    {
+        const Reading reading = read_();
+        if (reading.failed())
+            failed_ = reading.failed();
+        if (reading.is_new()) {
+            ++rates_.cycles;
+            undrawn_ = true;
+        }
+        if (failed_ || reading.is_over())
+            return false;
+        if (!reading.is_new())
+            wait_for_news();
+        return !reading.is_new() || display_.continuous;
+    }
+
+    void show_when_due()
+    {
+        const std::int64_t now = platform::tick_ms();
+        if (is_paced()) { // it waits now: what it has must be seen before
+            draw(now);
+            console.flush();
+        } else if (pacer_.is_due(now)) {
+            draw(now);
+            console.flush_without_waiting();
+        }
+    }
+
+    [[nodiscard]] bool is_paced() const { return display_.period_ms > 0; }
+
     void draw(std::int64_t now_ms)
     {
         if (!undrawn_ && key_ == 0)
@@ -162,7 +164,6 @@ private:
         if (!key_waiting())
             return true;
         key_ = read_key();
-        looker_.look_again();
         if (display_.on_key)
             failed_ = display_.on_key(key_);
         return !failed_ && key_ != key::escape;
@@ -212,7 +213,6 @@ private:
     const std::function<void()>& draw_;
     CycleRates rates_;
     DrawPacer pacer_;
-    LookPacer looker_;
     std::int64_t due_ms_ = 0;
     Failure failed_;
     int key_ = 0; ///< the last key since the last drawing

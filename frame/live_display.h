@@ -2,12 +2,13 @@
 /// command gives it three routines: draw the labels once, read, draw the values.
 ///
 ///     struct Values { std::uint8_t state = 0; };
-///     Place field;
+///     Field field;
 ///     run_live_display<Values>(
 ///         {.title = "Fan state", .continuous = given.capital},
-///         [&](LiveFields& fields) { field = console.place(); fields.place_rates(rates_in_line); },
+///         [&](LiveFields& live) { field = place_field("state: ", 4);
+///         live.place_rates(rates_in_line); },
 ///         [&](Values& values) { return attempt(LIB(GetFanState), &values.state); },
-///         [&](const Values& values) { console.print_at(field, Color::value, ...); });
+///         [&](const Values& values) { field.show(ok_or_fail(values.state != 0)); });
 ///
 /// The device is read in every cycle, but drawing is done only when it is due: the rate that is
 /// shown is then the device's, not the terminal's. So a draw routine shows everything, and what
@@ -15,9 +16,9 @@
 #pragma once
 
 #include "frame/failure.h"
+#include "frame/field.h"
 #include "frame/terminal/console.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -43,39 +44,6 @@ private:
     std::int64_t drawn_ms_ = 0;
 };
 
-/// Decides in which cycles the clock and the keyboard are looked at: in all of them, unless several
-/// make less than a tenth of a millisecond. Looking costs as much as a library that answers at
-/// once.
-class LookPacer
-{
-public:
-    /// To be asked once a cycle. True = look now.
-    [[nodiscard]] bool is_due() { return ++unseen_ >= stride_; }
-
-    /// Tells what the clock showed.
-    void looked(std::int64_t now_ms)
-    {
-        constexpr std::uint32_t looks_per_ms = 32, longest_stride = 16;
-        cycles_ += unseen_;
-        unseen_ = 0;
-        if (now_ms == last_ms_)
-            return;
-        const bool fast = now_ms - last_ms_ == 1;
-        stride_ = fast ? std::clamp(cycles_ / looks_per_ms, 1U, longest_stride) : 1;
-        last_ms_ = now_ms;
-        cycles_ = 0;
-    }
-
-    /// A key was found: the next cycle may find another one.
-    void look_again() { stride_ = 1; }
-
-private:
-    std::uint32_t stride_ = 1;
-    std::uint32_t unseen_ = 0; ///< cycles since the last look
-    std::uint32_t cycles_ = 0; ///< cycles in this millisecond
-    std::int64_t last_ms_ = 0;
-};
-
 /// How fast a display has been running, on average since its start.
 struct CycleRates {
     std::uint64_t cycles = 0;
@@ -87,40 +55,38 @@ struct CycleRates {
     [[nodiscard]] double mean_ms(std::int64_t now_ms) const;
 };
 
-/// How the mean time of a cycle is shown.
-enum class MeanFormat : std::uint8_t {
-    tenths,    ///< "%6.1lf"
-    tenths_ms, ///< "%6.1lfms"
-    hundredths ///< "%7.2lf"
-};
-
 /// The texts around the two rates. Eight columns are left free for the rate ("%7.2lf").
 struct RateLayout {
     const char* before_rate;
+    const char* after_rate;
     const char* before_mean;
-    MeanFormat mean_format;
-    int mean_columns; ///< columns up to after_mean
-    const char* after_mean;
+    NumberFormat mean; ///< of the mean time of a cycle, in ms
+    int mean_columns;
+    const char* after_mean = "";
 };
 
+/// "%6.1lfms", "%6.1lf" and "%7.2lf".
+inline constexpr NumberFormat mean_in_tenths_ms = {.width = 6, .decimals = 1, .unit = "ms"};
+inline constexpr NumberFormat mean_in_tenths = {.width = 6, .decimals = 1};
+inline constexpr NumberFormat mean_in_hundredths = {.width = 7, .decimals = 2};
+
 /// Behind the values, on their line.
-inline constexpr RateLayout rates_in_line = {
-    "   Polling rate:", "cycles/s   Mean response time:", MeanFormat::tenths_ms, 0, ""};
+inline constexpr RateLayout rates_in_line = {"   Polling rate:", "cycles/s   ",
+                                             "Mean response time:", mean_in_tenths_ms, 10};
 /// On the header line of a display whose values stand on lines of their own.
-inline constexpr RateLayout rates_in_header = {
-    "Polling rate:", "cycles/s, Mean response time:", MeanFormat::tenths_ms, 0, ""};
+inline constexpr RateLayout rates_in_header = {"Polling rate:", "cycles/s, ",
+                                               "Mean response time:", mean_in_tenths_ms, 10};
 /// The same with hundredths of a millisecond.
 inline constexpr RateLayout fine_rates_in_header = {
-    "Polling rate:", "cycles/s, Mean response time:", MeanFormat::hundredths, 8, "ms"};
+    "Polling rate:", "cycles/s, ", "Mean response time:", mean_in_hundredths, 8, "ms"};
 /// Where new measurements are counted, not cycles.
 inline constexpr RateLayout data_rates_in_header = {
-    "Data rate:", "cycles/s, Mean measurement duration:", MeanFormat::hundredths, 8, "ms"};
+    "Data rate:", "cycles/s, ", "Mean measurement duration:", mean_in_hundredths, 8, "ms"};
 
-/// Where the two rates are shown.
+/// Where the two rates are shown; nowhere when they were not placed.
 struct RateFields {
-    const RateLayout* layout = nullptr; ///< null = they are not
-    Place rate;
-    Place mean;
+    const RateLayout* layout = nullptr;
+    Field rate, mean;
 
     void show(const CycleRates& rates, std::int64_t now_ms) const;
 };
@@ -188,7 +154,7 @@ private:
 };
 
 /// "<title>, press Esc to quit<end>", or "<title><end>" when there is nothing to quit or the
-/// prompts are switched off.
+/// prompts are switched off. In a pipe, too, it is told at once, as is how to quit by the next two.
 void print_live_title(const std::string& title, const char* end, bool continuous);
 
 /// ", press Esc to quit": the middle of such a title.

@@ -1,11 +1,9 @@
 #include "instrument/supplies.h"
 
-#include <cmath>
-
 Color deviation_color(double value, double nominal, double tolerance_percent)
 {
     constexpr double guard = 1e-9; // per cent: 24.48 V is 24 V + 2 % for a reader, not for doubles
-    if (nominal == 0.0 || !std::isfinite(value))
+    if (nominal == 0.0)
         return Color::value;
     const double deviation = (value / nominal - 1.0) * 100.0;
     if (deviation > tolerance_percent + guard)
@@ -15,8 +13,6 @@ Color deviation_color(double value, double nominal, double tolerance_percent)
 
 Color range_color(double value, double low, double high)
 {
-    if (!std::isfinite(value))
-        return Color::value;
     if (value > high)
         return Color::above;
     return value < low ? Color::below : Color::value;

@@ -5,11 +5,13 @@
 #include "frame/terminal/colors.h"
 
 /// Colour of a value by its deviation from the nominal value, (value / nominal - 1) x 100 %: above
-/// the tolerance, below it, or good. Exactly the tolerance is good, a nominal of 0 always is, and
-/// so is what is no finite number.
+/// the tolerance, below it, or good. Exactly the tolerance is good, a nominal of 0 always is. An
+/// infinite value is out of tolerance; what is no number is neither above nor below, so it is
+/// white.
 [[nodiscard]] Color deviation_color(double value, double nominal, double tolerance_percent);
 
-/// Colour of a value by the range that it should be in; the limits belong to the range.
+/// Colour of a value by the range that it should be in; the limits belong to the range. What is no
+/// number is white.
 [[nodiscard]] Color range_color(double value, double low, double high);
 
 struct Supply {

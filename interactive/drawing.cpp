@@ -11,27 +11,24 @@ namespace
 
 constexpr const char* word_separator = " = ";
 
-void show_supply(Place place, const Supply& supply, double value)
+constexpr NumberFormat volts = {.width = 8, .decimals = 3, .unit = "V", .sign = true};
+constexpr NumberFormat fine_volts = {.width = 7, .decimals = 3, .unit = "V", .sign = true};
+
+void show_supply(const Field& field, const Supply& supply, double value,
+                 const NumberFormat& format = volts)
 {
-    if (place.row > 0)
-        console.print_at(place, supply.color(value), "%+8.3lfV", value);
+    field.show(supply.color(value), value, format);
 }
 
-void show_fine_supply(Place place, const Supply& supply, double value)
+void show_temperature(const Field& field, double celsius)
 {
-    if (place.row > 0)
-        console.print_at(place, supply.color(value), "%+7.3lfV", value);
-}
-
-void show_temperature(Place place, double celsius)
-{
-    if (place.row > 0)
-        console.print_at(place, temperature_color(celsius), "%+6.1lf" DEGREES_C, celsius);
+    field.show(temperature_color(celsius), celsius,
+               {.width = 6, .decimals = 1, .unit = DEGREES_C, .sign = true});
 }
 
 void show_group(const GroupPlaces& places, const ReadingGroup& group)
 {
-    console.print_at(places.duration, Color::value, "%6.1lf", group.mean_duration_ms());
+    places.duration.show(Color::value, group.mean_duration_ms(), {.width = 6, .decimals = 1});
     console.print_at(places.counters, Color::value, "%u", group.errors);
     console.print("/");
     console.print(Color::value, "%u", group.overflows);
@@ -65,8 +62,8 @@ void show_module(const HousekeepingPlaces& places, const ModuleHousekeeping& val
     show_supply(places.minus_22, supply::minus_22, values.minus_22);
     show_supply(places.plus_18, supply::plus_18, values.plus_18);
     show_supply(places.minus_18, supply::minus_18, values.minus_18);
-    show_fine_supply(places.vc, supply::vc, values.vc);
-    show_fine_supply(places.analog_ground, supply::analog_ground, values.analog_ground);
+    show_supply(places.vc, supply::vc, values.vc, fine_volts);
+    show_supply(places.analog_ground, supply::analog_ground, values.analog_ground, fine_volts);
 }
 
 void show_monitoring(const MonitoringPlaces& places, const HeaterMonitoring& values,
@@ -235,13 +232,11 @@ void draw_values(const ScreenLayout& layout, const ScreenReadings& readings,
                  const ModulePresence& presence, InterlockMasks masks)
 {
     const PortLine& port = layout.port;
-    console.print_at(port.errors, readings.state_errors != 0 ? Color::bad : Color::value, "%u",
-                     readings.state_errors);
+    port.errors.show(readings.state_errors != 0 ? Color::bad : Color::value, readings.state_errors,
+                     {});
     if (readings.cycles.cycles == 0)
         return;
-    console.print_at(port.rate, Color::value, "%7.2lf",
-                     readings.cycles.per_second(readings.shown_ms));
-    console.print_at(port.mean, Color::value, "%6.1lf", readings.cycles.mean_ms(readings.shown_ms));
+    port.rates.show(readings.cycles, readings.shown_ms);
 
     show_controller(layout.controller, readings);
     for (std::size_t index = 0; index < layout.modules.size(); ++index) {
@@ -257,11 +252,14 @@ void draw_values(const ScreenLayout& layout, const ScreenReadings& readings,
         const OutputPlaces& voltage = layout.voltage[slot];
         show_group(voltage.group, readings.voltage_groups[slot]);
         if (readings.voltage_groups[slot].readings > 0)
-            console.print_at(voltage.value, Color::value, "%+9.3lfV", readings.voltage[slot]);
+            voltage.value.show(Color::value, readings.voltage[slot],
+                               {.width = 9, .decimals = 3, .unit = "V", .sign = true});
         const OutputPlaces& current = layout.current[slot];
         show_group(current.group, readings.current_groups[slot]);
         if (readings.current_groups[slot].readings > 0)
-            console.print_at(current.value, Color::value, "%+10.3leA", readings.current[slot]);
+            current.value.show(
+                Color::value, readings.current[slot],
+                {.width = 10, .decimals = 3, .unit = "A", .sign = true, .exponent = true});
     }
 
     if (!readings.has_words)

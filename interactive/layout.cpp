@@ -20,7 +20,9 @@ constexpr int degrees = 8;     // "%+6.1lf" and the unit
 constexpr int duration = 6;    // "%6.1lf"
 constexpr int heater_unit = 8; // "%7.3lfV", "%7.3lfA", "%7.2lfW"
 constexpr int heater_degrees = 10;
-constexpr int counters = 21; // "%u/%u"
+constexpr int heater_ohms = 11; // "%7.3lfOhm"
+constexpr int output = 12;      // "%+9.3lfV", "%+10.3leA"
+constexpr int counters = 21;    // "%u/%u"
 
 constexpr std::string_view duration_label = "Measurement duration:";
 constexpr std::string_view counters_label = "ms, errors/overflows: ";
@@ -38,17 +40,11 @@ void go_to_column(int column)
     console.move_to_column(column);
 }
 
-/// A label and the room for its value, with a gap behind it.
-Place field(const char* label, int width, int gap)
-{
-    return place_field(label, width + gap);
-}
-
 GroupPlaces draw_group()
 {
     GroupPlaces places;
     places.duration = place_field(duration_label.data(), duration);
-    places.counters = place_field(counters_label.data());
+    places.counters = place_field(counters_label.data(), counters).place();
     return places;
 }
 
@@ -69,10 +65,10 @@ void draw_slot_label(unsigned slot, bool occupied)
 /// +24V, +5V0, +3V3 and the CPU's temperature, which all units with a supply of their own have.
 void draw_common_supplies(HousekeepingPlaces& places, int gap)
 {
-    places.plus_24 = field("Voltages:  +24V:", volts, gap);
-    places.plus_5 = field("+5V0:", volts, gap);
-    places.plus_3_3 = field("+3V3:", volts, gap);
-    places.cpu = field("Temperature CPU:", degrees, gap);
+    places.plus_24 = place_field("Voltages:  +24V:", volts, gap);
+    places.plus_5 = place_field("+5V0:", volts, gap);
+    places.plus_3_3 = place_field("+3V3:", volts, gap);
+    places.cpu = place_field("Temperature CPU:", degrees, gap);
 }
 
 void draw_controller_housekeeping(int window_columns, HousekeepingPlaces& places)
@@ -81,7 +77,7 @@ void draw_controller_housekeeping(int window_columns, HousekeepingPlaces& places
     new_line("  controller:");
     go_to_column(first_value_column);
     draw_common_supplies(places, gap);
-    places.psu = field("PSU:", degrees, gap);
+    places.psu = place_field("PSU:", degrees, gap);
     const int columns_left = window_columns - console.place().column + 1;
     if (columns_left < group_columns) {
         console.print("\r\n");
@@ -96,16 +92,16 @@ void draw_slot_housekeeping(unsigned slot, HousekeepingPlaces& places)
     go_to_column(first_value_column);
     draw_common_supplies(places, gap);
     if (slot == 0)
-        places.psu = field("PSU:", degrees, gap);
+        places.psu = place_field("PSU:", degrees, gap);
     else
-        places.minus_22 = field("-22V:", volts, gap);
+        places.minus_22 = place_field("-22V:", volts, gap);
     console.print("\r\n");
     if (slot != 0) {
         go_to_column(second_row_column);
-        places.plus_18 = field("+18V:", volts, gap);
-        places.minus_18 = field("-18V:", volts, gap);
-        places.vc = field("+1V5:", fine_volts, gap);
-        places.analog_ground = field("AGnd:", fine_volts, gap);
+        places.plus_18 = place_field("+18V:", volts, gap);
+        places.minus_18 = place_field("-18V:", volts, gap);
+        places.vc = place_field("+1V5:", fine_volts, gap);
+        places.analog_ground = place_field("AGnd:", fine_volts, gap);
     }
     places.group = draw_group_at(group_column);
 }
@@ -118,8 +114,8 @@ void draw_base_housekeeping(bool present, HousekeepingPlaces& places)
         return;
     }
     go_to_column(first_value_column);
-    places.plus_3_3 = field("Voltages:  +3V3:", volts, 2);
-    places.cpu = field("Temperature CPU:", degrees, 2);
+    places.plus_3_3 = place_field("Voltages:  +3V3:", volts, 2);
+    places.cpu = place_field("Temperature CPU:", degrees, 2);
     places.group = draw_group_at(group_column);
 }
 
@@ -127,19 +123,17 @@ void draw_monitoring(MonitoringPlaces& places)
 {
     constexpr int gap = 1;
     MonitoringFields& values = places.values;
-    values.columns = heater_unit;
-    values.own_rows = false; // the counters stand behind them
     go_to_column(first_value_column);
-    values.output_voltage = field("Voltage output:", heater_unit, gap);
-    values.heater_voltage = field("heater:", heater_unit, gap);
-    values.current = field("Current:", heater_unit, gap);
-    values.temperature = field("Heater temperature:", heater_degrees, gap);
-    values.output_power = field("Power output:  ", heater_unit, gap);
+    values.output_voltage = place_field("Voltage output:", heater_unit, gap);
+    values.heater_voltage = place_field("heater:", heater_unit, gap);
+    values.current = place_field("Current:", heater_unit, gap);
+    values.temperature = place_field("Heater temperature:", heater_degrees, gap);
+    values.output_power = place_field("Power output:  ", heater_unit, gap);
     console.print("\r\n");
     go_to_column(second_row_column - 2); // the resistance needs the room
-    values.wire_power = field("wires: ", heater_unit, gap);
-    values.heater_power = field("heater: ", heater_unit, gap);
-    values.resistance = place_field("Heater resistance: ");
+    values.wire_power = place_field("wires: ", heater_unit, gap);
+    values.heater_power = place_field("heater: ", heater_unit, gap);
+    values.resistance = place_field("Heater resistance: ", heater_ohms);
     places.group = draw_group_at(group_column);
 }
 
@@ -147,7 +141,7 @@ OutputPlaces draw_output(const char* label)
 {
     OutputPlaces places;
     go_to_column(first_value_column);
-    places.value = place_field(label);
+    places.value = place_field(label, output);
     places.group = draw_group_at(group_column);
     return places;
 }
@@ -161,6 +155,9 @@ void draw_title()
 
 PortLine draw_port_line()
 {
+    constexpr int counter = 10;
+    static constexpr RateLayout rates_of_screen = {
+        ", polling rate:", "cycles/s, ", "mean response time:", mean_in_tenths, 6, "ms, "};
     PortLine line;
     console.move_to(console.screen_place(3, 1));
     console.print("Port: ");
@@ -168,9 +165,8 @@ PortLine draw_port_line()
     console.print(", data rate: ");
     console.print(Color::value, "%lu", static_cast<unsigned long>(program.data_rate));
     console.print(" baud");
-    line.rate = place_field(", polling rate:", 8);
-    line.mean = place_field("cycles/s, mean response time:", 6);
-    line.errors = place_field("ms, errors: ");
+    line.rates = place_rates(rates_of_screen);
+    line.errors = place_field("errors: ", counter);
     line.key = console.screen_place(3, 127);
     line.spinner = console.screen_place(3, 131);
     return line;

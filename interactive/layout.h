@@ -1,6 +1,7 @@
 /// Where everything stands on the full screen: its frame of labels, and the places of the values.
 #pragma once
 
+#include "frame/live_display.h"
 #include "frame/terminal/console.h"
 #include "interactive/screen_readings.h"
 #include "modules/heat_controller.h"
@@ -12,18 +13,21 @@ inline constexpr int screen_rows = 60;     ///< needed at least
 
 /// Row 3: the port and how the reading goes.
 struct PortLine {
-    Place rate, mean, errors, key, spinner;
+    RateFields rates;
+    Field errors;
+    Place key, spinner;
 };
 
 /// A group's mean measurement duration and its error counters.
 struct GroupPlaces {
-    Place duration, counters;
+    Field duration;
+    Place counters;
 };
 
-/// Places of a module's housekeeping; row 0 where it has no such value.
+/// Fields of a module's housekeeping; nowhere what it does not have.
 struct HousekeepingPlaces {
-    Place plus_24, plus_5, plus_3_3, cpu, psu;
-    Place minus_22, plus_18, minus_18, vc, analog_ground;
+    Field plus_24, plus_5, plus_3_3, cpu, psu;
+    Field minus_22, plus_18, minus_18, vc, analog_ground;
     GroupPlaces group;
 };
 
@@ -34,7 +38,7 @@ struct MonitoringPlaces {
 
 /// One measured value with its group.
 struct OutputPlaces {
-    Place value;
+    Field value;
     GroupPlaces group;
 };
 
@@ -45,7 +49,7 @@ struct StateWordPlaces {
 struct ScreenLayout {
     PortLine port;
     HousekeepingPlaces controller;
-    PerUnit<HousekeepingPlaces> modules; ///< row 0 when absent
+    PerUnit<HousekeepingPlaces> modules; ///< nowhere when absent
     MonitoringPlaces monitoring;
     std::array<OutputPlaces, screen_slots> voltage, current;
     Place overall_state;

@@ -198,30 +198,24 @@ void show_heater_hardware_limits(const Given&)
 
 void MonitoringFields::show(const HeaterMonitoring& values) const
 {
-    const auto end_field = [this](Place field) { console.blank_to_column(field.column + columns); };
-    const auto end_row = [this] {
-        if (own_rows)
-            console.clear_to_end_of_line();
+    constexpr NumberFormat volts = {.width = 7, .decimals = 3, .unit = "V"};
+    constexpr NumberFormat amperes = {.width = 7, .decimals = 3, .unit = "A"};
+    constexpr NumberFormat ohms = {.width = 7, .decimals = 3, .unit = "Ohm"};
+    const auto watts = [](int width) {
+        return NumberFormat{.width = width, .decimals = 2, .unit = "W"};
     };
-    console.print_at(output_voltage, Color::value, "%7.3lfV", values.output_voltage);
-    end_field(output_voltage);
-    console.print_at(heater_voltage, Color::value, "%7.3lfV", values.heater_voltage);
-    end_field(heater_voltage);
-    console.print_at(current, Color::value, "%7.3lfA", values.current);
-    end_field(current);
-    console.print_at(temperature, Color::value, "%+8.2lf%s", values.temperature, degrees);
-    end_row();
-    console.print_at(output_power, Color::value, "%7.2lfW", values.output_power());
-    end_field(output_power);
-    console.print_at(wire_power, Color::value, "%*.2lfW", power_width, values.wire_power());
-    end_field(wire_power);
-    console.print_at(heater_power, Color::value, "%*.2lfW", power_width, values.heater_power());
-    end_field(heater_power);
-    if (const std::optional<double> ohms = values.heater_resistance())
-        console.print_at(resistance, Color::value, "%7.3lfOhm", *ohms);
+    output_voltage.show(Color::value, values.output_voltage, volts);
+    heater_voltage.show(Color::value, values.heater_voltage, volts);
+    current.show(Color::value, values.current, amperes);
+    temperature.show(Color::value, values.temperature,
+                     {.width = 8, .decimals = 2, .unit = degrees, .sign = true});
+    output_power.show(Color::value, values.output_power(), watts(7));
+    wire_power.show(Color::value, values.wire_power(), watts(power_width));
+    heater_power.show(Color::value, values.heater_power(), watts(power_width));
+    if (const std::optional<double> measured = values.heater_resistance())
+        resistance.show(Color::value, *measured, ohms);
     else
-        console.print_at(resistance, Color::value, "     -    ");
-    end_row();
+        resistance.show(Color::value, "     -");
 }
 
 void show_heater_monitoring(const Given& given)
@@ -232,9 +226,7 @@ void show_heater_monitoring(const Given& given)
     run_live_display<HeaterMonitoring>(
         {.title = "Monitoring of " + name, .continuous = given.capital, .key_first = true},
         [&](LiveFields& fields) {
-            const auto place = [&](const char* label) {
-                return place_field(label, places.columns);
-            };
+            const auto place = [](const char* label) { return place_field(label, 11, 1); };
             fields.place_rates(data_rates_in_header);
             console.print("\r\n");
             console.skip(2);
@@ -261,11 +253,12 @@ void show_heater_interlock_state(const Given& given)
     struct Values {
         std::uint8_t state;
     };
-    constexpr int columns_to_next_label = 11;
+    constexpr int columns = 6;
+    constexpr int gap = 5;
     constexpr std::uint8_t mask_of_1 = 0x05;
     constexpr std::uint8_t mask_of_2 = 0x0A;
     const std::string name = heat_controller_name();
-    Place interlock_1, interlock_2;
+    Field interlock_1, interlock_2;
     progress("Getting interlock state of %s:\r\n", name.c_str());
     run_live_display<Values>(
         {.title = "Interlock state of " + name, .continuous = given.capital, .key_first = true},
@@ -273,12 +266,12 @@ void show_heater_interlock_state(const Given& given)
             fields.place_rates(fine_rates_in_header);
             console.print("\r\n");
             console.skip(2);
-            interlock_1 = place_field("Interlock #1: ", columns_to_next_label);
-            interlock_2 = place_field("Interlock #2: ");
+            interlock_1 = place_field("Interlock #1: ", columns, gap);
+            interlock_2 = place_field("Interlock #2: ", columns);
         },
         [](Values& values) { return attempt_twice(LIB(GetHeatCtrlIlockState), &values.state); },
         [&](const Values& values) {
-            console.print_at(interlock_1, interlock_word(values.state, mask_of_1));
-            console.print_at(interlock_2, interlock_word(values.state, mask_of_2));
+            interlock_1.show(interlock_word(values.state, mask_of_1));
+            interlock_2.show(interlock_word(values.state, mask_of_2));
         });
 }

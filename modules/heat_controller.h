@@ -1,6 +1,7 @@
 /// The commands of the heat-controller in slot 0.
 #pragma once
 
+#include "frame/field.h"
 #include "frame/switches.h"
 #include "frame/terminal/console.h"
 #include "instrument/module_readings.h"
@@ -27,10 +28,8 @@ void show_heater_interlock_state(const Given&);
 
 /// Where a monitoring record is shown.
 struct MonitoringFields {
-    Place output_voltage, heater_voltage, current, temperature;
-    Place output_power, wire_power, heater_power, resistance;
-    int columns = 12;                ///< from the start of a value to the next label
-    bool own_rows = true;            ///< nothing else stands behind the last values of the two rows
+    Field output_voltage, heater_voltage, current, temperature;
+    Field output_power, wire_power, heater_power, resistance;
     int power_width = 7;             ///< of the powers of wires and heater, without their "W"
     const char* degrees = DEGREES_C; ///< unit of the temperature
 

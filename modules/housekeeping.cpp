@@ -87,29 +87,31 @@ void show_live(unsigned address, bool continuous, std::span<const Row> rows,
 
 } // namespace
 
-void HousekeepingQuantity::print(const ModuleHousekeeping& record, const char* degrees) const
+Color HousekeepingQuantity::color(const ModuleHousekeeping& record) const
 {
     const double number = record.*value;
-    if (supply == nullptr)
-        console.print(temperature_color(number), "%+6.1lf%s", number, degrees);
-    else if (with_sign)
-        console.print(supply->color(number), "%+*.3lfV", width, number);
-    else
-        console.print(supply->color(number), "%*.3lfV", width, number);
+    return supply != nullptr ? supply->color(number) : temperature_color(number);
+}
+
+void HousekeepingQuantity::print(const ModuleHousekeeping& record) const
+{
+    console.print(color(record), "%s", number_text(record.*value, format).c_str());
 }
 
 void HousekeepingFields::place(std::span<const LabelledQuantity> row)
 {
+    constexpr int columns = 11; // and a blank
     for (const LabelledQuantity& shown : row)
-        fields_.push_back({place_field(shown.label, columns), &shown.quantity});
+        fields_.push_back({place_field(shown.label, columns, 1), &shown.quantity});
 }
 
 void HousekeepingFields::show(const ModuleHousekeeping& record, const char* degrees) const
 {
-    for (const Field& field : fields_) {
-        console.move_to(field.place);
-        field.quantity->print(record, degrees);
-        console.blank_to_column(field.place.column + columns);
+    for (const auto& [field, quantity] : fields_) {
+        NumberFormat format = quantity->format;
+        if (quantity->supply == nullptr)
+            format.unit = degrees;
+        field.show(quantity->color(record), record.*quantity->value, format);
     }
 }
 

@@ -1,6 +1,7 @@
 /// What the modules tell of their own well-being: supply voltages, temperatures, CPU and LED.
 #pragma once
 
+#include "frame/field.h"
 #include "frame/switches.h"
 #include "frame/terminal/console.h"
 #include "instrument/module_readings.h"
@@ -26,36 +27,45 @@ void show_module_led_data(const Given&);
 struct HousekeepingQuantity {
     double ModuleHousekeeping::*value;
     const Supply* supply; ///< null = a temperature
-    int width = 0;        ///< of a voltage, with its "V" one more
-    bool with_sign = true;
+    NumberFormat format = {.width = 6, .decimals = 1, .unit = DEGREES_C, .sign = true};
 
-    /// Prints it at the cursor; `degrees` stands behind a temperature.
-    void print(const ModuleHousekeeping& record, const char* degrees = DEGREES_C) const;
+    [[nodiscard]] Color color(const ModuleHousekeeping& record) const;
+    /// Prints it at the cursor.
+    void print(const ModuleHousekeeping& record) const;
 };
 
 namespace housekeeping
 {
+
+[[nodiscard]] constexpr NumberFormat volts(int width, bool sign)
+{
+    return {.width = width, .decimals = 3, .unit = "V", .sign = sign};
+}
+
 inline constexpr HousekeepingQuantity plus_3_3 = {&ModuleHousekeeping::plus_3_3, &supply::plus_3_3,
-                                                  6, false};
-inline constexpr HousekeepingQuantity plus_5 = {&ModuleHousekeeping::plus_5, &supply::plus_5, 6,
-                                                false};
-inline constexpr HousekeepingQuantity plus_24 = {&ModuleHousekeeping::plus_24, &supply::plus_24, 7,
-                                                 false};
+                                                  volts(6, false)};
+inline constexpr HousekeepingQuantity plus_5 = {&ModuleHousekeeping::plus_5, &supply::plus_5,
+                                                volts(6, false)};
+inline constexpr HousekeepingQuantity plus_24 = {&ModuleHousekeeping::plus_24, &supply::plus_24,
+                                                 volts(7, false)};
 inline constexpr HousekeepingQuantity signed_3_3 = {&ModuleHousekeeping::plus_3_3,
-                                                    &supply::plus_3_3, 7};
-inline constexpr HousekeepingQuantity signed_5 = {&ModuleHousekeeping::plus_5, &supply::plus_5, 7};
+                                                    &supply::plus_3_3, volts(7, true)};
+inline constexpr HousekeepingQuantity signed_5 = {&ModuleHousekeeping::plus_5, &supply::plus_5,
+                                                  volts(7, true)};
 inline constexpr HousekeepingQuantity signed_24 = {&ModuleHousekeeping::plus_24, &supply::plus_24,
-                                                   8};
+                                                   volts(8, true)};
 inline constexpr HousekeepingQuantity minus_22 = {&ModuleHousekeeping::minus_22, &supply::minus_22,
-                                                  8};
-inline constexpr HousekeepingQuantity plus_18 = {&ModuleHousekeeping::plus_18, &supply::plus_18, 8};
+                                                  volts(8, true)};
+inline constexpr HousekeepingQuantity plus_18 = {&ModuleHousekeeping::plus_18, &supply::plus_18,
+                                                 volts(8, true)};
 inline constexpr HousekeepingQuantity minus_18 = {&ModuleHousekeeping::minus_18, &supply::minus_18,
-                                                  8};
-inline constexpr HousekeepingQuantity vc = {&ModuleHousekeeping::vc, &supply::vc, 7};
+                                                  volts(8, true)};
+inline constexpr HousekeepingQuantity vc = {&ModuleHousekeeping::vc, &supply::vc, volts(7, true)};
 inline constexpr HousekeepingQuantity analog_ground = {&ModuleHousekeeping::analog_ground,
-                                                       &supply::analog_ground, 7};
+                                                       &supply::analog_ground, volts(7, true)};
 inline constexpr HousekeepingQuantity cpu = {&ModuleHousekeeping::cpu, nullptr};
 inline constexpr HousekeepingQuantity psu = {&ModuleHousekeeping::psu, nullptr};
+
 } // namespace housekeeping
 
 struct LabelledQuantity {
@@ -73,11 +83,10 @@ public:
     void show(const ModuleHousekeeping& record, const char* degrees = DEGREES_C) const;
 
 private:
-    struct Field {
-        Place place;
+    struct Shown {
+        Field field;
         const HousekeepingQuantity* quantity;
     };
 
-    static constexpr int columns = 12;
-    std::vector<Field> fields_;
+    std::vector<Shown> fields_;
 };

@@ -88,7 +88,7 @@ void show_output(const Given& given)
     if (!succeeded(attempt_ranges(address, ranges)))
         return;
     OutputValues output;
-    Place voltage, current;
+    Field voltage, current;
     run_live_display<OutputValues>(
         {.continuous = given.capital,
          .on_key = [&](int key) -> Failure {
@@ -96,7 +96,7 @@ void show_output(const Given& given)
                                                        : Failure{};
          }},
         [&](LiveFields& fields) {
-            constexpr int columns_to_current = 26;
+            constexpr int gap = 2;
             const std::string title = "Output voltage & current of " + name;
             if (given.capital && !program.quiet) {
                 print_live_title(title, ", ", true);
@@ -108,8 +108,8 @@ void show_output(const Given& given)
             fields.place_rates(fine_rates_in_header);
             console.print("\r\n");
             console.skip(2);
-            voltage = place_field("Voltage: ", columns_to_current);
-            current = place_field("Current: ");
+            voltage = place_field("Voltage: ", measured_columns, gap);
+            current = place_field("Current: ", measured_columns);
         },
         [&](OutputValues& shown) {
             std::uint8_t data_ready = 0;
@@ -141,23 +141,24 @@ OutputDataFields place_output_data()
         console.skip(3);
     };
     // The columns of the first row are those of the rows below.
-    const auto place_at = [](Place above, int columns, const char* label) {
-        console.move_to_column(above.column + columns);
-        return place_field(label);
+    const auto place_at = [](const Field& above, int columns_from_there, const char* label,
+                             int columns = output_columns) {
+        console.move_to_column(above.place().column + columns_from_there);
+        return place_field(label, columns);
     };
     begin_row();
-    fields.period = place_field("PWM Period: ");
+    fields.period = place_field("PWM Period: ", output_columns);
     fields.width = place_at(fields.period, columns_to_second, "Width: ");
     fields.phase_measured = place_at(fields.width, columns_to_third, "Phase measured: ");
     fields.phase_set = place_at(fields.phase_measured, columns_to_fourth, "Phase set: ");
     begin_row();
-    fields.voltage = place_field("Voltage: ");
-    fields.current = place_at(fields.period, columns_to_second, "Current: ");
+    fields.voltage = place_field("Voltage: ", measured_columns);
+    fields.current = place_at(fields.period, columns_to_second, "Current: ", measured_columns);
     begin_row();
-    fields.measured = place_field("Measured: ");
+    fields.measured = place_field("Measured: ", output_columns);
     fields.set = place_at(fields.period, columns_to_second, "Set: ");
     fields.target = place_at(fields.width, columns_to_third, "Target: ");
-    fields.active = place_at(fields.phase_measured, columns_to_fourth, "Active: ");
+    fields.active = place_at(fields.phase_measured, columns_to_fourth, "Active: ", 3);
     return fields;
 }
 

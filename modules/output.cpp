@@ -41,67 +41,57 @@ void print_range_keys()
 namespace
 {
 
-// What a value may take: all of its field, so that a shorter one leaves no remains of a longer.
-constexpr int short_columns = 12;
-constexpr int long_columns = 24;
-
-void show_voltage(Place place, double volts)
-{
-    console.print_at(place, Color::value, "%+9.3lfV", volts);
-    console.blank_to_column(place.column + short_columns);
-}
+constexpr NumberFormat volts_format = {.width = 9, .decimals = 3, .unit = "V", .sign = true};
 
 /// Of a time in s.
-void show_microseconds(Place place, double seconds)
+void show_microseconds(const Field& field, double seconds)
 {
     constexpr double microseconds = 1e6;
-    console.print_at(place, Color::value, "%8.5lfus", seconds * microseconds);
-    console.blank_to_column(place.column + short_columns);
+    field.show(Color::value, seconds * microseconds, {.width = 8, .decimals = 5, .unit = "us"});
 }
 
 } // namespace
 
-void show_measured_voltage(Place place, const OutputValues& output)
+void show_measured_voltage(const Field& field, const OutputValues& output)
 {
     if (!output.has_voltage)
         return;
-    console.print_at(place, Color::value, "%+9.3lfV (%s)", output.voltage,
-                     output.voltage_ranges.polarity());
-    console.blank_to_column(place.column + long_columns);
+    NumberFormat format = volts_format;
+    format.unit = output.voltage_ranges.negative != 0 ? "V (negative)" : "V (positive)";
+    field.show(Color::value, output.voltage, format);
 }
 
-void show_measured_current(Place place, const OutputValues& output, int decimals)
+void show_measured_current(const Field& field, const OutputValues& output, int decimals)
 {
     constexpr int width_without_decimals = 7;
     if (!output.has_current)
         return;
-    console.print_at(place, Color::value, "%+*.*leA (%s", width_without_decimals + decimals,
-                     decimals, output.current, output.current_ranges.high != 0 ? "high)" : "low) ");
-    console.blank_to_column(place.column + long_columns);
+    field.show(Color::value, output.current,
+               {.width = width_without_decimals + decimals,
+                .decimals = decimals,
+                .unit = output.current_ranges.high != 0 ? "A (high)" : "A (low) ",
+                .sign = true,
+                .exponent = true});
 }
 
-void show_target(Place place, double volts)
+void show_target(const Field& field, double volts)
 {
-    if (volts < 0.0) {
-        console.print_at(place, Color::bad, "** off ** ");
-        console.blank_to_column(place.column + short_columns);
-    } else {
-        show_voltage(place, volts);
-    }
+    if (volts < 0.0)
+        field.show(Color::bad, "** off ** ");
+    else
+        field.show(Color::value, volts, volts_format);
 }
 
 namespace
 {
 
-void show_measured_voltage_or_overflow(Place place, const OutputValues& output)
+void show_measured_voltage_or_overflow(const Field& field, const OutputValues& output)
 {
     constexpr double overflow_volts = 10000.0;
-    if (output.has_voltage && std::fabs(output.voltage) >= overflow_volts) {
-        console.print_at(place, Color::bad, "* * * Overflow * * * ");
-        console.blank_to_column(place.column + long_columns);
-    } else {
-        show_measured_voltage(place, output);
-    }
+    if (output.has_voltage && std::fabs(output.voltage) >= overflow_volts)
+        field.show(Color::bad, "* * * Overflow * * * ");
+    else
+        show_measured_voltage(field, output);
 }
 
 } // namespace
@@ -109,16 +99,13 @@ void show_measured_voltage_or_overflow(Place place, const OutputValues& output)
 void OutputDataFields::show(const OutputData& data) const
 {
     show_target(target, data.target);
-    console.print_at(active, yes_no(data.pwm.active != 0));
-    show_voltage(set, data.pwm.voltage_set);
-    show_voltage(measured, data.pwm.voltage_measured);
+    active.show(yes_no(data.pwm.active != 0));
+    set.show(Color::value, data.pwm.voltage_set, volts_format);
+    measured.show(Color::value, data.pwm.voltage_measured, volts_format);
     show_microseconds(period, data.pwm.period);
-    if (width.row > 0)
-        show_microseconds(width, data.pwm.width);
-    if (phase_measured.row > 0)
-        show_microseconds(phase_measured, data.pwm.phase_measured);
-    if (phase_set.row > 0)
-        show_microseconds(phase_set, data.pwm.phase_set);
+    show_microseconds(width, data.pwm.width);
+    show_microseconds(phase_measured, data.pwm.phase_measured);
+    show_microseconds(phase_set, data.pwm.phase_set);
     show_measured_voltage_or_overflow(voltage, data.output);
     show_measured_current(current, data.output, 5);
 }

@@ -1,7 +1,7 @@
 /// How the live displays show the output of an HV-supply, and the keys that they have for it.
 #pragma once
 
-#include "frame/terminal/console.h"
+#include "frame/field.h"
 #include "instrument/supply_output.h"
 
 /// Changes the ranges as the keys P, N, H and L (in upper case) ask for; false for another key.
@@ -14,14 +14,18 @@ void print_key_pair(const char* first, const char* second, const char* meaning);
 /// white; stands behind the title of a display that has these keys.
 void print_range_keys();
 
-// ---- Values at their places ----
+// ---- Values in their fields ----
+
+/// Columns of a value that stands alone, and of one with its range.
+inline constexpr int output_columns = 12;
+inline constexpr int measured_columns = 24;
 
 /// With its polarity; nothing when none was measured.
-void show_measured_voltage(Place place, const OutputValues& output);
+void show_measured_voltage(const Field& field, const OutputValues& output);
 /// With its range; nothing when none was measured.
-void show_measured_current(Place place, const OutputValues& output, int decimals);
+void show_measured_current(const Field& field, const OutputValues& output, int decimals);
 /// "** off ** " when it is negative.
-void show_target(Place place, double volts);
+void show_target(const Field& field, double volts);
 
 /// All of an output: what it is set to, and what comes of it.
 struct OutputData {
@@ -30,12 +34,12 @@ struct OutputData {
     OutputValues output;
 };
 
-/// Where a display shows it, 10000 V or more of either sign as an overflow; a value without a place
-/// (row 0) is not shown.
+/// Where a display shows it, 10000 V or more of either sign as an overflow. What has no field is
+/// not shown.
 struct OutputDataFields {
-    Place period, width, phase_measured, phase_set;
-    Place voltage, current;
-    Place measured, set, target, active;
+    Field period, width, phase_measured, phase_set;
+    Field voltage, current;
+    Field measured, set, target, active;
 
     void show(const OutputData& data) const;
 };

@@ -44,10 +44,11 @@ void show_base_unit_state(const Given& given)
     struct Values {
         std::uint16_t state;
     };
-    constexpr RateLayout rates = {
-        "Polling rate:", "cycles/s     Mean response time:", MeanFormat::tenths_ms, 0, ""};
+    constexpr RateLayout rates = {"Polling rate:", "cycles/s     ",
+                                  "Mean response time:", mean_in_tenths_ms, 10};
+    constexpr int word_columns = 26;
     constexpr int columns_before_rates = 30;
-    Place word, active;
+    Field word, active;
     progress("Getting state of the base device:\r\n");
     run_live_display<Values>(
         {.title = "Base-device state",
@@ -55,19 +56,18 @@ void show_base_unit_state(const Given& given)
          .continuous = given.capital,
          .tidy_after_failure = false},
         [&](LiveFields& fields) {
-            word = console.place().right(1);
-            console.skip(columns_before_rates);
+            console.skip(1);
+            word = place_field("", word_columns, columns_before_rates - word_columns - 1);
             fields.place_rates(rates);
             console.print("\r\n");
             console.skip(2);
-            active = place_field("Device active: ");
+            active = place_field("Device active: ", 3);
         },
         // Made once, unlike the other calls to a module.
         [](Values& values) { return attempt(LIB(GetModuleState), base_unit, &values.state); },
         [&](const Values& values) {
-            console.move_to(word);
-            print_word(values.state, 16);
-            console.print_at(active, module_state_fields[0].word(values.state));
+            show_status_word(word, values.state, 16);
+            active.show(module_state_fields[0].word(values.state));
         });
 }
 

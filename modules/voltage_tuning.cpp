@@ -130,19 +130,21 @@ void Tuning::print_labels(LiveFields& fields)
     constexpr int first_column = 4;
     print_title(fields.continuous);
     const int last_row = console.place().row;
-    const auto place_at = [](Place place, const char* label) {
+    const auto place_at = [](Place place, const char* label, int columns = output_columns) {
         console.move_to(place);
-        return place_field(label);
+        return place_field(label, columns);
     };
-    console.move_to({last_row - 2, first_column});
+    const auto behind = [](const Field& field) { return field.place().right(columns_to_next); };
+    const Place upper = {last_row - 1, first_column};
+    console.move_to(upper.up(1));
     fields.place_rates(fine_rates_in_header);
-    places_.voltage = place_at({last_row - 1, first_column}, "Voltage: ");
-    places_.current = place_at(places_.voltage.right(columns_to_next), "Current: ");
-    places_.period = place_at(places_.current.right(columns_to_next), "PWM Period: ");
-    places_.measured = place_at({last_row, first_column}, "Measured: ");
-    places_.set = place_at({last_row, places_.voltage.column + columns_to_next}, "Set: ");
-    places_.target = place_at({last_row, places_.current.column + columns_to_next}, "Target: ");
-    places_.active = place_at(places_.target.right(columns_to_active), "Active: ");
+    places_.voltage = place_at(upper, "Voltage: ", measured_columns);
+    places_.current = place_at(behind(places_.voltage), "Current: ", measured_columns);
+    places_.period = place_at(behind(places_.current), "PWM Period: ");
+    places_.measured = place_at(upper.up(-1), "Measured: ");
+    places_.set = place_at(behind(places_.voltage).up(-1), "Set: ");
+    places_.target = place_at(behind(places_.current).up(-1), "Target: ");
+    places_.active = place_at(places_.target.place().right(columns_to_active), "Active: ", 3);
     console.flush();
     if (fields.continuous)
         flush_keys(); // nothing is switched by what was typed before anybody could see this

@@ -9,8 +9,10 @@
 ///
 /// Text. Bytes that form valid UTF-8 are shown as such, any other byte as code page 437 (byte F8h
 /// is the degree sign). CR, LF, TAB, BS and BEL act; every other control character is shown as a
-/// glyph. LF starts a new line at column 1, so does CR LF. Running text wraps at the right edge;
-/// a live display is clipped there instead.
+/// glyph. LF starts a new line at column 1, so does CR LF. Running text wraps at the right edge. A
+/// row of a live display may be of any length: what does not fit goes on in the next row of the
+/// screen, and is laid out again when the window changes (frame/terminal/folding.h). Only after
+/// clear_screen() are long rows clipped.
 ///
 /// When standard output is no terminal the model is the same, but what leaves it is plain text:
 /// each line once, in its final form.
@@ -18,7 +20,9 @@
 
 #include "frame/platform/platform.h"
 #include "frame/printf_format.h"
+#include "frame/terminal/cell.h"
 #include "frame/terminal/colors.h"
+#include "frame/terminal/folding.h"
 
 #include <cstdarg>
 #include <cstdint>
@@ -40,24 +44,6 @@ struct Place {
     [[nodiscard]] Place up(int rows) const { return {row - rows, column}; }
 
     bool operator==(const Place&) const = default;
-};
-
-/// In four bytes where the compiler packs it, because there are two for every column of every row.
-struct Cell {
-    char32_t character : 24 = U' '; ///< 0 = the right half of the wide character before it
-    Color color : 8 = Color::label;
-
-    Cell() = default;
-    Cell(char32_t new_character, Color new_color)
-        : character(new_character & 0xFF'FFFF), color(new_color)
-    {
-    }
-    bool operator==(const Cell& other) const
-    {
-        return character == other.character && color == other.color;
-    }
-    /// A blank looks the same in every colour.
-    [[nodiscard]] bool is_blank() const { return character == U' '; }
 };
 
 class Console
@@ -118,11 +104,16 @@ public:
 
     // ---- Live displays ----
 
-    /// From begin to end of a live display the cursor is hidden, text is clipped instead of
-    /// wrapped, and (when standard output is no terminal) nothing counts as final. Displays nest.
+    /// From begin to end of a live display the cursor is hidden, rows may be of any length, and
+    /// (when standard output is no terminal) nothing counts as final. Displays nest. Places that
+    /// were noted in a display are of no use after its end.
     void begin_display();
     /// `restore_cursor` false leaves the cursor hidden.
     void end_display(bool restore_cursor = true);
+    /// A part of the cursor's row that is not divided where the row goes on in the next one.
+    void keep_together(UnbrokenPart part);
+    /// In a pipe, tells at once what stands in the first row of a display that has just begun.
+    void release_title();
 
     // ---- Sending ----
 
@@ -142,8 +133,11 @@ public:
 
     [[nodiscard]] int first_row() const { return first_row_; }
     [[nodiscard]] int last_row() const { return first_row_ + static_cast<int>(rows_.size()) - 1; }
-    /// The cells of a row without trailing blanks.
+    /// The cells of a row of the screen without trailing blanks; those of a display since the last
+    /// flush.
     [[nodiscard]] std::vector<Cell> cells(int row) const;
+    /// Where the cursor is on the screen.
+    [[nodiscard]] Place cursor_on_screen() const;
 
 private:
     using Cells = std::vector<Cell>;
@@ -156,7 +150,24 @@ private:
         std::string released; ///< what plain output has of this row already
     };
 
+    /// A row of the display, whatever rows of the screen it takes.
+    struct DisplayRow {
+        Row row;
+        std::vector<UnbrokenPart> parts;
+        std::vector<int> starts; ///< of its pieces; empty = not laid out
+    };
+
     [[nodiscard]] Row* row_at(int row);
+    [[nodiscard]] Row* screen_row_at(int row);
+    /// True while the rows of a display are folded to the width of the window.
+    [[nodiscard]] bool folds() const { return terminal_ && display_depth_ > 0 && !cleared_; }
+    [[nodiscard]] Row& display_row_at(int row);
+    /// Divides the rows of the display that have changed among those of the screen.
+    void lay_out_display();
+    void lay_out_row(const DisplayRow& folded, int first_row);
+    void set_row(Row& row, Cells cells);
+    /// The rows of the display become ordinary rows of the screen.
+    void leave_display_rows();
     [[nodiscard]] int bottom_row() const; ///< last row of the screen or of the text so far
     [[nodiscard]] int first_reachable_row(int bottom) const;
     [[nodiscard]] bool wraps() const
@@ -206,6 +217,7 @@ private:
     int window_last_ = 0;
     int display_depth_ = 0;
     int display_first_ = 0; ///< row in which the outermost display began
+    std::deque<DisplayRow> display_rows_;
     bool bell_ = false;
     bool line_completed_ = false;
     std::int64_t due_flush_ms_ = 0; ///< of flush_when_due()
@@ -236,9 +248,6 @@ void print_value_line(const char* label, const char* format, ...) PRINTF_FORMAT(
 void print_failure(const char* format, ...) PRINTF_FORMAT(1, 2);
 /// Prints a finished line in yellow.
 void print_warning(const char* format, ...) PRINTF_FORMAT(1, 2);
-
-/// Prints a label, notes the place behind it and leaves that many columns free for its value.
-[[nodiscard]] Place place_field(const char* label, int columns = 0);
 
 /// A live display for as long as it exists: see Console::begin_display.
 class DisplayScope

@@ -112,6 +112,7 @@ bool Console::was_sent(std::size_t count)
 void Console::compose()
 {
     take_window_change();
+    lay_out_display();
     if (sent_cursor_visible_ && !cursor_visible_) {
         out_ += "\033[?25l";
         sent_cursor_visible_ = false;
@@ -135,8 +136,9 @@ void Console::compose()
     }
     if (cleared_ && sent_bottom_ < bottom_row()) // scrolls, also for rows that stay empty
         move_terminal_to(bottom_row(), 1);
-    const Place target = {std::min(cursor_.row, bottom_row()),
-                          std::clamp(cursor_.column, 1, size_.columns)};
+    const Place cursor = cursor_on_screen();
+    const Place target = {std::min(cursor.row, bottom_row()),
+                          std::clamp(cursor.column, 1, size_.columns)};
     const bool reachable = target.row >= first_reachable_row(sent_bottom_);
     if ((cursor_visible_ && reachable) || target.row > sent_bottom_)
         move_terminal_to(target.row, target.column);
@@ -174,6 +176,7 @@ void Console::finish()
 {
     color_ = Color::label;
     cursor_visible_ = true;
+    leave_display_rows();
     display_depth_ = 0;
     if (terminal_) {
         set_terminal_color(Color::label);
@@ -212,6 +215,9 @@ bool Console::take_window_change()
     }
     // A higher window need not show again what had scrolled away.
     floor_row_ = std::max(reached_before, first_reachable_row(sent_bottom_));
+    for (DisplayRow& line : display_rows_)
+        line.starts.clear();
+    lay_out_display();
     int row = display_depth_ > 0 ? display_first_ : cursor_.row;
     if (display_depth_ == 0 && cursor_.column == 1)
         --row; // the last line is most likely the question that waits for its answer

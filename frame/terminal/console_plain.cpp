@@ -67,3 +67,11 @@ void Console::flush_plain(bool for_wait)
     if (!out_.empty())
         (void)was_sent(platform::write_output(out_, 0));
 }
+
+void Console::release_title()
+{
+    if (terminal_ || cursor_.row != first_row_)
+        return;
+    release(rows_.front());
+    (void)was_sent(platform::write_output(out_, 0));
+}

@@ -42,6 +42,9 @@ TEST(Housekeeping, ColoursWhatIsOutOfTolerance)
         {"reply GetHousekeeping.temperaturePSU 9.9", "-pk", HasSubstr("PSU:   {C}+9.9\xC2\xB0")},
         {"reply GetHousekeeping.temperaturePSU -5", "-pk", HasSubstr("PSU:   {C}-5.0\xC2\xB0")},
         {"reply GetHousekeeping.voltage24 nan", "-pk", HasSubstr("24V:    {W}nanV")},
+        {"reply GetHousekeeping.voltage24 -inf", "-pk", HasSubstr("24V:   {C}-infV{.}  5V0:")},
+        {"reply GetHousekeeping.voltage24 1e300", "-pk", HasSubstr("24V:{M}1.0e+300V{.} 5V0:")},
+        {"reply GetHousekeeping.temperaturePSU inf", "-pk", HasSubstr("PSU:   {M}+inf\xC2\xB0")},
     });
 }
 

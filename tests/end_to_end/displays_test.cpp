@@ -16,8 +16,6 @@ namespace
 
 constexpr const char* opened = "COM3 opened for the communication stream\n";
 constexpr const char* completed = "Program completed\n";
-constexpr const char* header = "Device housekeeping, press Esc to quit: Polling rate:####### "
-                               "cycles/s, Mean response time:######ms\n";
 constexpr const char* marked_values =
     "  Voltages:  24V: {W}24.000V  {.}5V0: {C}4.800V  {.}3V3: {M}3.400V  {.}"
     "Temperature CPU:  {M}+65.5\xC2\xB0"
@@ -27,19 +25,22 @@ constexpr const char* marked_values =
 /// The display of the housekeeping as a terminal of that many columns shows it.
 std::string display(int columns)
 {
-    std::string text;
-    int column = 0;
-    for (const char c : std::string{header} + housekeeping_values) {
-        const bool continues = (c & 0xC0) == 0x80; // of a UTF-8 character
-        column += continues ? 0 : 1;
-        if (c == '\n') {
-            text.resize(text.find_last_not_of(' ') + 1);
-            column = 0;
-        }
-        if (column <= columns)
-            text += c;
-    }
-    return text;
+    if (columns <= 50)
+        return "Device housekeeping, press Esc to quit:\n"
+               "    Polling rate:####### cycles/s,\n"
+               "    Mean response time:######ms\n"
+               "  Voltages:  24V: 24.000V  5V0: 4.800V\n"
+               "    3V3: 3.400V  Temperature CPU:  +65.5\u00B0C\n"
+               "    PSU:   -1.0\u00B0C\n";
+    if (columns <= 100)
+        return "Device housekeeping, press Esc to quit: Polling rate:####### cycles/s,\n"
+               "    Mean response time:######ms\n"
+               "  Voltages:  24V: 24.000V  5V0: 4.800V  3V3: 3.400V  "
+               "Temperature CPU:  +65.5\u00B0C\n"
+               "    PSU:   -1.0\u00B0C\n";
+    return std::string{"Device housekeeping, press Esc to quit: Polling rate:####### cycles/s, "
+                       "Mean response time:######ms\n"} +
+           housekeeping_values;
 }
 
 TEST(Display, StandsWhereItBelongs)

@@ -336,7 +336,7 @@ TEST(Suspended, HandsTheTerminalBackAndTakesItAgain)
     terminal.send_signal(SIGCONT);
 
     ASSERT_TRUE(terminal.wait_until([&] {
-        const std::string row = terminal.screen.row(terminal.screen.row_of("$ fg") + 2);
+        const std::string row = terminal.screen.row(terminal.screen.row_of("$ fg") + 3);
         return row.find("24.000V") != std::string::npos;
     })) << terminal.screen.screen();
     EXPECT_FALSE(terminal.screen.cursor_visible());

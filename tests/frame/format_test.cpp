@@ -11,19 +11,47 @@ namespace
 TEST(Format, ColoursByDeviationAndRange)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
+    constexpr double no_number = std::numeric_limits<double>::quiet_NaN();
     const struct {
         double value, nominal, tolerance;
         Color color;
     } cases[] = {
-        {24.48, 24.0, 2.0, Color::value},    {24.4801, 24.0, 2.0, Color::above},
-        {23.52, 24.0, 2.0, Color::value},    {23.5199, 24.0, 2.0, Color::below},
+        {24.48, 24.0, 2.0, Color::value},      {24.4801, 24.0, 2.0, Color::above},
+        {23.52, 24.0, 2.0, Color::value},      {23.5199, 24.0, 2.0, Color::below},
         {-23.2, -22.0, 5.0, Color::above}, // further from 0 than it should be
-        {-20.8, -22.0, 5.0, Color::below},   {5.0, 0.0, 1.0, Color::value},
-        {infinity, 24.0, 2.0, Color::value},
+        {-20.8, -22.0, 5.0, Color::below},     {5.0, 0.0, 1.0, Color::value},
+        {infinity, 24.0, 2.0, Color::above},   {-infinity, 24.0, 2.0, Color::below},
+        {-infinity, -22.0, 5.0, Color::above}, {no_number, 24.0, 2.0, Color::value},
     };
     for (const auto& c : cases)
         EXPECT_EQ(deviation_color(c.value, c.nominal, c.tolerance), c.color) << c.value;
-    EXPECT_EQ(range_color(infinity, 10.0, 40.0), Color::value);
+    EXPECT_EQ(range_color(infinity, 10.0, 40.0), Color::above);
+    EXPECT_EQ(range_color(-infinity, 10.0, 40.0), Color::below);
+    EXPECT_EQ(range_color(no_number, 10.0, 40.0), Color::value);
+}
+
+TEST(Format, NumbersThatAreTooLongForTheirColumns)
+{
+    constexpr NumberFormat volts = {.width = 8, .decimals = 3, .unit = "V", .sign = true};
+    constexpr NumberFormat rate = {.width = 7, .decimals = 2};
+    constexpr NumberFormat amperes = {
+        .width = 10, .decimals = 3, .unit = "A", .sign = true, .exponent = true};
+    const struct {
+        double value;
+        NumberFormat format;
+        int columns;
+        const char* text;
+    } cases[] = {
+        {24.0, volts, 9, " +24.000V"},      {-100.0, volts, 9, "-100.000V"},
+        {-1000.0, volts, 9, "-1000.00V"},   {1e7, volts, 9, "+1.0e+07V"},
+        {99999.994, rate, 8, "99999.99"},   {99999.996, rate, 8, "100000.0"},
+        {1e8, rate, 8, "1.00e+08"},         {-1e300, volts, 8, "-1e+300V"},
+        {-1e300, volts, 7, "-1e300V"},      {-1e300, volts, 6, "######"},
+        {1e-9, amperes, 12, "+1.000e-09A"}, {-1e-300, amperes, 10, "-1.0e-300A"},
+        {4e9, {}, 10, "4000000000"},        {4e9, {}, 6, "4e+09"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(number_text(c.value, c.format, c.columns), c.text);
 }
 
 TEST(Format, Words)

@@ -2,6 +2,7 @@
 /// sessions that somebody else's choices lead, and compares.
 #pragma once
 
+#include "frame/field.h"
 #include "frame/terminal/console.h"
 #include "tests/support/terminal_emulator.h"
 #include "tests/support/virtual_platform.h"
@@ -92,8 +93,8 @@ private:
     void do_something()
     {
         note("print 0-3, write 4, at 5-7, move 8, skip 9, clear 10-12, window 13-14, display "
-             "15-16:");
-        const int kind = number(0, 17);
+             "15-16, field 18:");
+        const int kind = number(0, 18);
         if (kind <= 7) {
             const std::string printed = text();
             const Place place = kind <= 4 ? console.place() : somewhere();
@@ -132,6 +133,10 @@ private:
             console.end_display(number(0, 4) != 0);
         } else if (kind == 17) {
             do_something_rare();
+        } else if (kind == 18) {
+            const int columns = number(1, 8);
+            const Field field = place_field(" Field, of:", columns, number(0, 2));
+            field.show(Color::value, number(-100, 1000), {.width = 4, .decimals = number(0, 3)});
         }
         take_output();
     }
@@ -264,9 +269,10 @@ private:
         if (terminal_->cursor_visible() != console.cursor_visible())
             return is_wrong("the cursor's visibility");
         // Rows come into being when something is printed there.
-        const int model_row = std::min(console.place().row, console.last_row());
+        const Place cursor = console.cursor_on_screen();
+        const int model_row = std::min(cursor.row, console.last_row());
         const int row = std::min(terminal_row(model_row), terminal_->size().rows);
-        const int column = std::clamp(console.place().column, 1, terminal_->size().columns);
+        const int column = std::clamp(cursor.column, 1, terminal_->size().columns);
         if (!console.cursor_visible() || row < 1 || model_row < trusted_from_ ||
             model_row < console.first_row() || terminal_->cursor() == EmulatedCursor{row, column})
             return true;
