@@ -4,6 +4,7 @@
 #include "frame/format.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
+#include "frame/terminal/console.h"
 #include "protocol/sampling.h"
 
 #include <array>
@@ -128,6 +129,8 @@ constexpr std::array<StateWords, 4> state_words = {{
     {"UNKNOWN, OUTPUTS MAY STILL BE ON! The settings could not be restored", Color::bad},
 }};
 
+constexpr const char* state_label = "State of the instrument";
+
 } // namespace
 
 void report_state(Report& report, InstrumentState state)
@@ -135,7 +138,17 @@ void report_state(Report& report, InstrumentState state)
     if (state == InstrumentState::untouched)
         return;
     const StateWords& words = state_words[static_cast<std::size_t>(state)];
-    report.item({.label = "State of the instrument", .value = words.text, .color = words.color});
+    report.item({.label = state_label, .value = words.text, .color = words.color});
+}
+
+void repeat_bad_state(InstrumentState state)
+{
+    if (state != InstrumentState::disabled && state != InstrumentState::unknown)
+        return;
+    const StateWords& words = state_words[static_cast<std::size_t>(state)];
+    console.print("%s: ", state_label);
+    console.print(words.color, "%s", words.text);
+    console.print("\n");
 }
 
 bool run_on_saved_settings(Report& report, InstrumentState& state,
