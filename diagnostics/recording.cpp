@@ -6,12 +6,12 @@
 #include "frame/measurement_log.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
+#include "frame/quantity_fields.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "instrument/addresses.h"
 #include "instrument/module_readings.h"
-#include "modules/heat_controller.h"
-#include "modules/housekeeping.h"
+#include "instrument/quantities.h"
 
 #include <array>
 #include <cstdint>
@@ -44,11 +44,23 @@ constexpr RateLayout recording_rates = {
 // The degree sign alone stands behind a temperature here.
 constexpr const char* degrees = "\xF8";
 
-constexpr LabelledQuantity housekeeping_row[] = {{"Voltages: +3V3:", housekeeping::plus_3_3},
-                                                 {"5V0:", housekeeping::plus_5},
-                                                 {"24V:", housekeeping::plus_24},
-                                                 {"Temperatures: CPU:", housekeeping::cpu},
-                                                 {"PSU:", housekeeping::psu}};
+constexpr LabelledQuantity<ModuleHousekeeping> housekeeping_row[] = {
+    {"Voltages: +3V3:", housekeeping::plus_3_3},
+    {"5V0:", housekeeping::plus_5},
+    {"24V:", housekeeping::plus_24},
+    {"Temperatures: CPU:", housekeeping::cpu.in(degrees)},
+    {"PSU:", housekeeping::psu.in(degrees)}};
+
+constexpr LabelledQuantity<HeaterMonitoring> monitoring_row_1[] = {
+    {"Voltage output:", monitoring::output_voltage},
+    {"heater:", monitoring::heater_voltage},
+    {"Current:", monitoring::current},
+    {"Heater temperature:", monitoring::temperature.in(degrees)}};
+constexpr LabelledQuantity<HeaterMonitoring> monitoring_row_2[] = {
+    {"Power output:", monitoring::output_power},
+    {"wires:", monitoring::wire_power.as_wide_as(6)},
+    {"heater:", monitoring::heater_power.as_wide_as(6)},
+    {"Heater resistance:", monitoring::resistance}};
 
 /// The four rows on the screen.
 class RecordingDisplay
@@ -61,17 +73,11 @@ public:
         rates_ = place_rates(recording_rates);
         errors_ = place_field("Errors: ", 10);
         begin_row();
-        housekeeping_.place(housekeeping_row);
+        housekeeping_.place_row(housekeeping_row);
         begin_row();
-        monitoring_.output_voltage = place("Voltage output:");
-        monitoring_.heater_voltage = place("heater:");
-        monitoring_.current = place("Current:");
-        monitoring_.temperature = place("Heater temperature:");
+        monitoring_.place_row(monitoring_row_1);
         begin_row();
-        monitoring_.output_power = place("Power output:");
-        monitoring_.wire_power = place("wires:");
-        monitoring_.heater_power = place("heater:");
-        monitoring_.resistance = place("Heater resistance:");
+        monitoring_.place_row(monitoring_row_2);
         last_row_ = console.place().row;
     }
 
@@ -85,7 +91,7 @@ public:
         errors_.show(count != 0 ? Color::bad : Color::value, count, {});
     }
 
-    void show(const ModuleHousekeeping& sample) const { housekeeping_.show(sample, degrees); }
+    void show(const ModuleHousekeeping& sample) const { housekeeping_.show(sample); }
 
     void show(const HeaterMonitoring& sample) const { monitoring_.show(sample); }
 
@@ -103,12 +109,10 @@ private:
         console.skip(2);
     }
 
-    static Field place(const char* label) { return place_field(label, 11, 1); }
-
     RateFields rates_;
     Field errors_;
-    HousekeepingFields housekeeping_;
-    MonitoringFields monitoring_{.power_width = 6, .degrees = degrees};
+    QuantityFields<Quantity<ModuleHousekeeping>> housekeeping_;
+    QuantityFields<Quantity<HeaterMonitoring>> monitoring_;
     int last_row_ = 0;
 };
 

@@ -122,18 +122,18 @@ void draw_base_housekeeping(bool present, HousekeepingPlaces& places)
 void draw_monitoring(MonitoringPlaces& places)
 {
     constexpr int gap = 1;
-    MonitoringFields& values = places.values;
+    auto& values = places.values;
     go_to_column(first_value_column);
-    values.output_voltage = place_field("Voltage output:", heater_unit, gap);
-    values.heater_voltage = place_field("heater:", heater_unit, gap);
-    values.current = place_field("Current:", heater_unit, gap);
-    values.temperature = place_field("Heater temperature:", heater_degrees, gap);
-    values.output_power = place_field("Power output:  ", heater_unit, gap);
+    values.place("Voltage output:", monitoring::output_voltage, heater_unit, gap);
+    values.place("heater:", monitoring::heater_voltage, heater_unit, gap);
+    values.place("Current:", monitoring::current, heater_unit, gap);
+    values.place("Heater temperature:", monitoring::temperature, heater_degrees, gap);
+    values.place("Power output:  ", monitoring::output_power, heater_unit, gap);
     console.print("\r\n");
     go_to_column(second_row_column - 2); // the resistance needs the room
-    values.wire_power = place_field("wires: ", heater_unit, gap);
-    values.heater_power = place_field("heater: ", heater_unit, gap);
-    values.resistance = place_field("Heater resistance: ", heater_ohms);
+    values.place("wires: ", monitoring::wire_power, heater_unit, gap);
+    values.place("heater: ", monitoring::heater_power, heater_unit, gap);
+    values.place("Heater resistance: ", monitoring::resistance, heater_ohms);
     places.group = draw_group_at(group_column);
 }
 

@@ -2,9 +2,10 @@
 #pragma once
 
 #include "frame/live_display.h"
+#include "frame/quantity_fields.h"
 #include "frame/terminal/console.h"
+#include "instrument/quantities.h"
 #include "interactive/screen_readings.h"
-#include "modules/heat_controller.h"
 
 #include <array>
 
@@ -32,7 +33,7 @@ struct HousekeepingPlaces {
 };
 
 struct MonitoringPlaces {
-    MonitoringFields values;
+    QuantityFields<Quantity<HeaterMonitoring>> values;
     GroupPlaces group;
 };
 

@@ -3,11 +3,13 @@
 #include "frame/device_call.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
+#include "frame/quantity_fields.h"
 #include "instrument/addresses.h"
+#include "instrument/quantities.h"
 #include "instrument/words.h"
 
 #include <cstdint>
-#include <optional>
+#include <span>
 #include <string>
 
 namespace
@@ -196,56 +198,42 @@ void show_heater_hardware_limits(const Given&)
     print_value_line("  Maximum heater temperature: ", "%7.3lf" DEGREES_C, limits.temperature);
 }
 
-void MonitoringFields::show(const HeaterMonitoring& values) const
+namespace
 {
-    constexpr NumberFormat volts = {.width = 7, .decimals = 3, .unit = "V"};
-    constexpr NumberFormat amperes = {.width = 7, .decimals = 3, .unit = "A"};
-    constexpr NumberFormat ohms = {.width = 7, .decimals = 3, .unit = "Ohm"};
-    const auto watts = [](int width) {
-        return NumberFormat{.width = width, .decimals = 2, .unit = "W"};
-    };
-    output_voltage.show(Color::value, values.output_voltage, volts);
-    heater_voltage.show(Color::value, values.heater_voltage, volts);
-    current.show(Color::value, values.current, amperes);
-    temperature.show(Color::value, values.temperature,
-                     {.width = 8, .decimals = 2, .unit = degrees, .sign = true});
-    output_power.show(Color::value, values.output_power(), watts(7));
-    wire_power.show(Color::value, values.wire_power(), watts(power_width));
-    heater_power.show(Color::value, values.heater_power(), watts(power_width));
-    if (const std::optional<double> measured = values.heater_resistance())
-        resistance.show(Color::value, *measured, ohms);
-    else
-        resistance.show(Color::value, "     -");
-}
+
+constexpr LabelledQuantity<HeaterMonitoring> monitoring_row_1[] = {
+    {"Voltage output:", monitoring::output_voltage},
+    {"heater:", monitoring::heater_voltage},
+    {"Current:", monitoring::current},
+    {"Heater temperature:", monitoring::temperature}};
+constexpr LabelledQuantity<HeaterMonitoring> monitoring_row_2[] = {
+    {"Power output:  ", monitoring::output_power},
+    {"wires: ", monitoring::wire_power},
+    {"heater: ", monitoring::heater_power},
+    {"Heater resistance: ", monitoring::resistance}};
+
+} // namespace
 
 void show_heater_monitoring(const Given& given)
 {
     const std::string name = heat_controller_name();
-    MonitoringFields places;
+    QuantityFields<Quantity<HeaterMonitoring>> values;
     progress("Getting monitoring data of %s:\r\n", name.c_str());
     run_live_display<HeaterMonitoring>(
         {.title = "Monitoring of " + name, .continuous = given.capital, .key_first = true},
         [&](LiveFields& fields) {
-            const auto place = [](const char* label) { return place_field(label, 11, 1); };
             fields.place_rates(data_rates_in_header);
-            console.print("\r\n");
-            console.skip(2);
-            places.output_voltage = place("Voltage output:");
-            places.heater_voltage = place("heater:");
-            places.current = place("Current:");
-            places.temperature = place("Heater temperature:");
-            console.print("\r\n");
-            console.skip(2);
-            places.output_power = place("Power output:  ");
-            places.wire_power = place("wires: ");
-            places.heater_power = place("heater: ");
-            places.resistance = place("Heater resistance: ");
+            for (const auto& row : {std::span{monitoring_row_1}, std::span{monitoring_row_2}}) {
+                console.print("\r\n");
+                console.skip(2);
+                values.place_row(row);
+            }
         },
-        [](HeaterMonitoring& values) {
-            const Failure failed = attempt_monitoring(values);
-            return !failed && values.ready == 0 ? Reading::nothing_new() : Reading{failed};
+        [](HeaterMonitoring& record) {
+            const Failure failed = attempt_monitoring(record);
+            return !failed && record.ready == 0 ? Reading::nothing_new() : Reading{failed};
         },
-        [&](const HeaterMonitoring& values) { places.show(values); });
+        [&](const HeaterMonitoring& record) { values.show(record); });
 }
 
 void show_heater_interlock_state(const Given& given)

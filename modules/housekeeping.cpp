@@ -3,32 +3,34 @@
 #include "frame/device_call.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
+#include "frame/quantity_fields.h"
 #include "frame/terminal/console.h"
 #include "instrument/addresses.h"
 #include "instrument/module_readings.h"
+#include "instrument/quantities.h"
 #include "instrument/words.h"
 #include "modules/addressing.h"
 
 #include <cstdint>
+#include <span>
 #include <string>
 
 namespace
 {
 
-using Record = ModuleHousekeeping;
-using Row = std::span<const LabelledQuantity>;
 using namespace housekeeping;
+using Row = std::span<const LabelledQuantity<Record>>;
 
 // ---- One line a module ----
 
-constexpr LabelledQuantity base_unit_line[] = {{"+3V3:", plus_3_3}, {", CPU:", cpu}};
-constexpr LabelledQuantity heat_controller_line[] = {{"+3V3:", plus_3_3},
-                                                     {", +5V0:", plus_5},
-                                                     {", +24V:", plus_24},
-                                                     {", CPU:", cpu},
-                                                     {", PSU:", psu}};
+constexpr LabelledQuantity<Record> base_unit_line[] = {{"+3V3:", plus_3_3}, {", CPU:", cpu}};
+constexpr LabelledQuantity<Record> heat_controller_line[] = {{"+3V3:", plus_3_3},
+                                                             {", +5V0:", plus_5},
+                                                             {", +24V:", plus_24},
+                                                             {", CPU:", cpu},
+                                                             {", PSU:", psu}};
 // Kept: no "+" before 5V0, no comma between -22V and +18V.
-constexpr LabelledQuantity hv_supply_line[] = {
+constexpr LabelledQuantity<Record> hv_supply_line[] = {
     {"+3V3:", plus_3_3},   {", 5V0:", plus_5},         {", +24V:", plus_24},
     {", -22V:", minus_22}, {"+18V:", plus_18},         {", -18V:", minus_18},
     {", +Vc:", vc},        {", AGnd:", analog_ground}, {", CPU:", cpu}};
@@ -40,23 +42,29 @@ Row line_of(unsigned address)
     return address == heat_controller ? Row{heat_controller_line} : Row{hv_supply_line};
 }
 
+void print(const Quantity<Record>& quantity, const Record& record)
+{
+    const double value = quantity.value(record).value_or(0.0);
+    console.print(quantity.color(value), "%s", number_text(value, quantity.format).c_str());
+}
+
 // ---- Live displays ----
 
-constexpr LabelledQuantity heat_controller_row[] = {{"Voltages: +3V3:", plus_3_3},
-                                                    {"+5V0:", plus_5},
-                                                    {"+24V:", plus_24},
-                                                    {"Temperatures: CPU:", cpu},
-                                                    {"PSU:", psu}};
-constexpr LabelledQuantity hv_supply_row_1[] = {{"Voltages: +3V3:", signed_3_3},
-                                                {"+5V0:", signed_5},
-                                                {"+24V:", signed_24},
-                                                {"-22V:", minus_22},
-                                                {"+Vc:", vc}};
+constexpr LabelledQuantity<Record> heat_controller_row[] = {{"Voltages: +3V3:", plus_3_3},
+                                                            {"+5V0:", plus_5},
+                                                            {"+24V:", plus_24},
+                                                            {"Temperatures: CPU:", cpu},
+                                                            {"PSU:", psu}};
+constexpr LabelledQuantity<Record> hv_supply_row_1[] = {{"Voltages: +3V3:", signed_3_3},
+                                                        {"+5V0:", signed_5},
+                                                        {"+24V:", signed_24},
+                                                        {"-22V:", minus_22},
+                                                        {"+Vc:", vc}};
 // The first label ends where the one above it does.
-constexpr LabelledQuantity hv_supply_row_2[] = {{"          AGnd:", analog_ground},
-                                                {"+18V:", plus_18},
-                                                {"-18V:", minus_18},
-                                                {"Temperatures: CPU:", cpu}};
+constexpr LabelledQuantity<Record> hv_supply_row_2[] = {{"          AGnd:", analog_ground},
+                                                        {"+18V:", plus_18},
+                                                        {"-18V:", minus_18},
+                                                        {"Temperatures: CPU:", cpu}};
 constexpr Row heat_controller_rows[] = {heat_controller_row};
 constexpr Row hv_supply_rows[] = {hv_supply_row_1, hv_supply_row_2};
 
@@ -66,7 +74,7 @@ void show_live(unsigned address, bool continuous, std::span<const Row> rows,
                RecordReader attempt_record)
 {
     const std::string name = module_name(address);
-    HousekeepingFields values;
+    QuantityFields<Quantity<Record>> values;
     progress("Getting housekeeping data of %s:\r\n", name.c_str());
     run_live_display<Record>(
         {.title = "Housekeeping of " + name, .continuous = continuous, .key_first = true},
@@ -75,7 +83,7 @@ void show_live(unsigned address, bool continuous, std::span<const Row> rows,
             for (const Row row : rows) {
                 console.print("\r\n");
                 console.skip(2);
-                values.place(row);
+                values.place_row(row);
             }
         },
         [&](Record& record) {
@@ -86,34 +94,6 @@ void show_live(unsigned address, bool continuous, std::span<const Row> rows,
 }
 
 } // namespace
-
-Color HousekeepingQuantity::color(const ModuleHousekeeping& record) const
-{
-    const double number = record.*value;
-    return supply != nullptr ? supply->color(number) : temperature_color(number);
-}
-
-void HousekeepingQuantity::print(const ModuleHousekeeping& record) const
-{
-    console.print(color(record), "%s", number_text(record.*value, format).c_str());
-}
-
-void HousekeepingFields::place(std::span<const LabelledQuantity> row)
-{
-    constexpr int columns = 11; // and a blank
-    for (const LabelledQuantity& shown : row)
-        fields_.push_back({place_field(shown.label, columns, 1), &shown.quantity});
-}
-
-void HousekeepingFields::show(const ModuleHousekeeping& record, const char* degrees) const
-{
-    for (const auto& [field, quantity] : fields_) {
-        NumberFormat format = quantity->format;
-        if (quantity->supply == nullptr)
-            format.unit = degrees;
-        field.show(quantity->color(record), record.*quantity->value, format);
-    }
-}
 
 void show_module_housekeeping(const Given& given)
 {
@@ -134,9 +114,9 @@ void show_module_housekeeping(const Given& given)
                        if (!succeeded(failed))
                            return false;
                        module.print_label();
-                       for (const LabelledQuantity& shown : line_of(module.address)) {
-                           console.print("%s", shown.label);
-                           shown.quantity.print(record);
+                       for (const auto& [label, quantity] : line_of(module.address)) {
+                           console.print("%s", label);
+                           print(quantity, record);
                        }
                        return true;
                    });
