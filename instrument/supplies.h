@@ -36,10 +36,15 @@ inline constexpr Supply vc = {1.5, 1.0};
 inline constexpr Supply analog_ground = {0.0, 1.0}; ///< never out of tolerance: its nominal is 0
 } // namespace supply
 
-/// Colour of the temperature of a CPU or a power supply, in degrees Celsius.
+/// Between these a CPU or a power supply is as warm as it should be, in degrees Celsius.
+namespace good_temperature
+{
+inline constexpr double lowest = 10.0;
+inline constexpr double highest = 40.0;
+} // namespace good_temperature
+
+/// Colour of such a temperature.
 [[nodiscard]] inline Color temperature_color(double celsius)
 {
-    constexpr double coldest_good = 10.0;
-    constexpr double hottest_good = 40.0;
-    return range_color(celsius, coldest_good, hottest_good);
+    return range_color(celsius, good_temperature::lowest, good_temperature::highest);
 }

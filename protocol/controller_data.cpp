@@ -23,7 +23,7 @@ bool report_enable_state(Report& report)
         return false;
     // The words are padded to one length: nothing but the colon stands before them.
     const ColoredText& word = yes_no(enabled != 0);
-    report.item({.label = "Device enabled",
+    report.item({.label = report_text::device_enabled,
                  .value = word.text,
                  .color = word.color,
                  .divider = ":",
@@ -37,7 +37,7 @@ bool report_overall_state(Report& report, std::uint16_t& state)
     if (!call(LIB(GetState), &state))
         return false;
     const ColoredText word = overall_state_word(state);
-    report.item({.label = "Overall state",
+    report.item({.label = report_text::overall,
                  .value = hex_text(state, 4) + " = " + bare(word.text),
                  .color = word.color});
     return true;
@@ -65,7 +65,7 @@ bool report_power_monitors(Report& report)
     BareLabels labels;
     ReportItems items;
     add_fields(items, labels, power_monitor_fields, monitors);
-    report.group("Power monitor state", items);
+    report.group(report_text::power_monitors, items);
     return true;
 }
 
@@ -76,7 +76,7 @@ bool report_temperature_state(Report& report)
     if (!call(LIB(GetTemperatureState), &state))
         return false;
     BareLabels labels;
-    ReportItems items{{.label = "Temperature state", .value = word_text(state, 8)}};
+    ReportItems items{{.label = report_text::temperature_state, .value = word_text(state, 8)}};
     add_fields(items, labels, temperature_state_fields, state);
     report.items(items);
     return true;
@@ -91,7 +91,7 @@ bool report_inputs(Report& report)
     BareLabels labels;
     ReportItems items;
     add_fields(items, labels, input_level_fields, levels);
-    report.group("Device input levels", items);
+    report.group(report_text::inputs, items);
     return true;
 }
 
@@ -104,7 +104,7 @@ bool report_times(Report& report, const char* name, const char* label, const cha
     if (!succeeded(attempt_times(times)))
         return false;
     const ReportItem items[] = {{.label = label, .value = times.text(), .divider = divider},
-                                {.label = "total", .value = times.total_text()}};
+                                {.label = report_text::total, .value = times.total_text()}};
     report.items(items);
     return true;
 }
@@ -114,30 +114,30 @@ bool report_controller_state(Report& report, std::uint16_t& overall)
     using Byte = std::uint8_t;
     return report_enable_state(report) && report_overall_state(report, overall) &&
            report_led_data(report, {}) &&
-           report_state<Byte>(report, "device state", "Device state", LIB(GetDeviceState),
-                              {device_state_fields}) &&
-           report_state<std::uint16_t>(report, "interlock state", "Interlock state",
+           report_state<Byte>(report, "device state", report_text::device_state,
+                              LIB(GetDeviceState), {device_state_fields}) &&
+           report_state<std::uint16_t>(report, "interlock state", report_text::interlock_state,
                                        LIB(GetInterlockState),
                                        {heat_controller_interlock_fields,
                                         controller_interlock_fields, resulting_interlock_fields}) &&
            report_state<Byte>(report, "HV-PSU interlock enable mask",
-                              "HV-PSU interlock enable mask", LIB(GetHVsupplyInterlockEnable),
-                              {interlock_mask_fields}) &&
+                              report_text::hv_supply_interlock_mask,
+                              LIB(GetHVsupplyInterlockEnable), {interlock_mask_fields}) &&
            report_state<Byte>(report, "heat-controller interlock enable mask",
-                              "Heat-controller interlock enable mask",
+                              report_text::heat_controller_interlock_mask,
                               LIB(GetHeatCtrlInterlockEnable), {interlock_mask_fields}) &&
-           report_state<Byte>(report, "voltage state", "Voltage state", LIB(GetVoltageState),
-                              {voltage_state_fields}) &&
+           report_state<Byte>(report, "voltage state", report_text::voltage_state,
+                              LIB(GetVoltageState), {voltage_state_fields}) &&
            report_power_monitors(report) && report_temperature_state(report) &&
-           report_state<Byte>(report, "fan state", "Fan state", LIB(GetFanState),
+           report_state<Byte>(report, "fan state", report_text::fan_state, LIB(GetFanState),
                               {fan_state_fields}) &&
-           report_state<Byte>(report, "function of the slide switch 'Fan'",
-                              "Function of the slide switch 'Fan'", LIB(GetFanSwitchOverride),
-                              {fan_switch_fields}) &&
+           report_state<Byte>(report, "function of the slide switch 'Fan'", report_text::fan_switch,
+                              LIB(GetFanSwitchOverride), {fan_switch_fields}) &&
            report_inputs(report) &&
            // The second blank lets the two times stand below each other.
-           report_times(report, "uptime", "Device uptime", ":  ", attempt_uptime) &&
-           report_times(report, "operation time", "Operation time", ": ", attempt_operation_time);
+           report_times(report, "uptime", report_text::uptime, ":  ", attempt_uptime) &&
+           report_times(report, "operation time", report_text::operation_time, ": ",
+                        attempt_operation_time);
 }
 
 } // namespace

@@ -20,13 +20,13 @@ bool report_enabled(Report& report)
     std::uint8_t enabled = 0;
     if (!call(LIB(GetEnable), &enabled))
         return false;
-    report.text(std::string{"Device is "} + enabled_or_disabled(enabled != 0).text);
+    report.text(std::string{report_text::device_is} + enabled_or_disabled(enabled != 0).text);
     return may_go_on(report);
 }
 
 bool set_enable_and_check(Report& report, bool enable)
 {
-    report.paragraph(enable ? "Enabling the device..." : "Disabling the device...");
+    report.paragraph(enable ? report_text::enabling : report_text::disabling);
     if (!call(LIB(SetEnable), static_cast<std::uint8_t>(enable)) ||
         !wait(report, settling_ms::enabling, SpaceKey::ignored))
         return false;
@@ -38,14 +38,14 @@ bool set_enable_and_check(Report& report, bool enable)
         report.result("Device could not be " + state, Color::bad);
         return false;
     }
-    report.result("Device has been " + state, Color::label);
+    report.result(report_text::device_has_been + state, Color::label);
     return may_go_on(report);
 }
 
 /// Times how long transfers of a text take.
 bool measure_transfers(Report& report, const char* label, const char* sent)
 {
-    constexpr int transfers = 10;
+    constexpr int transfers = timed_transfers;
     Statistics times;
     RunningLine line{report, label};
     for (int number = 1; number <= transfers; ++number) {
@@ -75,34 +75,19 @@ bool measure_communication(Report& report)
     std::string block(64, '\0');
     std::iota(block.begin(), block.end(), ' ');
     report.end_section();
-    return measure_transfers(report, "Measuring communication response time", "") &&
-           measure_transfers(report, "Measuring communication transfer time", block.c_str());
+    return measure_transfers(report, report_text::response_time, "") &&
+           measure_transfers(report, report_text::transfer_time, block.c_str());
 }
-
-constexpr RecordChannel<CpuData> cpu_channels[] = {
-    {"load", &CpuData::load, &quantity::percent_of_one},
-    {"frequency", &CpuData::frequency, &quantity::megahertz},
-};
 
 bool measure_cpu(Report& report)
 {
     SampleSource source{
         .what = "CPU data", .channels = {}, .count = series::cpu.count, .fetch = {}};
-    sample_records<CpuData>(source, cpu_channels,
+    sample_records<CpuData>(source, channels::cpu,
                             [](CpuData& record) { return Sample{attempt_cpu_data(record)}; });
     report.end_section();
-    return take_series(report, "CPU data", {}, std::move(source));
+    return take_series(report, report_text::cpu_data, {}, std::move(source));
 }
-
-using Housekeeping = ControllerHousekeeping;
-
-constexpr RecordChannel<Housekeeping> housekeeping_channels[] = {
-    {"3V3", &Housekeeping::plus_3_3, &quantity::volts},
-    {"5V0", &Housekeeping::plus_5, &quantity::volts},
-    {"24V", &Housekeeping::plus_24, &quantity::volts},
-    {"CPU", &Housekeeping::cpu, &quantity::degrees},
-    {"PSU", &Housekeeping::psu, &quantity::degrees},
-};
 
 bool measure_housekeeping(Report& report)
 {
@@ -111,16 +96,17 @@ bool measure_housekeeping(Report& report)
                         .count = series::housekeeping.count,
                         .ready_bit = controller_ready_bit::housekeeping,
                         .fetch = {}};
-    sample_records<Housekeeping>(source, housekeeping_channels, [](Housekeeping& record) {
-        return Sample{attempt_controller_housekeeping(record)};
-    });
+    sample_records<ControllerHousekeeping>(
+        source, channels::controller_housekeeping, [](ControllerHousekeeping& record) {
+            return Sample{attempt_controller_housekeeping(record)};
+        });
     report.end_section();
-    return take_series(report, "Housekeeping data", {}, std::move(source));
+    return take_series(report, report_text::housekeeping, {}, std::move(source));
 }
 
 bool measure_fan(Report& report)
 {
-    constexpr const char* title = "Fan data";
+    constexpr const char* title = report_text::fan_data;
     bool has_failed = false;
     SampleSource source{.what = "fan data",
                         .channels = {{"speed set", &quantity::rpm},
@@ -141,8 +127,9 @@ bool measure_fan(Report& report)
     if (!collect(report, title, {}, {&source, 1}))
         return false;
     report_series(report, title, source,
-                  {{.label = "state",
-                    .value = has_failed ? "Fail" : "OK", // Kept: with a capital letter.
+                  {{.label = report_text::state,
+                    .value = has_failed ? report_text::fan_failed
+                                        : report_text::fan_good, // Kept: with a capital letter.
                     .color = has_failed ? Color::bad : Color::good}});
     return may_go_on(report);
 }

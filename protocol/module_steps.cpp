@@ -13,46 +13,13 @@ namespace
 
 bool measure_cpu_load(Report& report, unsigned address)
 {
-    return take_series(report, "CPU data", {},
+    return take_series(report, report_text::cpu_data, {},
                        {.what = "CPU data",
                         .channels = {{"load", &quantity::percent}},
                         .count = series::cpu.count,
                         .fetch = [address](std::span<double> values) {
                             return Sample{attempt(LIB(GetModuleCPUdata), address, &values[0])};
                         }});
-}
-
-using Record = ModuleHousekeeping;
-using HousekeepingChannel = RecordChannel<Record>;
-
-constexpr HousekeepingChannel base_unit_channels[] = {
-    {"3V3", &Record::plus_3_3, &quantity::volts},
-    {"CPU", &Record::cpu, &quantity::degrees},
-};
-constexpr HousekeepingChannel heat_controller_channels[] = {
-    {"3V3", &Record::plus_3_3, &quantity::volts}, {"5V0", &Record::plus_5, &quantity::volts},
-    {"24V", &Record::plus_24, &quantity::volts},  {"CPU", &Record::cpu, &quantity::degrees},
-    {"PSU", &Record::psu, &quantity::degrees},
-};
-constexpr HousekeepingChannel hv_supply_channels[] = {
-    {"3V3", &Record::plus_3_3, &quantity::volts},
-    {"5V0", &Record::plus_5, &quantity::volts},
-    {"+24V", &Record::plus_24, &quantity::volts},
-    {"-22V", &Record::minus_22, &quantity::volts},
-    {"+18V", &Record::plus_18, &quantity::volts},
-    {"-18V", &Record::minus_18, &quantity::volts},
-    {"1V5", &Record::vc, &quantity::volts},
-    {"A-Gnd", &Record::analog_ground, &quantity::volts},
-    {"CPU", &Record::cpu, &quantity::degrees},
-};
-
-std::span<const HousekeepingChannel> housekeeping_channels(unsigned address)
-{
-    if (address == base_unit)
-        return base_unit_channels;
-    if (address == heat_controller)
-        return heat_controller_channels;
-    return hv_supply_channels;
 }
 
 bool measure_housekeeping(Report& report, unsigned address)
@@ -62,18 +29,19 @@ bool measure_housekeeping(Report& report, unsigned address)
                         .count = series::housekeeping.count,
                         .ready_bit = ready_bit::housekeeping,
                         .fetch = {}};
-    sample_records<Record>(source, housekeeping_channels(address), [address](Record& record) {
-        const Failure failed = attempt_housekeeping(address, record);
-        return Sample{failed, record.valid != 0};
-    });
-    return take_series(report, "Housekeeping data", address, std::move(source));
+    sample_records<ModuleHousekeeping>(
+        source, channels::module_housekeeping(address), [address](ModuleHousekeeping& record) {
+            const Failure failed = attempt_housekeeping(address, record);
+            return Sample{failed, record.valid != 0};
+        });
+    return take_series(report, report_text::housekeeping, address, std::move(source));
 }
 
 /// Sets one thing of the ranges and tells what came of it.
 bool report_range(Report& report, const char* what, const char* wanted, bool is_so)
 {
     if (is_so)
-        report.result(std::string{what} + " range has been set to " + wanted, Color::label);
+        report.result(std::string{what} + report_text::range_has_been + wanted, Color::label);
     else
         report.result(std::string{what} + " range could not be set to " + wanted, Color::bad);
     return is_so;
@@ -91,11 +59,12 @@ bool measure_idle_supply(Report& report, unsigned address)
         return take_series(report, title, address, std::move(source));
     };
     return set(false, false) &&
-           measure("Output data (low range)", "current", current_source(address)) &&
+           measure(report_text::low_range_output, report_text::current, current_source(address)) &&
            set(false, true) &&
-           measure("Output data (high range)", "current", current_source(address)) &&
-           measure("Output data (positive)", "voltage", voltage_source(address)) &&
-           set(true, true) && measure("Output data (negative)", "voltage", voltage_source(address));
+           measure(report_text::high_range_output, report_text::current, current_source(address)) &&
+           measure(report_text::positive_output, report_text::voltage, voltage_source(address)) &&
+           set(true, true) &&
+           measure(report_text::negative_output, report_text::voltage, voltage_source(address));
 }
 
 /// The one value of a measurement at an output.
@@ -113,7 +82,7 @@ bool measure_slot(Report& report, unsigned slot)
     if (!measure_cpu_load(report, slot) || !measure_housekeeping(report, slot) ||
         !activate_and_check(report, slot, false))
         return false;
-    return slot == heat_controller ? measure_heater(report, "Monitoring data", false)
+    return slot == heat_controller ? measure_heater(report, report_text::monitoring, false)
                                    : measure_idle_supply(report, slot);
 }
 
@@ -125,9 +94,9 @@ bool run_idle_slot_steps(Report& report, const ProductData& data, unsigned slot)
     report.indent(true);
     bool passed = true;
     if (slot >= data.presence.slots() || !data.presence.has_slot(slot))
-        report.text("No module found, skipped", Color::warning);
+        report.text(report_text::no_module, Color::warning);
     else if (!data.fits(slot))
-        report.text("The device type does not fit the slot, skipped", Color::warning);
+        report.text(report_text::wrong_module, Color::warning);
     else
         passed = measure_slot(report, slot);
     report.indent(false);
@@ -142,7 +111,7 @@ void report_slot_heading(Report& report, unsigned slot)
 
 bool activate_and_check(Report& report, unsigned address, bool on)
 {
-    report.text(on ? "Activating the module..." : "Deactivating the module...");
+    report.text(on ? report_text::activating : report_text::deactivating);
     if (!call(LIB(SetModuleActivationState), address, static_cast<std::uint8_t>(on)))
         return false;
     std::uint8_t state = 0;
@@ -154,24 +123,26 @@ bool activate_and_check(Report& report, unsigned address, bool on)
         report.result("Module could not be " + wanted + '!', Color::bad);
         return false;
     }
-    report.result("Module has been " + wanted, Color::label);
+    report.result(report_text::module_has_been + wanted, Color::label);
     return may_go_on(report);
 }
 
 bool set_ranges_and_check(Report& report, unsigned address, MeasurementRanges ranges,
                           SpaceKey space)
 {
-    report.text("Setting measurement channels...");
+    report.text(report_text::setting_channels);
     if (!succeeded(attempt_to_set_ranges(address, ranges)) ||
         !wait(report, settling_ms::ranges, space))
         return false;
     MeasurementRanges read_back;
     if (!succeeded(attempt_ranges(address, read_back)))
         return false;
-    const bool current_is_set = report_range(report, "Current", ranges.current_range(),
-                                             (read_back.high != 0) == (ranges.high != 0));
-    const bool voltage_is_set = report_range(report, "Voltage", ranges.polarity(),
-                                             (read_back.negative != 0) == (ranges.negative != 0));
+    const bool current_is_set =
+        report_range(report, report_text::current_channel, ranges.current_range(),
+                     (read_back.high != 0) == (ranges.high != 0));
+    const bool voltage_is_set =
+        report_range(report, report_text::voltage_channel, ranges.polarity(),
+                     (read_back.negative != 0) == (ranges.negative != 0));
     return current_is_set && voltage_is_set && may_go_on(report);
 }
 
@@ -180,12 +151,12 @@ bool measure_heater(Report& report, const char* title, bool with_power)
     SampleSource source{.what = "monitoring data",
                         .channels = {{"output voltage", &quantity::volts},
                                      {"heater voltage", &quantity::volts},
-                                     {"current", &quantity::amperes}},
+                                     {report_text::current, &quantity::amperes}},
                         .count = series::monitoring.count,
                         .ready_bit = ready_bit::monitoring,
                         .fetch = {}};
     if (with_power)
-        source.channels.push_back({"power", &quantity::watts});
+        source.channels.push_back({report_text::power, &quantity::watts});
     source.channels.push_back({.label = "heater temperature",
                                .quantity = &quantity::fine_degrees,
                                .as_range = with_power});
@@ -231,9 +202,9 @@ bool run_base_unit_steps(Report& report, const ProductData& data)
     report.indent(true);
     bool passed = true;
     if (!data.presence.has_base_unit())
-        report.text("Not found, skipped", Color::warning);
+        report.text(report_text::base_unit_missing, Color::warning);
     else if (!data.has_base_unit_of_its_kind())
-        report.text("The device type is not that of a base unit, skipped", Color::warning);
+        report.text(report_text::no_base_unit, Color::warning);
     else
         passed = measure_cpu_load(report, base_unit) && measure_housekeeping(report, base_unit);
     report.indent(false);

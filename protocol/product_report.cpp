@@ -20,14 +20,16 @@ namespace
 
 bool report_run(Report& report)
 {
-    report.text("Test protocol created on " + timestamp());
+    report.text(report_text::created_on + timestamp());
     report.end_section();
     progress("Getting DLL version:\r\n");
-    report.item({.label = "DLL version", .value = version_text(device_library().version())});
+    report.item(
+        {.label = report_text::dll_version, .value = version_text(device_library().version())});
     report.end_section();
     const ReportItem port[] = {
-        {.label = "Used communication port", .value = formatted("COM%u", unsigned{program.port})},
-        {.label = "Data transfer rate", .value = formatted("%u baud", program.data_rate)}};
+        {.label = report_text::communication_port,
+         .value = formatted("COM%u", unsigned{program.port})},
+        {.label = report_text::data_rate, .value = formatted("%u baud", program.data_rate)}};
     report.items(port);
     report.end_section();
     return true;
@@ -61,7 +63,7 @@ bool report_module_scan(Report& report, ModulePresence& presence)
     std::uint8_t changed = 0;
     if (!call(LIB(GetScannedModuleState), &changed))
         return false;
-    report.item(word_item("Module state", scan_state_word(changed != 0)));
+    report.item(word_item(report_text::module_state, scan_state_word(changed != 0)));
     progress("Getting module-presence flags:\r\n");
     if (!succeeded(attempt_presence(presence)))
         return false;
@@ -73,7 +75,7 @@ bool report_module_scan(Report& report, ModulePresence& presence)
         if (!report_scanned_module(report, slot_text(slot), presence.flags[slot], slot))
             return false;
     }
-    return report_scanned_module(report, "Base unit",
+    return report_scanned_module(report, report_text::base_unit_name,
                                  presence.flags[ModulePresence::base_unit_index], base_unit);
 }
 
@@ -85,7 +87,8 @@ bool report_fpga_version(Report& report, unsigned address)
     std::uint32_t version = 0;
     if (!call(LIB(GetHVsupplyFpgaVersion), address, &version))
         return false;
-    report.item({.label = "FPGA version", .value = hv_supply_hardware::fpga_version_text(version)});
+    report.item({.label = report_text::fpga_version,
+                 .value = hv_supply_hardware::fpga_version_text(version)});
     return true;
 }
 
@@ -95,7 +98,7 @@ bool report_activation(Report& report, const ReportedUnit& unit)
     std::uint8_t on = 0;
     if (!call(LIB(GetModuleActivationState), *unit.address, &on))
         return false;
-    report.item(word_item("Activation state", on_off(on != 0)));
+    report.item(word_item(report_text::activation_state, on_off(on != 0)));
     return true;
 }
 
@@ -105,7 +108,8 @@ bool report_module_state(Report& report, const ReportedUnit& unit)
     std::uint16_t state = 0;
     if (!call(LIB(GetModuleState), *unit.address, &state))
         return false;
-    report_word(report, "Module state", state, 16, {module_state_fields_of(*unit.address)});
+    report_word(report, report_text::module_state, state, 16,
+                {module_state_fields_of(*unit.address)});
     return true;
 }
 
@@ -115,25 +119,25 @@ bool report_heat_controller(Report& report, const ReportedUnit& unit, HeaterLimi
     if (!succeeded(attempt_hardware_limits(maxima)))
         return false;
     const ReportItem limits[] = {
-        {.label = "voltage", .value = formatted("%.3lfV", maxima.voltage)},
-        {.label = "current", .value = formatted("%.3lfA", maxima.current)},
-        {.label = "power", .value = formatted("%.3lfW", maxima.power)},
-        {.label = "temperature",
+        {.label = report_text::voltage, .value = formatted("%.3lfV", maxima.voltage)},
+        {.label = report_text::current, .value = formatted("%.3lfA", maxima.current)},
+        {.label = report_text::power, .value = formatted("%.3lfW", maxima.power)},
+        {.label = report_text::temperature,
          .value = formatted("%.3lf" DEGREES_C, maxima.temperature),
          .file_value = formatted("%.3lf" DEGREES_C_IN_FILE, maxima.temperature)}};
-    report.group("Hardware limits", limits);
+    report.group(report_text::hardware_limits, limits);
     unit.announce("target heater power");
     double power = 0.0;
     if (!call(LIB(GetHeatCtrlHeaterPower), &power))
         return false;
-    report.item({.label = "Target heater power",
+    report.item({.label = report_text::target_power,
                  .value = power < 0.0 ? off_word.text : formatted("%.3lfW", power)});
     unit.announce("target heater temperature");
     double temperature = 0.0;
     if (!call(LIB(GetHeatCtrlHeaterTemperature), &temperature))
         return false;
     const bool off = temperature < 0.0;
-    report.item({.label = "Target heater temperature",
+    report.item({.label = report_text::target_temperature,
                  .value = off ? off_word.text : formatted("%.3lf" DEGREES_C, temperature),
                  .color = off ? off_word.color : Color::value,
                  .file_value = off ? "" : formatted("%.3lf" DEGREES_C_IN_FILE, temperature)});
@@ -146,16 +150,17 @@ bool report_hv_supply(Report& report, const ReportedUnit& unit)
     double volts = 0.0;
     if (!succeeded(attempt_target_voltage(*unit.address, volts)))
         return false;
-    report.item({.label = "Target output voltage",
+    report.item({.label = report_text::target_voltage,
                  .value = volts < 0.0 ? off_word.text : value_text(quantity::volts, volts),
                  .color = volts < 0.0 ? off_word.color : Color::value});
     unit.announce("measurement channels");
     MeasurementRanges ranges;
     if (!succeeded(attempt_ranges(*unit.address, ranges)))
         return false;
-    const ReportItem items[] = {{.label = "Voltage", .value = ranges.polarity()},
-                                {.label = "Current", .value = ranges.current_range()}};
-    report.group("Measurement channels", items);
+    const ReportItem items[] = {
+        {.label = report_text::voltage_channel, .value = ranges.polarity()},
+        {.label = report_text::current_channel, .value = ranges.current_range()}};
+    report.group(report_text::channels, items);
     return true;
 }
 
@@ -212,10 +217,10 @@ bool report_configurations(Report& report)
     std::uint16_t name_size = 0;
     if (!call(LIB(GetConfigValues), &sets, &data_size, &name_size))
         return false;
-    report.text("Configuration properties:");
+    report.text(report_text::configurations);
     report.indent(true);
-    report.item({.label = "Size of configuration data", .value = formatted("%u bytes", data_size)});
-    report.item({.label = "Size of configuration name", .value = formatted("%u bytes", name_size)});
+    report.item({.label = report_text::data_size, .value = formatted("%u bytes", data_size)});
+    report.item({.label = report_text::name_size, .value = formatted("%u bytes", name_size)});
     progress("Getting list of configurations:\r\n");
     ConfigFlagList active{};
     ConfigFlagList valid{};
@@ -230,8 +235,8 @@ bool report_configurations(Report& report)
             ++(active[i] != 0 ? active_count : deleted_count);
     }
     const ReportItem counts[] = {
-        {.label = "Number of active configurations", .value = formatted("%u", active_count)},
-        {.label = "Number of deleted configurations", .value = formatted("%u", deleted_count)}};
+        {.label = report_text::active_sets, .value = formatted("%u", active_count)},
+        {.label = report_text::deleted_sets, .value = formatted("%u", deleted_count)}};
     report.equal_items(counts);
     report.indent(false);
     report.end_section();

@@ -4,6 +4,7 @@
 
 #include "frame/bit_table.h"
 #include "protocol/report.h"
+#include "protocol/report_texts.h"
 
 #include <cstdint>
 #include <deque>
@@ -36,12 +37,7 @@ class BareLabels
 public:
     const char* bare_of(const char* label)
     {
-        std::string_view text = label;
-        while (!text.empty() && (text.front() == ' ' || text.front() == ','))
-            text.remove_prefix(1);
-        while (!text.empty() && (text.back() == ' ' || text.back() == ':'))
-            text.remove_suffix(1);
-        return texts_.emplace_back(text).c_str();
+        return texts_.emplace_back(report_text::bare_label(label)).c_str();
     }
 
 private:

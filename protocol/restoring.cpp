@@ -67,7 +67,7 @@ public:
         if (restored)
             state = InstrumentState::restored;
         (void)guarded([&] {
-            report_.text(restored ? "Current configuration data has been restored"
+            report_.text(restored ? report_text::settings_restored
                                   : "Current configuration data could not be restored",
                          restored ? Color::label : Color::bad);
             return true;
@@ -158,7 +158,7 @@ bool run_on_saved_settings(Report& report, InstrumentState& state,
     ConfigRecord saved{};
     if (!call(LIB(GetCurrentConfig), &saved))
         return false;
-    report.text("Current configuration data has been retrieved");
+    report.text(report_text::settings_saved);
     const platform::ProtectedRun until_restored;
     const bool passed = guarded(steps);
     // A terminal or a pipe keeps nobody waiting; a file on a disk that hangs would.

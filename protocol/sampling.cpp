@@ -235,7 +235,8 @@ void report_series(Report& report, const char* title, const SampleSource& source
                                                         : statistics_text(quantity, statistics)});
     }
     if (source.ready_bit)
-        items.push_back({.label = "period", .value = formatted("%.0lfms", source.period_ms())});
+        items.push_back(
+            {.label = report_text::period, .value = formatted("%.0lfms", source.period_ms())});
     report.group(title, items);
     report.flush();
 }

@@ -4,6 +4,7 @@
 #include "frame/failure.h"
 #include "frame/terminal/console.h"
 #include "protocol/report.h"
+#include "protocol/series.h"
 #include "protocol/statistics.h"
 
 #include <cstdint>
@@ -88,21 +89,13 @@ struct SampleSource {
     [[nodiscard]] double period_ms() const;
 };
 
-/// A channel that shows a member of a record.
-template <class Record>
-struct RecordChannel {
-    const char* label;
-    double Record::*value;
-    const QuantityFormat* quantity;
-};
-
 /// Gives a source its channels and the way to its samples: `read` fills a Record and returns what
 /// the call brought. `channels` must outlive the source.
 template <class Record, class Read>
-void sample_records(SampleSource& source, std::span<const RecordChannel<Record>> channels,
+void sample_records(SampleSource& source, std::span<const SeriesChannel<Record>> channels,
                     Read read)
 {
-    for (const RecordChannel<Record>& channel : channels)
+    for (const SeriesChannel<Record>& channel : channels)
         source.channels.push_back({channel.label, channel.quantity});
     source.fetch = [channels, read](std::span<double> values) {
         Record record;

@@ -15,16 +15,6 @@ bool set_target(unsigned address, double volts)
     return call(LIB(SetHVsupplyTargetOutputVoltage), address, volts);
 }
 
-/// The columns of the table in the file.
-namespace column
-{
-constexpr const char* target_set = "Target voltage set";
-constexpr const char* target_get = "Target voltage get";
-constexpr const char* voltage = "Measured voltage";
-constexpr const char* period = "Period";
-constexpr const char* current = "Measured current";
-} // namespace column
-
 /// One target: set, read back, settled, measured; a row of that table.
 bool measure_target(Report& report, unsigned address, unsigned volts)
 {
@@ -52,11 +42,11 @@ bool measure_target(Report& report, unsigned address, unsigned volts)
                           .file_value = statistics_text(quantity, statistics)};
     };
     const ReportItem items[] = {
-        {.label = column::target_set, .value = formatted("%uV", volts)},
-        {.label = column::target_get, .value = value_text(quantity::volts, read_back)},
-        measured(column::voltage, quantity::volts, voltage),
-        {.label = column::period, .value = formatted("%.0lfms", voltage.period_ms())},
-        measured(column::current, quantity::picoamperes, current)};
+        {.label = report_text::target_set, .value = formatted("%uV", volts)},
+        {.label = report_text::target_get, .value = value_text(quantity::volts, read_back)},
+        measured(report_text::measured_voltage, quantity::volts, voltage),
+        {.label = report_text::measured_period, .value = formatted("%.0lfms", voltage.period_ms())},
+        measured(report_text::measured_current, quantity::picoamperes, current)};
     constexpr std::size_t told_before = 2;
     report.row(items, told_before);
     report.flush();
@@ -71,11 +61,12 @@ bool measure_polarity(Report& report, unsigned address, std::uint32_t range, boo
         !set_ranges_and_check(report, address, ranges, SpaceKey::stops) ||
         !activate_and_check(report, address, true))
         return false;
-    report.text(formatted("Testing module %u output voltage, range %uV:", address, range));
+    report.text(formatted(report_text::testing_output, address, range));
     // Kept: "Data" with a capital letter, unlike everywhere else.
-    report.file_only(formatted("Output Data (%s):", ranges.polarity()));
-    report.columns(std::array{column::target_set, column::target_get, column::voltage,
-                              column::period, column::current});
+    report.file_only(formatted(report_text::output_table, ranges.polarity()));
+    report.columns(std::array{report_text::target_set, report_text::target_get,
+                              report_text::measured_voltage, report_text::measured_period,
+                              report_text::measured_current});
     const TargetSteps targets{range};
     for (unsigned number = 1; number <= targets.count; ++number) {
         if (!measure_target(report, address, number * targets.step))
@@ -83,7 +74,7 @@ bool measure_polarity(Report& report, unsigned address, std::uint32_t range, boo
     }
     if (!set_target(address, 0.0))
         return false;
-    report.item({.label = "Target output voltage", .value = "0V"});
+    report.item({.label = report_text::target_voltage, .value = report_text::zero_volts});
     return may_go_on(report);
 }
 

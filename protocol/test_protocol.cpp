@@ -21,22 +21,22 @@ namespace
 /// Waits until the device has been up long enough. The time shown meanwhile has no minutes.
 bool wait_for_uptime(Report& report, std::int64_t expected_steps_ms)
 {
-    constexpr std::uint32_t needed_seconds = 100;
     RunTimes uptime;
     if (!succeeded(attempt_uptime(uptime)))
         return false;
-    if (uptime.seconds < needed_seconds) {
-        console.print("Waiting for uptime of %us, press ", needed_seconds);
+    if (uptime.seconds < needed_uptime_seconds) {
+        console.print("%s%us, press ", report_text::waiting_for_uptime, needed_uptime_seconds);
         console.print(Color::value, "SPACE");
         console.print(" to abort...\n");
         report.end_section();
-        report.file_only(formatted("Waiting for uptime of %us...", needed_seconds));
+        report.file_only(
+            formatted("%s%us...", report_text::waiting_for_uptime, needed_uptime_seconds));
         report.flush();
         flush_keys(); // what was typed before was not meant for this
-        report.expect_end_in((needed_seconds - uptime.seconds) * std::int64_t{1'000} +
+        report.expect_end_in((needed_uptime_seconds - uptime.seconds) * std::int64_t{1'000} +
                              expected_steps_ms);
-        RunningLine line{report, "Device uptime"};
-        while (uptime.seconds < needed_seconds) {
+        RunningLine line{report, report_text::uptime};
+        while (uptime.seconds < needed_uptime_seconds) {
             line.show(formatted("%u.%02u sec.", uptime.seconds, uptime.milliseconds / 10U));
             constexpr std::int64_t interval_ms = 50;
             if (!wait_until(platform::tick_ms() + interval_ms, true)) {
@@ -49,7 +49,7 @@ bool wait_for_uptime(Report& report, std::int64_t expected_steps_ms)
         }
         line.clear();
     }
-    report.item({.label = "Device uptime", .value = uptime.text()});
+    report.item({.label = report_text::uptime, .value = uptime.text()});
     return true;
 }
 
@@ -60,7 +60,7 @@ bool report_uptime(Report& report, bool on_console)
     if (!succeeded(attempt_uptime(uptime)))
         return false;
     if (on_console) {
-        report.item({.label = "Device uptime", .value = uptime.text()});
+        report.item({.label = report_text::uptime, .value = uptime.text()});
     } else {
         report.file_only("Device uptime:\t" + uptime.text());
         report.end_section();
@@ -90,7 +90,7 @@ void report_success(Report& report, std::int64_t duration_ms)
 {
     // Rounded before it is split: there is no "1:60.0s".
     const std::int64_t tenths = (duration_ms + 50) / 100;
-    report.text(formatted("Test protocol successfully completed within %.1lfs (%u:%.1lfs)",
+    report.text(formatted("%s%.1lfs (%u:%.1lfs)", report_text::completed,
                           static_cast<double>(tenths) / 10.0, static_cast<unsigned>(tenths / 600),
                           static_cast<double>(tenths % 600) / 10.0),
                 Color::good);
@@ -100,11 +100,11 @@ void report_success(Report& report, std::int64_t duration_ms)
 void report_abort(Report& report, const FirstFailure& failure, InstrumentState state)
 {
     if (failure.is_noted()) { // the console has the error report
-        report.file_only("First error:\t" + failure.function() + ": " +
+        report.file_only(report_text::first_error + failure.function() + ": " +
                          latin1_text(failure.message()));
         report.end_section();
     }
-    report.text("*** Test protocol aborted due to an error ***", Color::bad);
+    report.text(report_text::aborted, Color::bad);
     report_state(report, state);
 }
 

@@ -2,13 +2,13 @@
 
 #include "frame/format.h"
 #include "instrument/addresses.h"
-#include "instrument/controller_hardware.h"
 #include "instrument/controller_readings.h"
 #include "instrument/device_types.h"
-#include "instrument/module_hardware.h"
 #include "instrument/presence.h"
 #include "instrument/words.h"
+#include "protocol/hardware_text.h"
 #include "protocol/report_items.h"
+#include "protocol/report_texts.h"
 
 namespace
 {
@@ -21,75 +21,17 @@ const char* device_type_name(const ReportedUnit& unit, std::uint16_t code)
     return type != nullptr ? type->name : nullptr;
 }
 
-ReportItems decoded_controller(std::uint32_t word, BareLabels& labels)
-{
-    ReportItems items{
-        {.label = "NVM size", .value = formatted("%uKiB", controller_hardware::memory_size(word))}};
-    add_fields(items, labels, controller_hardware::fields, word);
-    return items;
-}
-
-ReportItems decoded_base_unit(std::uint32_t word)
-{
-    using namespace base_unit_hardware;
-    return {{.label = "supply voltage", .value = formatted("%uV", supply_voltage.of(word))},
-            {.label = "maximum power", .value = formatted("%uW", maximum_power.of(word))},
-            {.label = "slot number", .value = formatted("%u", slots.of(word))},
-            {.label = "fan number", .value = formatted("%u", fans.of(word))}};
-}
-
-ReportItems decoded_heat_controller(std::uint32_t word)
-{
-    using namespace heat_controller_hardware;
-    return {
-        {.label = "supply voltage", .value = formatted("%.4lfV", supply_voltage(word))},
-        {.label = "maximum supply current", .value = formatted("%.4lfA", maximum_current(word))},
-        {.label = "interlock number", .value = formatted("%u", interlocks.of(word))},
-        {.label = "channel number", .value = formatted("%u", channels.of(word))}};
-}
-
-ReportItems decoded_hv_supply(std::uint32_t word)
-{
-    using namespace hv_supply_hardware;
-    const std::uint32_t unipolar = unipolar_outputs.of(word);
-    return {
-        {.label = "voltage range", .value = formatted("%uV", voltage_range.of(word))},
-        {.label = "output", .value = output_kind(word)},
-        {.label = "number of current ranges", .value = formatted("%u", current_ranges.of(word))},
-        {.label = "lowest current range",
-         .value = formatted("1E%dA", lowest_current_exponent(word))},
-        {.label = "highest current range",
-         .value = formatted("1E%dA", highest_current_exponent(word))},
-        {.label = "bipolar outputs", .value = formatted("%u", bipolar_outputs.of(word))},
-        // Kept: both numbers come from one field of the word, see unipolar_outputs.
-        {.label = "positive outputs", .value = formatted("%u", unipolar)},
-        {.label = "negative outputs", .value = formatted("%u", unipolar)}};
-}
-
 /// The hardware type with the name that is made of it and its properties, as far as the device
 /// type tells what it means.
 void report_hardware_type(Report& report, const ReportedUnit& unit, const UnitKind& kind)
 {
-    const std::uint32_t word = kind.hardware_type;
-    std::string name;
-    ReportItems properties;
-    BareLabels labels;
-    if (!unit.address) {
-        properties = decoded_controller(word, labels);
-    } else if (kind.device_type == module_type::base_unit) {
-        name = base_unit_hardware::type_name(word) +
-               formatted(", %uV", base_unit_hardware::supply_voltage.of(word));
-        properties = decoded_base_unit(word);
-    } else if (kind.device_type == module_type::heat_controller) {
-        name = heat_controller_hardware::type_name(word);
-        properties = decoded_heat_controller(word);
-    } else if (kind.device_type == module_type::hv_supply) {
-        name = hv_supply_hardware::type_name(word);
-        properties = decoded_hv_supply(word);
-    }
-    const std::string shown = hex_text(word, 8) + (name.empty() ? "" : " (" + name + ')');
-    properties.insert(properties.begin(), {.label = "Hardware type", .value = shown});
-    report.items(properties);
+    const HardwareText text = unit.address
+                                  ? module_hardware_text(kind.device_type, kind.hardware_type)
+                                  : controller_hardware_text(kind.hardware_type);
+    ReportItems items{{.label = report_text::hardware_type, .value = text.word}};
+    for (const HardwareProperty& property : text.properties)
+        items.push_back({.label = property.label.c_str(), .value = property.value});
+    report.items(items);
 }
 
 } // namespace
@@ -100,25 +42,26 @@ bool report_identification(Report& report, const ReportedUnit& unit)
     ProductIdText identification;
     if (!unit.ask(LIB(GetProductID), LIB(GetModuleProductID), &identification))
         return false;
-    report.item({.label = "Product identification",
+    report.item({.label = report_text::product_identification,
                  .value = identification.text(),
                  .file_value = latin1_text(identification.text())});
     unit.announce("product number");
     std::int32_t number = 0;
     if (!unit.ask(LIB(GetProductNo), LIB(GetModuleProductNo), &number))
         return false;
-    report.item({.label = "Product number", .value = formatted("%d", number)});
+    report.item({.label = report_text::product_number, .value = formatted("%d", number)});
     unit.announce("firmware version");
     std::uint16_t version = 0;
     if (!unit.ask(LIB(GetFwVersion), LIB(GetModuleFwVersion), &version))
         return false;
-    report.item({.label = "Firmware version", .value = version_text(version)});
+    report.item({.label = report_text::firmware_version, .value = version_text(version)});
     unit.announce("firmware date");
     FirmwareDateText date;
     if (!unit.ask(LIB(GetFwDate), LIB(GetModuleFwDate), &date))
         return false;
-    report.item(
-        {.label = "Firmware date", .value = date.text(), .file_value = latin1_text(date.text())});
+    report.item({.label = report_text::firmware_date,
+                 .value = date.text(),
+                 .file_value = latin1_text(date.text())});
     return true;
 }
 
@@ -128,7 +71,7 @@ bool report_kind(Report& report, const ReportedUnit& unit, UnitKind& kind)
     if (!unit.ask(LIB(GetDevType), LIB(GetModuleDevType), &kind.device_type))
         return false;
     const char* name = device_type_name(unit, kind.device_type);
-    report.item({.label = "Device type",
+    report.item({.label = report_text::device_type,
                  .value = hex_text(kind.device_type, 4) +
                           (name != nullptr ? std::string{" ("} + name + ')' : "")});
     unit.announce("hardware type");
@@ -139,7 +82,7 @@ bool report_kind(Report& report, const ReportedUnit& unit, UnitKind& kind)
     std::uint16_t version = 0;
     if (!unit.ask(LIB(GetHwVersion), LIB(GetModuleHwVersion), &version))
         return false;
-    report.item({.label = "Hardware version", .value = version_text(version)});
+    report.item({.label = report_text::hardware_version, .value = version_text(version)});
     return true;
 }
 
@@ -151,7 +94,7 @@ bool report_manufacturing_date(Report& report, const ReportedUnit& unit)
     if (!unit.ask(LIB(GetManufDate), LIB(GetModuleManufDate), &year, &week))
         return false;
     report.item(
-        {.label = "Product manufacturing date", .value = manufacturing_date_text(year, week)});
+        {.label = report_text::manufacturing_date, .value = manufacturing_date_text(year, week)});
     return true;
 }
 
@@ -168,9 +111,9 @@ bool report_led_data(Report& report, const ReportedUnit& unit)
     const bool green = led.green != 0;
     const bool blue = led.blue != 0;
     const ReportItem items[] = {
-        word_item("Red", on_off(red)), word_item("Green", on_off(green)),
-        word_item("Blue", on_off(blue)),
-        ReportItem{.label = "Color", .value = led_color_name(red, green, blue)}};
-    report.group(unit.address ? "LED data" : "LED data of the base device", items);
+        word_item(report_text::red, on_off(red)), word_item(report_text::green, on_off(green)),
+        word_item(report_text::blue, on_off(blue)),
+        ReportItem{.label = report_text::color, .value = led_color_name(red, green, blue)}};
+    report.group(unit.address ? report_text::leds : report_text::base_leds, items);
     return true;
 }
