@@ -36,7 +36,7 @@ test_windows() {
     trap - EXIT
 }
 
-need_tools "${build_tools[@]}" "${test_tools[@]}"
+need_tools "${build_tools[@]}" "${companion_tools[@]}" "${test_tools[@]}"
 [ $# -gt 0 ] || set -- debug sanitize
 for preset in "$@"; do
     if [ "$preset" = windows ]; then

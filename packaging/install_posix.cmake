@@ -1,6 +1,6 @@
 # What is installed where (cmake --install), and the Debian package (tools/package.sh).
 #
-#   bin/KOV-Controller
+#   bin/KOV-Controller, bin/kov
 #   lib/kov-controller/maker/                     for the maker's library, which is found first
 #   lib/kov-controller/simulator/libCOM-KOV-CTRL.so
 #   share/kov-controller/scenarios/               for the simulated instrument
@@ -42,6 +42,15 @@ install(FILES completions/KOV-Controller.bash RENAME KOV-Controller
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES completions/_KOV-Controller DESTINATION ${zsh_folder})
 
+if(TARGET kov)
+  install(TARGETS kov RUNTIME DESTINATION bin)
+  install_compressed(docs/kov.1 ${CMAKE_INSTALL_MANDIR}/man1 kov.1)
+  install(FILES docs/kov-report.schema.json DESTINATION ${document_folder}/docs)
+  install(FILES completions/kov.bash RENAME kov
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+  install(FILES completions/_kov DESTINATION ${zsh_folder})
+endif()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kov-controller)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -52,7 +61,8 @@ a base device with a heat-controller, up to three high-voltage supplies, fans,
 interlocks and a memory of configuration sets.
 .
 A simulated instrument comes with it, behind the interface of the maker's
-device library, so that every command can be tried without hardware.")
+device library, so that every command can be tried without hardware. The
+companion kov judges, compares and follows reports of the acceptance test.")
 set(CPACK_PACKAGE_CONTACT "KOV-Controller developers <developers@kov-controller.invalid>")
 set(CPACK_PACKAGE_VENDOR "KOV-Controller developers")
 set(CPACK_STRIP_FILES ON)

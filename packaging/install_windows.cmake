@@ -1,13 +1,18 @@
 # What is installed where on Windows, and the zip that a user unpacks and runs ("cpack" in the build
 # folder). The program looks for the device library in its own folder alone.
 #
-#   KOV-Controller.exe, COM-KOV-CTRL.dll
+#   KOV-Controller.exe, COM-KOV-CTRL.dll, kov.exe
 #   scenarios/                  for the simulated instrument
 #   README.md, docs/            the guide, and what it refers to
 install(TARGETS KOV-Controller COM-KOV-CTRL RUNTIME DESTINATION . LIBRARY DESTINATION .)
 install(DIRECTORY simulator/scenarios DESTINATION .)
 install(FILES README.md DESTINATION .)
 install(FILES docs/simulated-instrument.md DESTINATION docs) # as README.md says
+
+if(TARGET kov)
+  install(TARGETS kov RUNTIME DESTINATION .)
+  install(FILES docs/kov-report.schema.json DESTINATION docs)
+endif()
 
 set(CPACK_GENERATOR ZIP)
 set(CPACK_PACKAGE_NAME ${PROJECT_NAME})

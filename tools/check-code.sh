@@ -11,12 +11,12 @@ cd "$source_folder"
 format_tools=("clang-format-14 clang-format-14" "mandoc mandoc")
 tidy_tools=("clang-tidy-14 clang-tidy-14")
 cppcheck_tools=("cppcheck cppcheck")
-folders=(bench config controller devlib diagnostics frame instrument interactive modules protocol simulator tests)
+folders=(bench companion config controller devlib diagnostics frame instrument interactive modules protocol simulator tests)
 
 check_layout() {
     need_tools "${format_tools[@]}"
     find "${folders[@]}" -name '*.cpp' -o -name '*.h' | xargs clang-format-14 --dry-run -Werror
-    mandoc -Tlint -Wwarning docs/KOV-Controller.1
+    mandoc -Tlint -Wwarning docs/KOV-Controller.1 docs/kov.1
 }
 
 # The sources that are built, as the compiler gets them.
@@ -77,7 +77,7 @@ check_all() {
 
 # clang-tidy needs compile_commands.json, and what the build generates.
 prepare_analysis() {
-    need_tools "${build_tools[@]}" "${test_tools[@]}" "${tidy_tools[@]}"
+    need_tools "${build_tools[@]}" "${companion_tools[@]}" "${test_tools[@]}" "${tidy_tools[@]}"
     build debug all
 }
 

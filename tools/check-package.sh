@@ -4,7 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-need_tools "${build_tools[@]}" "${package_tools[@]}"
+need_tools "${build_tools[@]}" "${companion_tools[@]}" "${package_tools[@]}"
 package=${1:-$("$source_folder/tools/package.sh")}
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
@@ -33,7 +33,7 @@ dpkg_there --install "$package"
 program=$root/usr/bin/KOV-Controller
 
 # Compiled and linked with what makes a fault harder to exploit.
-for file in "$program" "$root/usr/lib/kov-controller/simulator/libCOM-KOV-CTRL.so"; do
+for file in "$program" "$root/usr/bin/kov" "$root/usr/lib/kov-controller/simulator/libCOM-KOV-CTRL.so"; do
     elf=$(readelf --wide --file-header --segments --dynamic --dyn-syms "$file")
     for sign in 'Type: *DYN' GNU_RELRO BIND_NOW __stack_chk_fail '__[a-z]*_chk\b'; do
         grep -q "$sign" <<<"$elf" || fail "$file was built without $sign"
@@ -62,6 +62,9 @@ done
 output=$(run_there 3 -p -T) || fail "the installed program ended with status $?"
 grep -q '^Product identification: KOV-CTRL, .*, simulated$' <<<"$output" ||
     fail "the installed program printed: $output"
+verdict=$("$root/usr/bin/kov" report check "$source_folder/tests/protocol/expected_report.txt" || true)
+grep -q 'slot3/steps  *The device type does not fit the slot' <<<"$verdict" ||
+    fail "the installed companion printed: $verdict"
 zcat "$root/usr/share/man/man1/KOV-Controller.1.gz" | grep -q '^\.Sh EXIT STATUS' ||
     fail "no manual page"
 

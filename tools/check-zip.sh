@@ -4,7 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-need_tools "${build_tools[@]}" "${windows_tools[@]}"
+need_tools "${build_tools[@]}" "${companion_tools[@]}" "${windows_tools[@]}"
 build windows all
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
@@ -26,12 +26,12 @@ cd "$folder"/*/
 
 present=$(find . -type f | sort)
 scenarios=$(cd "$source_folder/simulator" && find scenarios -type f -printf './%p\n')
-expected=$(printf '%s\n' ./KOV-Controller.exe ./COM-KOV-CTRL.dll ./README.md \
-    ./docs/simulated-instrument.md "$scenarios" | sort)
+expected=$(printf '%s\n' ./KOV-Controller.exe ./COM-KOV-CTRL.dll ./kov.exe ./README.md \
+    ./docs/simulated-instrument.md ./docs/kov-report.schema.json "$scenarios" | sort)
 [ "$present" = "$expected" ] ||
     fail "the zip holds other files: $(diff <(echo "$expected") <(echo "$present") || true)"
 
-for file in KOV-Controller.exe COM-KOV-CTRL.dll; do
+for file in KOV-Controller.exe COM-KOV-CTRL.dll kov.exe; do
     needs=$(x86_64-w64-mingw32-objdump -p "$file" | sed -n 's/.*DLL Name: //p')
     others=$(grep -viE '^(kernel32|msvcrt|ntdll|user32|advapi32|shell32|COM-KOV-CTRL)\.dll$' \
         <<<"$needs" || true)
@@ -44,5 +44,9 @@ if is_there "$wine"; then
         WINEDLLOVERRIDES=mscoree,mshtml= timeout 120 "$wine" KOV-Controller.exe 3 -p -T </dev/null 2>/dev/null)
     grep -q '^Product identification: KOV-CTRL, Controller' <<<"$output" ||
         fail "the unpacked program printed: $output"
+    verdict=$(WINEPREFIX=$source_folder/build/windows/wine WINEDEBUG=-all timeout 120 "$wine" kov.exe report \
+        check "Z:$source_folder/tests/protocol/expected_report.txt" 2>/dev/null || true)
+    grep -q 'slot3/steps  *The device type does not fit the slot' <<<"$verdict" ||
+        fail "the unpacked companion printed: $verdict"
 fi
 echo "The zip is whole: $(basename "$zip")"

@@ -5,7 +5,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-need_tools "${build_tools[@]}" "${package_tools[@]}"
+need_tools "${build_tools[@]}" "${companion_tools[@]}" "${package_tools[@]}"
 if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
     SOURCE_DATE_EPOCH=$(git -C "$source_folder" log -1 --format=%ct 2>/dev/null) ||
         SOURCE_DATE_EPOCH=$(date -d "$(sed -n 's/^ -- .*>  //p' \

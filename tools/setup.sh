@@ -5,6 +5,9 @@ source_folder=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # A tool or file, and the Debian package that brings it.
 build_tools=("g++ g++" "cmake cmake" "ninja ninja-build")
+# The companion's libraries; the utility does not need them.
+companion_tools=("/usr/include/CLI/CLI.hpp libcli11-dev"
+                 "/usr/include/nlohmann/json.hpp nlohmann-json3-dev")
 test_tools=("/usr/include/gtest/gtest.h libgtest-dev" "/usr/include/gmock/gmock.h libgmock-dev"
             "/usr/include/vterm.h libvterm-dev" "pkg-config pkg-config")
 package_tools=("dpkg-shlibdeps dpkg-dev" "fakeroot fakeroot" "file file")

@@ -33,4 +33,24 @@ expect 'other.txt' 3 -hs o
 expect 'y|n' 3 -MA0 ''
 expect '' 3 -VV1 -
 expect '' 3 nothing
+
+source "$1/completions/kov.bash"
+expect_kov() {
+    local expected=$1 offered
+    shift
+    COMP_WORDS=(kov "$@") COMP_CWORD=$# COMPREPLY=()
+    _kov kov "${!#}" "${COMP_WORDS[COMP_CWORD - 1]}"
+    offered=$(IFS='|' && echo "${COMPREPLY[*]}")
+    [ "$offered" = "$expected" ] && return
+    echo "kov $*: expected $expected, got $offered" >&2
+    failed=1
+}
+
+expect_kov 'report' r
+expect_kov 'check' report c
+expect_kov '--json|--junit' report check --j
+expect_kov 'other.txt' report check --html x.html o
+expect_kov 'other.txt' report diff --limits o
+expect_kov '--key' report trend --k
+expect_kov '' report limits o
 [ "$failed" -eq 0 ]

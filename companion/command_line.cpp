@@ -1,0 +1,125 @@
+#include "companion/command_line.h"
+
+#include "companion/library.h"
+#include "companion/report/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
+#include <functional>
+#include <sstream>
+
+namespace companion
+{
+
+namespace
+{
+
+/// What the command line asks for; the one of its subcommands that was given sets it.
+using Action = std::function<int(const Surroundings&)>;
+
+CLI::App* add_command(CLI::App& parent, const char* name, const char* description)
+{
+    CLI::App* command = parent.add_subcommand(name, description);
+    command->set_version_flag("--version", "kov " KOV_VERSION);
+    return command;
+}
+
+void add_limits_option(CLI::App* command, std::string& file)
+{
+    command->add_option("--limits", file, "Judge by the limits of this file")->type_name("FILE");
+}
+
+void add_check(CLI::App& report, CheckRequest& request, Action& action)
+{
+    CLI::App* command = add_command(report, "check", "Judge reports: PASS, FAIL or INCOMPLETE");
+    add_limits_option(command, request.limits);
+    command->add_option("--json", request.json, "Write JSON")->type_name("OUT");
+    command->add_option("--junit", request.junit, "Write JUnit XML")->type_name("OUT");
+    command->add_option("--html", request.html, "Write a page to read and to print")
+        ->type_name("OUT");
+    command->add_flag("-v,--verbose", request.all_facts, "Show all facts");
+    command->add_flag("--simulated", request.accept_simulated,
+                      "Let reports of the simulated instrument pass");
+    command->add_option("REPORT", request.reports, "Report files, - for standard input")
+        ->required()
+        ->type_name("");
+    command->callback([&] {
+        action = [&](const Surroundings& outside) { return check_reports(request, outside); };
+    });
+}
+
+void add_diff(CLI::App& report, DiffRequest& request, Action& action)
+{
+    CLI::App* command = add_command(report, "diff", "What changed between two reports");
+    add_limits_option(command, request.limits);
+    command->add_option("OLD", request.before, "The older report")->required()->type_name("");
+    command->add_option("NEW", request.now, "The newer report")->required()->type_name("");
+    command->callback([&] {
+        action = [&](const Surroundings& outside) { return compare_reports(request, outside); };
+    });
+}
+
+void add_trend(CLI::App& report, TrendRequest& request, Action& action)
+{
+    CLI::App* command = add_command(report, "trend", "How values move from report to report");
+    add_limits_option(command, request.limits);
+    command->add_option("--key", request.key, "Show the keys that fit this pattern")
+        ->type_name("GLOB");
+    command->add_option("--html", request.html, "Write a page to read and to print")
+        ->type_name("OUT");
+    command->add_option("--sql", request.sql, "Write SQL for SQLite")->type_name("OUT");
+    command->add_option("FOLDER-OR-REPORT", request.sources, "Reports, or folders of them")
+        ->required()
+        ->type_name("");
+    command->callback([&] {
+        action = [&](const Surroundings& outside) { return follow_reports(request, outside); };
+    });
+}
+
+void add_limits(CLI::App& report, std::string& file, Action& action)
+{
+    CLI::App* command = add_command(report, "limits", "Print the limits in force");
+    add_limits_option(command, file);
+    command->callback(
+        [&] { action = [&](const Surroundings& outside) { return print_limits(file, outside); }; });
+}
+
+} // namespace
+
+int run(const std::vector<std::string>& arguments, const Surroundings& outside)
+{
+    CLI::App app{"Judges and draws what KOV-Controller wrote", "kov"};
+    app.set_version_flag("--version", "kov " KOV_VERSION);
+    app.require_subcommand(1);
+    Action action;
+    add_command(app, "library", "Which device library the utility would load")->callback([&] {
+        action = show_library;
+    });
+    CLI::App* report = add_command(app, "report", "Reports of the acceptance test");
+    report->require_subcommand(1);
+    CheckRequest check;
+    add_check(*report, check, action);
+    DiffRequest diff;
+    add_diff(*report, diff, action);
+    TrendRequest trend;
+    add_trend(*report, trend, action);
+    std::string limits_file;
+    add_limits(*report, limits_file, action);
+
+    try {
+        app.parse(std::vector<std::string>{arguments.rbegin(), arguments.rend()});
+        return action(outside);
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream out, err;
+        const int status = app.exit(error, out, err);
+        (void)outside.out(out.str());
+        (void)outside.err(err.str());
+        return status == 0 ? 0 : wrong_usage;
+    } catch (const std::exception& error) {
+        outside.complain(error.what());
+        return wrong_usage;
+    }
+}
+
+} // namespace companion

@@ -1,0 +1,15 @@
+/// The companion's command line.
+#pragma once
+
+#include "companion/output.h"
+
+#include <string>
+#include <vector>
+
+namespace companion
+{
+
+/// Runs a command line, without the program's name. Returns the exit status.
+[[nodiscard]] int run(const std::vector<std::string>& arguments, const Surroundings& outside);
+
+} // namespace companion

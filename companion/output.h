@@ -1,0 +1,72 @@
+/// Where the companion writes: results to standard output or a file, messages to standard error.
+#pragma once
+
+#include "frame/terminal/colors.h"
+
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace companion
+{
+
+/// Takes bytes; false when they cannot be written.
+using Sink = std::function<bool(std::string_view)>;
+
+/// What the outside gives to a run of the companion.
+struct Surroundings {
+    Sink out, err;
+    bool colored = false;
+    std::string today; ///< "2027-06-30"
+
+    /// A line on standard error.
+    void complain(std::string_view message) const { err("kov: " + std::string{message} + '\n'); }
+};
+
+/// Text for standard output, buffered, with colours where they are shown.
+class Printer
+{
+public:
+    Printer(const Sink& sink, bool colored) : sink_{sink}, colored_{colored} {}
+
+    void print(std::string_view text);
+    void print(Color color, std::string_view text);
+    /// Hands on what was printed. False when something could not be written.
+    [[nodiscard]] bool flush();
+
+private:
+    const Sink& sink_;
+    bool colored_;
+    bool good_ = true;
+    std::string buffer_;
+};
+
+/// A file that is written piece by piece; "-" is standard output.
+class TextFile
+{
+public:
+    TextFile() = default;
+    ~TextFile();
+    TextFile(const TextFile&) = delete;
+    TextFile& operator=(const TextFile&) = delete;
+
+    /// False, with a message, when it cannot be created.
+    [[nodiscard]] bool open(const std::string& name, const Surroundings& outside);
+    [[nodiscard]] bool is_open() const { return outside_ != nullptr; }
+    void write(std::string_view text);
+    /// False, with a message, when not all of it could be written.
+    [[nodiscard]] bool close();
+
+private:
+    std::string name_;
+    const Surroundings* outside_ = nullptr;
+    std::FILE* file_ = nullptr; ///< null = standard output
+    bool good_ = true;
+};
+
+/// Reads a whole file, standard input for "-". False, with a message, when that is not possible.
+[[nodiscard]] bool read_whole_file(const std::string& name, const Surroundings& outside,
+                                   std::string& bytes);
+
+} // namespace companion

@@ -1,0 +1,24 @@
+/// Texts in the encodings and notations that the companion reads and writes.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace companion
+{
+
+/// A text of ISO 8859-1, as the utility's files have it, in UTF-8. Control characters, which no
+/// sound file holds, become '?'.
+[[nodiscard]] std::string utf8(std::string_view latin1);
+
+/// UTF-8 for an element or a quoted attribute of XML or HTML; control characters and broken UTF-8,
+/// of which XML knows no form, become '?'.
+[[nodiscard]] std::string escaped_markup(std::string_view text);
+
+/// A text of the user's (a file name, a reason) as valid UTF-8: what is none becomes '?'.
+[[nodiscard]] std::string valid_utf8(std::string_view text);
+
+/// The shortest decimal form that reads back as the same number; "" for what is no finite number.
+[[nodiscard]] std::string number_text(double value);
+
+} // namespace companion

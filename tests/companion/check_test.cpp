@@ -1,0 +1,342 @@
+#include "frame/device_library.h"
+#include "tests/companion/companion_trial.h"
+#include "tests/support/temporary_file.h"
+#include "tests/support/trial.h"
+
+#include <algorithm>
+#include <cmath>
+
+using companion::Outcome;
+using companion::Verdict;
+
+namespace
+{
+
+TEST(ReportCheck, TellsFaultyInstrumentsFromSoundOnes)
+{
+    const struct {
+        const char* line;
+        std::string finding; ///< a part of what is found; empty = it passes
+    } cases[] = {
+        {"latency 45", ""},
+        {"uptime 95", ""},
+        {"slot1.voltage 270", "slot1/output/positive/600V/error: -330 V"},
+        {"slot1.current 0", "slot1/output/positive/load: inf GOhm\n"},
+        {"slot1.load 1e9", "slot1/output/positive/load: 0.99"},
+        {"heater.heat_capacity 1e9", "slot0/heater/unlimited/temperature-span: 0"},
+        {"voltage24 24.6", "controller/housekeeping/24V: 24.6"},
+        {"slot0.voltage33 3.22", "slot0/housekeeping/3V3: 3.2"},
+        {"slot1.analog_ground 0.5", "slot1/housekeeping/a-gnd: 0.5"},
+        {"slot1.cpu_temperature 49", "slot1/housekeeping/CPU: 49"},
+        {"fan.measured 700", "controller/fan/speed-error: -1500 rpm"},
+        {"reply GetModuleDevType.type@2 4711", "slot2/steps: The device type does not fit"},
+        {"reply GetScannedModuleParams.savedProductNo@1 4711", "slot1/scan/product-number: fail"},
+        {"slot3.present 2", "the test was aborted: \"Error detected, continuation not possible!\""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        Scenario lines = {"latency 30", c.line};
+        const bool is_of_the_others = lines[1].find("slot3") == 0 || lines[1].find("@2") < 99;
+        if (!is_of_the_others)
+            lines.insert(lines.begin(), short_run.begin(), short_run.end());
+        const JudgedReport judged{acceptance_report(lines)};
+        const bool was_aborted = c.finding.find("aborted") != std::string::npos;
+        EXPECT_EQ(judged.verdict(), c.finding.empty() ? Verdict::pass
+                                    : was_aborted     ? Verdict::incomplete
+                                                      : Verdict::fail);
+        EXPECT_THAT(judged.findings(), HasSubstr(c.finding));
+        EXPECT_EQ(judged.findings().empty(), c.finding.empty()) << judged.findings();
+    }
+}
+
+TEST(ReportCheck, PassesSoundInstrumentsWithWhateverModules)
+{
+    constexpr unsigned units = 5; // base unit, slots 0 to 3
+    for (unsigned there = 0; there < 1U << units; ++there) {
+        SCOPED_TRACE(there);
+        Scenario lines = {"latency 40"};
+        for (unsigned unit = 0; unit < units; ++unit)
+            lines.push_back("reply GetModulePresence.flags[" + std::to_string((unit + 4) % units) +
+                            "] " + std::to_string(there >> unit & 1));
+        const JudgedReport judged{acceptance_report(lines)};
+        const bool has_module = there >> 1 != 0;
+        EXPECT_EQ(judged.findings(), has_module ? "" : "modules: none\n");
+    }
+}
+
+TEST(ReportCheck, NeverPassesWhatIsNotWhole)
+{
+    const std::string whole =
+        acceptance_report({"latency 40", "uptime 95", "reply GetModulePresence.flags[2] 0",
+                           "reply GetModuleDevType.type@3 56092"});
+    const JudgedReport judged{whole,
+                              "waive slot3/steps until 2026-03-15 \"sits in the wrong slot\"\n"};
+    ASSERT_EQ(judged.verdict(), Verdict::pass);
+    const auto verdict = [&](std::string bytes) {
+        const companion::Report report = companion::read_report("", std::move(bytes));
+        return companion::judge(report, judged.limits, {"2026-03-14", true}).verdict;
+    };
+    for (std::size_t begin = 0; begin < whole.size();) {
+        const std::size_t end = whole.find('\n', begin) + 1;
+        const std::string line = whole.substr(begin, end - begin);
+        const std::string before = whole.substr(0, begin);
+        const std::string behind = whole.substr(end);
+        EXPECT_NE(verdict(before + behind), Verdict::pass) << "without " << line;
+        EXPECT_EQ(verdict(before + line + line + behind), Verdict::incomplete) << "twice " << line;
+        EXPECT_EQ(verdict(before + line + "\t?\n" + behind), Verdict::incomplete) << line;
+        // Where a line is cut makes no difference, but in the last one.
+        const std::size_t step =
+            end == whole.size() ? 1 : std::max<std::size_t>(1, line.size() - 1);
+        for (std::size_t length = begin; length < end; length += step)
+            EXPECT_NE(verdict(whole.substr(0, length)), Verdict::pass) << length;
+        begin = end;
+    }
+    std::string other_ends;
+    for (const char c : whole)
+        other_ends += c == '\n' ? std::string{"\r\n"} : std::string{c};
+    EXPECT_EQ(verdict(other_ends), Verdict::pass);
+}
+
+TEST(ReportCheck, AnAbortedTestIsIncompleteWhereverItEnds)
+{
+    Trial trial{"latency 40"};
+    int made = 0;
+    for (const char* function :
+         {"GetProductID", "GetModuleFwDate", "GetConfigList", "GetCurrentConfig", "SetEnable",
+          "Test", "GetCPUdata", "GetFanData", "GetBaseHousekeeping", "GetHeatCtrlMonitoring",
+          "SetHVsupplyMeasRanges", "GetHVsupplyOutputCurrent", "SetHeatCtrlPowerLimit",
+          "SetHVsupplyTargetOutputVoltage", "SetCurrentConfig"}) {
+        for (const char* when : {" at 1", " at 2", " at 12"}) {
+            const std::string bytes = acceptance_report(
+                {"latency 40", short_run[0], short_run[1], std::string{"fail "} + function + when});
+            if (bytes.find("successfully completed") != std::string::npos)
+                continue; // not called that often
+            ++made;
+            const JudgedReport judged{bytes};
+            EXPECT_EQ(judged.verdict(), Verdict::incomplete) << function << when;
+            EXPECT_THAT(judged.findings(), HasSubstr("the test was aborted: ")) << function << when;
+        }
+    }
+    EXPECT_GT(made, 25);
+}
+
+/// The value of a fact for which its series ends just there.
+double ending_at(const companion::Fact& fact, double end, bool high)
+{
+    const companion::Spread spread = fact.spread.value_or(companion::Spread{});
+    return high ? end - spread.above : end + spread.below;
+}
+
+TEST(ReportCheck, EveryDefaultLimitIsKeptInsideAndBrokenOutside)
+{
+    JudgedReport sound{acceptance_report({"latency 40"})};
+    std::vector<std::string> unused;
+    for (const companion::Limit& rule : sound.limits.rules)
+        unused.push_back(rule.pattern);
+    for (std::size_t i = 0; i < sound.report.facts.size(); ++i) {
+        const companion::Judgement before = sound.judged.judgements[i];
+        if (before.limit == nullptr)
+            continue;
+        std::erase(unused, before.limit->pattern);
+        companion::Fact& fact = sound.report.facts[i];
+        const companion::Fact kept = fact;
+        const auto outcome = [&] {
+            return companion::judge(sound.report, sound.limits, {"2026-03-14", true})
+                .judgements[i]
+                .outcome;
+        };
+        if (!before.limit->words.empty()) {
+            fact.text = "something else";
+            EXPECT_EQ(outcome(), Outcome::broken) << fact.key;
+        } else {
+            ASSERT_TRUE(before.band.has_value());
+            const double step = std::max(1e-9, (before.band->high - before.band->low) * 1e-6);
+            const double width = std::isinf(step) ? 1e-3 : step;
+            for (const bool high : {false, true}) {
+                const double end = high ? before.band->high : before.band->low;
+                if (std::isinf(end))
+                    continue;
+                const double outwards = high ? width : -width;
+                fact.value = ending_at(fact, end, high) - outwards;
+                EXPECT_NE(outcome(), Outcome::broken) << fact.key;
+                fact.value = ending_at(fact, end, high) + outwards;
+                EXPECT_EQ(outcome(), Outcome::broken) << fact.key;
+            }
+        }
+        fact = kept;
+    }
+    EXPECT_THAT(unused, testing::IsEmpty()) << "a rule that nothing is judged by";
+}
+
+TEST(ReportCheck, ReadsTheFactsOfAReport)
+{
+    const JudgedReport judged{contents(std::string{KOV_TEST_DATA} + "/expected_report.txt")};
+    const struct {
+        const char* key;
+        int line;
+        const char* value;
+        const char* band;
+    } cases[] = {
+        {"controller/housekeeping/24V", 232, "24.002V \xB1 23.87mV (+45.5mV, -50.4mV)",
+         "23.52..24.48 V"},
+        {"slot1/housekeeping/-22V", 278, "-22.004V \xB1 69.09mV (+103.6mV, -92.7mV)",
+         "-23.1..-20.9 V"},
+        {"slot1/output/positive/300V/measured", 0, "300.000V \xB1 10.64mV (+16.5mV, -18.4mV)", ""},
+        {"slot1/output/negative/3000V/error", 0, "0.001 V (+0.0181, -0.0209)", "-45..45 V"},
+        {"slot1/output/positive/load", 0, "9.99983 GOhm", "5..20 GOhm"},
+        {"slot0/heater/power-limited/power", 0, "9.000W \xB1 6.37mW (+12.4mW, -11.7mW)", ""},
+        {"slot0/heater/power-limited/limit-error", 0, "0 W (+0.0124, -0.0117)", "-0.18..0.18 W"},
+        {"controller/communication/response-time", 222, "5.10ms (5..6ms)", "..50 ms"},
+        {"controller/housekeeping/period", 235, "1000ms", "500..2000 ms"},
+        {"controller/interlock-state/heat-controller/interlock-1-last", 36, "OK", ""},
+        {"controller/uptime", 0, nullptr, ""},
+    };
+    for (const auto& c : cases) {
+        const auto found = std::find_if(
+            judged.judged.judgements.begin(), judged.judged.judgements.end(),
+            [&](const companion::Judgement& judgement) { return judgement.fact->key == c.key; });
+        ASSERT_EQ(found == judged.judged.judgements.end(), c.value == nullptr) << c.key;
+        if (c.value == nullptr)
+            continue;
+        EXPECT_EQ(companion::value_text(*found->fact), c.value) << c.key;
+        EXPECT_TRUE(c.line == 0 || found->fact->line == c.line) << found->fact->line << c.key;
+        EXPECT_EQ(found->band ? companion::band_text(*found->band, found->fact->unit) : "", c.band)
+            << c.key;
+    }
+}
+
+TEST(ReportCheck, CommandLine)
+{
+    const TemporaryFile sound, limits, other;
+    write_file(sound.name(), acceptance_report({"latency 40", short_run[0], short_run[1]}));
+    write_file(other.name(), "another text\n");
+    const struct {
+        std::vector<std::string> arguments;
+        std::string limits;
+        int status;
+        const char* told;
+    } cases[] = {
+        {{"check", sound.name(), "--simulated"}, "", 0, ": PASS (SIMULATED instrument), "},
+        {{"check", sound.name()}, "", 1, "FAIL        controller/product-identification  KOV-CTRL"},
+        {{"check", sound.name(), other.name(), "--simulated"}, "", 3, ": NOT A REPORT\n"},
+        {{"check", "no-such-file"}, "", 3, "kov: no-such-file: No such file or directory\n"},
+        {{"check"}, "", 3, "REPORT is required"},
+        {{"check", "--what", sound.name()}, "", 3, "--what"},
+        {{"check", "--help"}, "", 0, "--limits FILE"},
+        {{"limits"}, "", 0, "slot*/output/*/load          5..20 GOhm\n"},
+        {{"check", "-v", "--simulated", "--limits", limits.name(), sound.name()},
+         "expect slot2 HVPS\n",
+         1,
+         "  missing  limit: expect HVPS\n"},
+        {{"check", "--simulated", "--limits", limits.name(), sound.name()},
+         "expect slot2 HVPS\nwaive slot2 until 2026-03-15 \"is being repaired\"\n",
+         0,
+         "              waived until 2026-03-15: is being repaired\n"},
+        {{"check", "--simulated", "--limits", limits.name(), sound.name()},
+         "expect slot2 HVPS\nwaive slot2 until 2026-03-14 \"is being repaired\"\n",
+         1,
+         "FAIL        slot2"},
+        {{"check", "--simulated", "--limits", limits.name(), sound.name()},
+         "**/24V 24 V +-0.2 %\n",
+         1,
+         "limit: 24 V +-0.2 % = 23.952..24.048 V (largest deviation)  line "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.arguments) + c.limits);
+        write_file(limits.name(), c.limits);
+        std::vector<std::string> arguments = {"report"};
+        arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+        const KovRun ran = run_kov(arguments);
+        EXPECT_EQ(ran.status, c.status) << ran.out << ran.err;
+        EXPECT_THAT(ran.out + ran.err, HasSubstr(c.told));
+    }
+}
+
+TEST(CompanionLibrary, TellsWhatTheUtilityWouldLoad)
+{
+    const struct {
+        platform::LibraryFault fault;
+        const char* missing;
+        int status;
+        std::string told;
+    } cases[] = {
+        {platform::LibraryFault::none, nullptr, 0, "Version: 1-05\n"},
+        {platform::LibraryFault::none, "COM_KOV_CTRL_Purge", 1,
+         "Version: 1-05\nIt lacks COM_KOV_CTRL_Purge\n"},
+        {platform::LibraryFault::empty, nullptr, 3, "It is not used: it is empty\n"},
+    };
+    for (const auto& c : cases) {
+        const Trial trial;
+        forget_device_library();
+        virtual_platform.library_failure.fault = c.fault;
+        if (c.missing != nullptr)
+            virtual_platform.missing_functions = {c.missing};
+        const KovRun ran = run_kov({"library"});
+        EXPECT_EQ(ran.status, c.status);
+        EXPECT_EQ(ran.out,
+                  "Device library: /usr/bin/libCOM-KOV-CTRL.so, beside the program\n" + c.told);
+    }
+    forget_device_library();
+}
+
+TEST(Limits, TellsWhatIsWrong)
+{
+    const struct {
+        const char* text;
+        const char* problem;
+    } cases[] = {
+        {"# comment\n\na/b 24 V +-2 % # comment\nb ..5 s\nc 5.. Ohm\nd +-1 mV +-1 % of range\n",
+         ""},
+        {"a/b is OK \"very good\"\r\nexpect base KOVCT-BASE\n", ""},
+        {"a 24,0 V +-2 %\n", "1: \"24,0\" is not a limit (24.0 V +-2 %, 10..40 degC, is OK)"},
+        {"\na 24 +-2 %\n",
+         "2: \"+-2\" is not a unit (V, mV, A, pA, W, Ohm, s, ms, Hz, degC, rpm, %)"},
+        {"a 24 V\n", "1: the line ends where a tolerance (+-2 %) should stand"},
+        {"a 24 V +-2\n", "1: the line ends where a unit ("},
+        {"a 24 V +-2 % of fun\n", "1: \"fun\" is not what per cent can be of"},
+        {"a 24 V +-x %\n", "1: \"+-x\" is not a tolerance"},
+        {"a 40..10 V\n", "1: \"40..10\" is not a range"},
+        {"a nan..10 V\n", "1: \"nan..10\" is not a range"},
+        {"a 1..10 V what\n", "1: \"what\" is not a tolerance (+-2 %) or the end of the line"},
+        {"a is\n", "1: the line ends where a word should stand"},
+        {"a\n", "1: the line ends where a limit"},
+        {"expect slot4 HVPS\n", "1: \"slot4\" is not a unit (base, slot0, slot1, slot2, slot3)"},
+        {"expect slot1 HV\n", "1: \"HV\" is not a device type (KOVCT-BASE, HTCTRL, HVPS)"},
+        {"waive a until 2026-13-01 \"x\"\n", "1: \"2026-13-01\" is not a day (2027-06-30)"},
+        {"waive a until 2026-12-01\n", "1: the line ends where a reason should stand"},
+        {"waive a 2026-12-01 x\n", "1: \"2026-12-01\" is not \"until\" behind a key"},
+        {"a is \"OK\nb is \x01\n", "1: a quotation mark is missing"},
+        {"a is \x01\n", "1: a control character"},
+    };
+    for (const auto& c : cases) {
+        companion::Limits limits;
+        std::string problem;
+        EXPECT_EQ(companion::read_limits(c.text, limits, problem), *c.problem == '\0') << c.text;
+        EXPECT_THAT(problem, StartsWith(c.problem));
+    }
+}
+
+TEST(Limits, Patterns)
+{
+    const struct {
+        const char *key, *pattern;
+        bool fits;
+    } cases[] = {{"a/b", "a/b", true},
+                 {"a/b", "*/b", true},
+                 {"a/b/c", "*/c", false},
+                 {"a/b/c", "**/c", true},
+                 {"a/b/c", "a/*", false},
+                 {"a/b/c", "a/**", true},
+                 {"slot1/24V", "slot*/24V", true},
+                 {"a/b", "a/b/*", false},
+                 {"ab", "a*b", true}};
+    for (const auto& c : cases)
+        EXPECT_EQ(companion::fits_pattern(c.key, c.pattern), c.fits) << c.key << ' ' << c.pattern;
+    EXPECT_EQ(companion::unit_ratio("V", "mV"), 1000.0);
+    EXPECT_EQ(companion::unit_ratio("degC", "\xB0"
+                                            "C"),
+              1.0);
+    EXPECT_EQ(companion::unit_ratio("V", "A"), std::nullopt);
+}
+
+} // namespace

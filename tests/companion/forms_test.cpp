@@ -1,0 +1,180 @@
+#include "companion/text.h"
+#include "tests/companion/companion_trial.h"
+#include "tests/support/temporary_file.h"
+#include "tests/support/trial.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <set>
+
+using nlohmann::json;
+
+namespace
+{
+
+const std::string expected_report = std::string{KOV_TEST_DATA} + "/expected_report.txt";
+
+/// What `kov report check` writes of a report in a form ("--json"), to standard output.
+std::string form_of(const std::string& file, const char* form, int status)
+{
+    const KovRun ran = run_kov({"report", "check", "--simulated", form, "-", file});
+    EXPECT_EQ(ran.status, status) << ran.err;
+    return ran.out;
+}
+
+/// A value against a schema, as far as the companion's own schemas go.
+void expect_valid(const json& value, const json& schema, const json& root, const std::string& where)
+{
+    if (schema.contains("$ref")) {
+        const auto name = schema["$ref"].get<std::string>();
+        expect_valid(value, root["$defs"][name.substr(name.rfind('/') + 1)], root, where);
+        return;
+    }
+    if (schema.contains("const")) {
+        EXPECT_EQ(value, schema["const"]) << where;
+    }
+    if (schema.contains("enum")) {
+        EXPECT_EQ(std::count(schema["enum"].begin(), schema["enum"].end(), value), 1) << where;
+    }
+    const json type = schema.contains("type") ? schema["type"] : json{};
+    if (type == "object") {
+        for (const auto& name : schema["required"])
+            EXPECT_TRUE(value.contains(name)) << where << '/' << name;
+        for (const auto& [name, part] : value.items()) {
+            ASSERT_TRUE(schema["properties"].contains(name)) << where << '/' << name;
+            expect_valid(part, schema["properties"][name], root, where + '/' + name);
+        }
+    } else if (type == "array") {
+        ASSERT_TRUE(value.is_array()) << where;
+        for (const json& item : value)
+            expect_valid(item, schema["items"], root, where);
+    } else if (!type.is_null()) {
+        const bool fits = type == "string"    ? value.is_string()
+                          : type == "boolean" ? value.is_boolean()
+                          : type == "integer" ? value.is_number_integer()
+                                              : value.is_number() || value.is_null();
+        EXPECT_TRUE(fits) << where << ": " << value;
+    }
+}
+
+/// The same report with texts in it that try to break out of their places.
+std::string nasty_report()
+{
+    std::string text = contents(expected_report);
+    const std::string plain = "KOV-BASE, Base unit 200W, Rev. 1-00";
+    text.replace(text.find(plain), plain.size(), "]]>'\"<&\xE4\xFF--> \\ </script>");
+    return text;
+}
+
+TEST(ReportForms, JsonHoldsEverythingAndFollowsItsSchema)
+{
+    const json schema =
+        json::parse(contents(std::string{KOV_SOURCE_FOLDER} + "/docs/kov-report.schema.json"));
+    const TemporaryFile nasty, cut, other;
+    write_file(nasty.name(), nasty_report());
+    std::string damaged = contents(expected_report).substr(0, 9000) + "\x01\n";
+    damaged.replace(damaged.find("number:\t240401") + 8, 6, "\xBB");
+    write_file(cut.name(), damaged);
+    write_file(other.name(), "\xFF\x00\n");
+    const struct {
+        std::string file;
+        int status;
+        const char* verdict;
+    } cases[] = {{expected_report, 1, "FAIL"},
+                 {nasty.name(), 1, "FAIL"},
+                 {cut.name(), 2, "INCOMPLETE"},
+                 {other.name(), 3, "NOT A REPORT"}};
+    for (const auto& c : cases) {
+        const json written = json::parse(form_of(c.file, "--json", c.status));
+        expect_valid(written, schema, schema, c.verdict);
+        EXPECT_EQ(written["reports"][0]["verdict"], c.verdict);
+    }
+    const json report = json::parse(form_of(expected_report, "--json", 1))["reports"][0];
+    std::set<std::string> keys;
+    for (const json& fact : report["facts"]) {
+        EXPECT_TRUE(keys.insert(fact["key"]).second) << "twice: " << fact["key"];
+        if (fact["key"] == "slot1/housekeeping/24V") {
+            EXPECT_EQ(fact["text"], "24.005V \u00B1 27.21mV (+43.8mV, -52.1mV)");
+            EXPECT_EQ(fact["value"], 24.005);
+            EXPECT_EQ(fact["samples"], 20);
+            EXPECT_NEAR(fact["spread"]["deviation"].get<double>(), 0.02721, 1e-9);
+            EXPECT_EQ(fact["band"]["high"], 24.48);
+            EXPECT_EQ(fact["outcome"], "kept");
+        }
+    }
+    EXPECT_EQ(keys.count("slot1/housekeeping/24V"), 1U);
+    EXPECT_EQ(report["findings"][0]["key"], "slot3/steps");
+    EXPECT_EQ(report["units"].size(), 5U);
+}
+
+/// Elements open and close in order, attributes are quoted, no character is left raw.
+void expect_well_formed(std::string_view text, bool is_html)
+{
+    std::vector<std::string> open;
+    const std::set<std::string> alone = {"!DOCTYPE", "meta", "link", "br"};
+    for (std::size_t at = text.find('<'); at != std::string_view::npos; at = text.find('<', at)) {
+        const std::size_t end = text.find('>', at);
+        ASSERT_NE(end, std::string_view::npos);
+        const std::string element{text.substr(at + 1, end - at - 1)};
+        const std::string name = element.substr(0, element.find_first_of(" /", 1));
+        if (element.front() == '/') {
+            ASSERT_FALSE(open.empty()) << element;
+            EXPECT_EQ(open.back(), element.substr(1));
+            open.pop_back();
+        } else if (element.front() != '?' && element.back() != '/' &&
+                   !(is_html && alone.count(name) != 0)) {
+            open.push_back(name);
+        }
+        EXPECT_EQ(std::count(element.begin(), element.end(), '"') % 2, 0) << element;
+        at = end;
+        if (name == "style")
+            at = text.find("</style", at);
+    }
+    EXPECT_TRUE(open.empty());
+}
+
+TEST(ReportForms, MarkupStaysWellFormedWhateverTheDeviceSays)
+{
+    const TemporaryFile nasty;
+    write_file(nasty.name(), nasty_report());
+    for (const char* form : {"--junit", "--html"}) {
+        const std::string written = form_of(nasty.name(), form, 1);
+        expect_well_formed(written, form == std::string{"--html"});
+        EXPECT_THAT(written, Not(HasSubstr("]]>")));
+        EXPECT_EQ(written.find_first_of(std::string{"\x01\t\r\x1B\x7F"}), std::string::npos)
+            << form;
+    }
+    const std::string junit = form_of(expected_report, "--junit", 1);
+    EXPECT_THAT(junit, HasSubstr(": slot1 P/N 240321\" tests=\""));
+    EXPECT_THAT(junit, HasSubstr("<testcase classname=\"" + expected_report +
+                                 ": report\" name=\"slot3/steps\" time=\"0\">\n      <failure "
+                                 "message=\"The device type does not fit the slot, skipped"));
+    const std::string page = form_of(nasty.name(), "--html", 1);
+    EXPECT_THAT(page, HasSubstr("]]&gt;&#39;&quot;&lt;&amp;\u00E4\u00FF--&gt; \\ &lt;/script&gt;"));
+    for (const char* part : {"<strong>FAIL</strong>", "<title>Error of the output voltage</title>",
+                             "<title>Output current</title>", "<title>Heater runs</title>",
+                             "<span>Signature</span>", "prefers-color-scheme: dark", "size: A4"})
+        EXPECT_THAT(page, HasSubstr(part));
+    for (const char* outside : {"http:", "https:", "src=", "<script", "@import", "url("})
+        EXPECT_THAT(page, Not(HasSubstr(outside)));
+}
+
+TEST(ReportForms, AFileThatCannotBeWrittenIsToldAndFails)
+{
+    const KovRun ran = run_kov({"report", "check", "--json", "no/such/folder", expected_report});
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_EQ(ran.err, "kov: no/such/folder: No such file or directory\n");
+}
+
+TEST(CompanionText, Encodings)
+{
+    EXPECT_EQ(companion::utf8("\xB1\xFF\x01\x80"
+                              "A"),
+              "\u00B1\u00FF??A");
+    EXPECT_EQ(companion::valid_utf8("a\u20AC\U0001F600\xC0\xAF\xED\xA0\x80\xFF\n"),
+              "a\u20AC\U0001F600???????");
+    EXPECT_EQ(companion::escaped_markup("<a b=\"c\">'&"), "&lt;a b=&quot;c&quot;&gt;&#39;&amp;");
+    EXPECT_EQ(companion::number_text(0.1), "0.1");
+}
+
+} // namespace
