@@ -253,11 +253,11 @@ void run_status_screen()
     console.clear_screen();
     const platform::WindowSize size = console.size();
     draw_title();
-    if (!is_large_enough(size))
-        return;
-    const DisplayScope scope;
-    run_screen(size);
-    console.move_below_text();
+    if (is_large_enough(size)) {
+        const DisplayScope scope;
+        run_screen(size);
+    }
+    console.leave_screen();
 }
 
 void show_status_screen(const Given&)

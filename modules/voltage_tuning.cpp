@@ -145,13 +145,13 @@ void Tuning::print_labels(LiveFields& fields)
     places_.set = place_at(behind(places_.voltage).up(-1), "Set: ");
     places_.target = place_at(behind(places_.current).up(-1), "Target: ");
     places_.active = place_at(places_.target.place().right(columns_to_active), "Active: ", 3);
-    console.flush();
-    if (fields.continuous)
-        flush_keys(); // nothing is switched by what was typed before anybody could see this
     target_failed_ = attempt_target_voltage(address_, latest_.target);
     if (!target_failed_)
         show_target(places_.target, latest_.target);
     console.move_to({last_row, 1});
+    console.flush();
+    if (fields.continuous)
+        flush_keys(); // nothing is switched by what was typed before anybody could see this
 }
 
 Reading Tuning::read(OutputData& shown)

@@ -331,6 +331,14 @@ void Console::clear_screen()
     (void)row_at(top_);
 }
 
+void Console::leave_screen()
+{
+    clear_window();
+    move_below_text();
+    flush();
+    cleared_ = false;
+}
+
 void Console::set_window(int first_row)
 {
     // A screen that has become too low for the window keeps its rows; nobody sees the window then.

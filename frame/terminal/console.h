@@ -101,6 +101,9 @@ public:
     void set_window(int first_row);
     /// Lifts the restriction; the cursor stays where it is.
     void clear_window() { window_first_ = 0; }
+    /// Ends that: what is on the screen becomes rows like those from before clear_screen(), and the
+    /// cursor goes below it.
+    void leave_screen();
 
     // ---- Live displays ----
 

@@ -75,7 +75,8 @@ TEST(Display, StandsWhereItBelongs)
 
 TEST(Resize, ShowsMoreOrLessOfTheSameLines)
 {
-    const ControllerRun run{"3 -PE -PK -T"};
+    // So slow that no picture for the size before is on its way when the size changes.
+    const ControllerRun run{"3 -PE -PK -T", "latency 100\n"};
     PseudoTerminal terminal{run};
     ASSERT_TRUE(terminal.shows("Temperature CPU:"));
     const std::string type = "Device type: 8ED6h";

@@ -213,9 +213,17 @@ bool is_there(const std::string& file)
 
 LibraryFailure look_beside(const std::string& file)
 {
-    const std::unique_ptr<DIR, int (*)(DIR*)> entries{opendir(folder_of(file).c_str()), closedir};
-    if (entries == nullptr && is_nothing(errno))
-        return {};
+    const std::string folder = folder_of(file);
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries{opendir(folder.c_str()), closedir};
+    if (entries == nullptr && is_nothing(errno)) {
+        struct stat about = {};
+        if (lstat(folder.c_str(), &about) != 0)
+            return {};
+        // A disk that is not mounted, for instance: somebody meant the library to be there.
+        return {.fault =
+                    S_ISLNK(about.st_mode) ? LibraryFault::dangling_link : LibraryFault::no_file,
+                .detail = {}};
+    }
     if (entries == nullptr)
         return failure_of(errno);
     while (const dirent* entry = readdir(entries.get())) {
