@@ -1,6 +1,5 @@
 #include "simulator/scenario/injection.h"
 
-
 namespace simulator
 {
 
