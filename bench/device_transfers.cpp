@@ -34,9 +34,8 @@ bool read_sets()
         SetFlags flags;
         ConfigName name;
         ConfigRecord record;
-        good = good && attempt_get_flags(number, flags) == nullptr &&
-               attempt_get_name(number, name) == nullptr &&
-               attempt(LIB(GetConfigData), set_index(number), &record) == nullptr;
+        good = good && !attempt_get_flags(number, flags) && !attempt_get_name(number, name) &&
+               !attempt(LIB(GetConfigData), set_index(number), &record);
         benchmark::DoNotOptimize(record);
     }
     return good;
@@ -48,9 +47,9 @@ bool write_sets()
     const ConfigRecord record = {};
     bool good = true;
     for (unsigned number = 1; number <= highest_set_number; ++number)
-        good = good && attempt_set_name(number, name) == nullptr &&
-               attempt(LIB(SetConfigData), set_index(number), &record) == nullptr &&
-               attempt_set_flags(number, {.active = 1, .valid = 1}) == nullptr;
+        good = good && !attempt_set_name(number, name) &&
+               !attempt(LIB(SetConfigData), set_index(number), &record) &&
+               !attempt_set_flags(number, {.active = 1, .valid = 1});
     return good;
 }
 
@@ -59,7 +58,7 @@ bool read_memory()
     MemoryBlock block;
     bool good = true;
     for (std::uint32_t address = 0; address < memory_size; address += memory_block_size)
-        good = good && attempt(LIB(GetMemoryData), address, memory_block_size, &block) == nullptr;
+        good = good && !attempt(LIB(GetMemoryData), address, memory_block_size, &block);
     benchmark::DoNotOptimize(block);
     return good;
 }
@@ -70,8 +69,8 @@ bool write_memory()
     const std::uint8_t* const data = block.data();
     bool good = true;
     for (std::uint32_t address = 0; address < memory_size; address += memory_block_size)
-        good = good && attempt(LIB(SetMemoryData), address, memory_block_size, data) == nullptr;
-    return good && attempt(LIB(UpdateMemoryData)) == nullptr;
+        good = good && !attempt(LIB(SetMemoryData), address, memory_block_size, data);
+    return good && !attempt(LIB(UpdateMemoryData));
 }
 
 double seconds_of(BareLoop loop)
