@@ -224,7 +224,7 @@ private:
         judged_.marginal += judgement.outcome == Outcome::marginal ? 1 : 0;
         judged_.waived += judgement.outcome == Outcome::waived ? 1 : 0;
         report(judgement);
-        judged_.judgements.push_back(std::move(judgement));
+        judged_.judgements.push_back(judgement);
     }
 
     void report(const Judgement& judgement)

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string_view>
+#include <vector>
 
 namespace companion
 {
@@ -110,20 +111,27 @@ private:
         return formatted("%.1f,%.1f ", px(point.x), py(point.y));
     }
 
+    /// Where an axis has its marks.
+    [[nodiscard]] static std::vector<double> marks(const Extent& extent)
+    {
+        const double step = mark_distance(extent);
+        const double first = std::ceil(extent.low / step), last = extent.high / step;
+        std::vector<double> marks;
+        for (int i = 0; first + i <= last; ++i)
+            marks.push_back((first + i) * step + 0.0); // no "-0"
+        return marks;
+    }
+
     void draw_axes(const char* x_name, const char* y_name)
     {
-        const double x_step = mark_distance(x_);
-        for (double x = std::ceil(x_.low / x_step) * x_step; x <= x_.high; x += x_step)
+        for (const double x : marks(x_))
             svg_ += formatted("<line class=\"grid\" x1=\"%.1f\" x2=\"%.1f\" y1=\"%g\" y2=\"%g\"/>"
                               "<text class=\"mark\" x=\"%.1f\" y=\"%g\">%g</text>",
-                              px(x), px(x), top, height - bottom, px(x), height - bottom + 14,
-                              std::abs(x) < x_step / 1e6 ? 0.0 : x);
-        const double y_step = mark_distance(y_);
-        for (double y = std::ceil(y_.low / y_step) * y_step; y <= y_.high; y += y_step)
+                              px(x), px(x), top, height - bottom, px(x), height - bottom + 14, x);
+        for (const double y : marks(y_))
             svg_ += formatted("<line class=\"grid\" x1=\"%g\" x2=\"%g\" y1=\"%.1f\" y2=\"%.1f\"/>"
                               "<text class=\"mark end\" x=\"%g\" y=\"%.1f\">%g</text>",
-                              left, width - right, py(y), py(y), left - 6, py(y) + 4,
-                              std::abs(y) < y_step / 1e6 ? 0.0 : y);
+                              left, width - right, py(y), py(y), left - 6, py(y) + 4, y);
         svg_ += formatted("<text class=\"mark\" x=\"%g\" y=\"%g\">%s</text>"
                           "<text class=\"mark end\" x=\"%g\" y=\"14\">%s</text>",
                           (left + width - right) / 2, height - 8, x_name, width - right, y_name);

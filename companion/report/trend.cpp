@@ -13,6 +13,7 @@
 #include <cmath>
 #include <filesystem>
 #include <map>
+#include <tuple>
 
 namespace companion
 {
@@ -55,7 +56,10 @@ struct Sighting {
 /// What is followed: a key of a unit, wherever the unit sat.
 struct Followed {
     std::string product_number, key;
-    auto operator<=>(const Followed&) const = default;
+    [[nodiscard]] bool operator<(const Followed& other) const
+    {
+        return std::tie(product_number, key) < std::tie(other.product_number, other.key);
+    }
 };
 
 struct Course {

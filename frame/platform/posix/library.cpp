@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 /// The header of the program itself, which the linker names.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" __attribute__((visibility("hidden"))) const ElfW(Ehdr) __ehdr_start;
 
 namespace platform
