@@ -2,7 +2,7 @@
 
 #include "companion/text.h"
 #include "frame/device_library.h"
-#include "frame/format.h"
+#include "frame/text/format.h"
 
 namespace companion
 {

@@ -1,6 +1,6 @@
 #include "companion/command_line.h"
-#include "frame/format.h"
 #include "frame/platform/platform.h"
+#include "frame/text/format.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "config/file_format.h"
 
-#include "frame/numbers.h"
 #include "frame/switches.h"
+#include "frame/text/numbers.h"
 
 #include <algorithm>
 #include <array>

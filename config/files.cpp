@@ -2,7 +2,7 @@
 
 #include "config/file_format.h"
 #include "config/set_access.h"
-#include "frame/data_file.h"
+#include "frame/files/data_file.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"

@@ -1,6 +1,6 @@
 #include "config/record.h"
 
-#include "frame/numbers.h"
+#include "frame/text/numbers.h"
 
 #include <cmath>
 #include <cstdio>

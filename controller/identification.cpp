@@ -1,9 +1,9 @@
 #include "controller/identification.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "frame/text/format.h"
 #include "instrument/words.h"
 
 void show_product_data(const Given& given)

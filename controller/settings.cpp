@@ -1,9 +1,9 @@
 #include "controller/settings.h"
 
-#include "frame/bit_fields.h"
 #include "frame/device_call.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "frame/text/bit_fields.h"
 #include "instrument/status_words.h"
 #include "instrument/words.h"
 

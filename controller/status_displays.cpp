@@ -1,10 +1,10 @@
 #include "controller/status_displays.h"
 
-#include "frame/bit_fields.h"
 #include "frame/device_call.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "frame/text/bit_fields.h"
 #include "instrument/status_words.h"
 
 #include <array>

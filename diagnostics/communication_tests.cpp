@@ -1,12 +1,12 @@
 #include "diagnostics/communication_tests.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/live_display.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
+#include "frame/text/format.h"
 #include "instrument/addresses.h"
 #include "instrument/presence.h"
 

@@ -1,12 +1,12 @@
 #include "diagnostics/memory_image.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"
+#include "frame/text/format.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,7 +1,7 @@
 /// The controller's memory as a text file: one byte a line, two hexadecimal digits each.
 #pragma once
 
-#include "frame/data_file.h"
+#include "frame/files/data_file.h"
 #include "frame/switches.h"
 
 #include <array>

@@ -1,9 +1,9 @@
 #include "frame/command_line.h"
 
-#include "frame/numbers.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "frame/session.h"
+#include "frame/text/numbers.h"
 
 #include <cctype>
 #include <cstddef>

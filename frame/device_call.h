@@ -13,8 +13,8 @@
 #include "devlib/COM-KOV-CTRL.h"
 #include "frame/device_library.h"
 #include "frame/error_report.h"
-#include "frame/format.h"
 #include "frame/platform/current_call.h"
+#include "frame/text/format.h"
 
 #include <array>
 #include <cstddef>

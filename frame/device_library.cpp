@@ -1,7 +1,7 @@
 #include "frame/device_library.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
+#include "frame/text/format.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "frame/error_report.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/terminal/console.h"
+#include "frame/text/format.h"
 
 #include <cstdint>
 

@@ -1,10 +1,10 @@
 #include "frame/live_display.h"
 
 #include "frame/error_report.h"
-#include "frame/format.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "frame/terminal/keys.h"
+#include "frame/text/format.h"
 
 double CycleRates::per_second(std::int64_t now_ms) const
 {

@@ -16,8 +16,8 @@
 #pragma once
 
 #include "frame/failure.h"
-#include "frame/field.h"
 #include "frame/terminal/console.h"
+#include "frame/text/field.h"
 
 #include <cstdint>
 #include <functional>

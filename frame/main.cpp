@@ -1,5 +1,5 @@
-#include "frame/background_file.h"
 #include "frame/entry.h"
+#include "frame/files/background_file.h"
 #include "frame/platform/platform.h"
 
 #include <cstdlib>

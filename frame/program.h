@@ -1,7 +1,7 @@
 /// The program-wide state: one struct, one instance, set up by the entry and read everywhere.
 #pragma once
 
-#include "frame/printf_format.h"
+#include "frame/text/printf_format.h"
 
 #include <cstdint>
 

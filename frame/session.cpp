@@ -3,11 +3,11 @@
 #include "frame/device_call.h"
 #include "frame/device_library.h"
 #include "frame/error_report.h"
-#include "frame/format.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"
+#include "frame/text/format.h"
 
 #include <string>
 

@@ -1,9 +1,9 @@
 #include "frame/usage.h"
 
-#include "frame/format.h"
 #include "frame/program.h"
 #include "frame/switches.h"
 #include "frame/terminal/console.h"
+#include "frame/text/format.h"
 
 #include <cstring>
 

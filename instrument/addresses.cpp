@@ -1,6 +1,6 @@
 #include "instrument/addresses.h"
 
-#include "frame/numbers.h"
+#include "frame/text/numbers.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 /// The controller's hardware-type word: what it is equipped with.
 #pragma once
 
-#include "frame/bit_table.h"
+#include "frame/text/bit_table.h"
 #include "instrument/words.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "instrument/module_hardware.h"
 
-#include "frame/format.h"
+#include "frame/text/format.h"
 
 namespace
 {

@@ -1,7 +1,7 @@
 /// The state words of the modules and of the base unit.
 #pragma once
 
-#include "frame/bit_table.h"
+#include "frame/text/bit_table.h"
 #include "instrument/addresses.h"
 #include "instrument/words.h"
 

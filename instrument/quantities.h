@@ -1,7 +1,7 @@
 /// The values of the modules' records: how each is told, and in which colour.
 #pragma once
 
-#include "frame/format.h"
+#include "frame/text/format.h"
 #include "instrument/module_readings.h"
 #include "instrument/supplies.h"
 #include "instrument/words.h"

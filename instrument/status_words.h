@@ -3,7 +3,7 @@
 /// the fields by their names.
 #pragma once
 
-#include "frame/bit_table.h"
+#include "frame/text/bit_table.h"
 #include "instrument/controller_readings.h"
 #include "instrument/words.h"
 

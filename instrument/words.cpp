@@ -1,6 +1,6 @@
 #include "instrument/words.h"
 
-#include "frame/format.h"
+#include "frame/text/format.h"
 
 ColoredText active_or_off(bool active)
 {

@@ -1,6 +1,6 @@
 #include "interactive/drawing.h"
 
-#include "frame/bit_fields.h"
+#include "frame/text/bit_fields.h"
 #include "instrument/module_state.h"
 #include "instrument/status_words.h"
 #include "instrument/supplies.h"

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "frame/live_display.h"
-#include "frame/quantity_fields.h"
 #include "frame/terminal/console.h"
+#include "frame/text/quantity_fields.h"
 #include "instrument/quantities.h"
 #include "interactive/screen_readings.h"
 

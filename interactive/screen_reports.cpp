@@ -2,9 +2,9 @@
 
 #include "frame/device_call.h"
 #include "frame/error_report.h"
-#include "frame/format.h"
 #include "frame/platform/platform.h"
 #include "frame/terminal/console.h"
+#include "frame/text/format.h"
 
 #include <algorithm>
 #include <cstddef>

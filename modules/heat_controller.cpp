@@ -3,7 +3,7 @@
 #include "frame/device_call.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
-#include "frame/quantity_fields.h"
+#include "frame/text/quantity_fields.h"
 #include "instrument/addresses.h"
 #include "instrument/quantities.h"
 #include "instrument/words.h"

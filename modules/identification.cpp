@@ -1,8 +1,8 @@
 #include "modules/identification.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/terminal/console.h"
+#include "frame/text/format.h"
 #include "instrument/addresses.h"
 #include "instrument/device_types.h"
 #include "instrument/module_hardware.h"

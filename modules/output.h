@@ -1,7 +1,7 @@
 /// How the live displays show the output of an HV-supply, and the keys that they have for it.
 #pragma once
 
-#include "frame/field.h"
+#include "frame/text/field.h"
 #include "instrument/supply_output.h"
 
 /// Changes the ranges as the keys P, N, H and L (in upper case) ask for; false for another key.

@@ -1,10 +1,10 @@
 #include "modules/state.h"
 
-#include "frame/bit_fields.h"
 #include "frame/device_call.h"
 #include "frame/live_display.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "frame/text/bit_fields.h"
 #include "instrument/module_state.h"
 #include "instrument/words.h"
 #include "modules/addressing.h"

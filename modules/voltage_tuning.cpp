@@ -1,14 +1,14 @@
 #include "modules/voltage_tuning.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
+#include "frame/files/measurement_log.h"
 #include "frame/live_display.h"
-#include "frame/measurement_log.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
 #include "frame/terminal/scan_codes.h"
+#include "frame/text/format.h"
 #include "instrument/addresses.h"
 #include "modules/output.h"
 

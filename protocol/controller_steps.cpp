@@ -1,8 +1,8 @@
 #include "protocol/controller_steps.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/platform/platform.h"
+#include "frame/text/format.h"
 #include "instrument/controller_readings.h"
 #include "instrument/words.h"
 #include "protocol/sampling.h"

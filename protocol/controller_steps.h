@@ -2,7 +2,7 @@
 /// report, why.
 #pragma once
 
-#include "protocol/report.h"
+#include "protocol/report/report.h"
 
 /// Enable and disable, communication, CPU, housekeeping, fan.
 [[nodiscard]] bool run_controller_steps(Report& report);

@@ -5,7 +5,7 @@
 #include "instrument/device_types.h"
 #include "instrument/module_readings.h"
 #include "instrument/words.h"
-#include "protocol/report_items.h"
+#include "protocol/report/report_items.h"
 #include "protocol/schedule.h"
 
 namespace

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "instrument/supply_output.h"
-#include "protocol/product_report.h"
-#include "protocol/report.h"
+#include "protocol/report/product_report.h"
+#include "protocol/report/report.h"
 #include "protocol/sampling.h"
 
 // Of a unit with the device off, as far as it is there and of the right kind.

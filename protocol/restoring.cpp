@@ -1,10 +1,10 @@
 #include "protocol/restoring.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/platform/platform.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "frame/text/format.h"
 #include "protocol/sampling.h"
 
 #include <array>

@@ -1,7 +1,7 @@
 /// The settings of the instrument around the steps of the acceptance test.
 #pragma once
 
-#include "protocol/report.h"
+#include "protocol/report/report.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,9 +1,9 @@
 #include "protocol/sampling.h"
 
 #include "frame/device_call.h"
-#include "frame/format.h"
 #include "frame/platform/platform.h"
 #include "frame/terminal/keys.h"
+#include "frame/text/format.h"
 #include "instrument/module_readings.h"
 
 #include <algorithm>

@@ -3,9 +3,9 @@
 
 #include "frame/failure.h"
 #include "frame/terminal/console.h"
-#include "protocol/report.h"
-#include "protocol/series.h"
-#include "protocol/statistics.h"
+#include "protocol/report/report.h"
+#include "protocol/report/series.h"
+#include "protocol/report/statistics.h"
 
 #include <cstdint>
 #include <functional>

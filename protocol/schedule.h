@@ -1,7 +1,7 @@
 /// How long the steps of the acceptance test wait and measure.
 #pragma once
 
-#include "protocol/product_report.h"
+#include "protocol/report/product_report.h"
 
 #include <cstddef>
 #include <cstdint>

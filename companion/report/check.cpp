@@ -1,7 +1,7 @@
 #include "companion/report/commands.h"
 #include "companion/report/load.h"
+#include "companion/report/reading/written_forms.h"
 #include "companion/report/show.h"
-#include "companion/report/written_forms.h"
 #include "companion/text.h"
 #include "frame/platform/platform.h"
 

@@ -1,7 +1,7 @@
 #include "companion/report/limits.h"
-#include "frame/format.h"
+#include "frame/text/format.h"
 #include "instrument/supplies.h"
-#include "protocol/report_texts.h"
+#include "protocol/report/report_texts.h"
 
 namespace companion
 {

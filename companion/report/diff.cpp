@@ -2,7 +2,7 @@
 #include "companion/report/load.h"
 #include "companion/report/show.h"
 #include "companion/text.h"
-#include "frame/format.h"
+#include "frame/text/format.h"
 
 #include <algorithm>
 #include <cmath>

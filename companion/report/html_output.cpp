@@ -1,9 +1,9 @@
 #include "companion/report/page.h"
 #include "companion/report/pictures.h"
+#include "companion/report/reading/written_forms.h"
 #include "companion/report/show.h"
-#include "companion/report/written_forms.h"
 #include "companion/text.h"
-#include "frame/format.h"
+#include "frame/text/format.h"
 
 namespace companion
 {

@@ -1,5 +1,5 @@
+#include "companion/report/reading/written_forms.h"
 #include "companion/report/show.h"
-#include "companion/report/written_forms.h"
 #include "companion/text.h"
 
 #include <cmath>

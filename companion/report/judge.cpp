@@ -1,9 +1,9 @@
 #include "companion/report/judge.h"
 
 #include "companion/text.h"
-#include "frame/format.h"
-#include "protocol/report.h"
-#include "protocol/report_texts.h"
+#include "frame/text/format.h"
+#include "protocol/report/report.h"
+#include "protocol/report/report_texts.h"
 
 #include <algorithm>
 #include <cmath>

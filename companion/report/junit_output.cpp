@@ -1,6 +1,6 @@
-#include "companion/report/written_forms.h"
+#include "companion/report/reading/written_forms.h"
 #include "companion/text.h"
-#include "frame/format.h"
+#include "frame/text/format.h"
 
 #include <algorithm>
 

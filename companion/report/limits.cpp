@@ -2,7 +2,7 @@
 
 #include "companion/report/shapes.h"
 #include "companion/text.h"
-#include "protocol/report.h"
+#include "protocol/report/report.h"
 
 #include <algorithm>
 #include <array>

@@ -12,7 +12,7 @@
 /// last one counts. Comments begin with '#'; those right above a rule are its reason.
 #pragma once
 
-#include "companion/report/facts.h"
+#include "companion/report/reading/facts.h"
 
 #include <array>
 #include <string>

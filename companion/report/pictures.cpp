@@ -1,8 +1,8 @@
 #include "companion/report/pictures.h"
 
 #include "companion/text.h"
-#include "frame/format.h"
-#include "protocol/series.h"
+#include "frame/text/format.h"
+#include "protocol/report/series.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 /// How values stand in a report, and what they mean.
 #pragma once
 
-#include "companion/report/facts.h"
-#include "protocol/statistics.h"
+#include "companion/report/reading/facts.h"
+#include "protocol/report/statistics.h"
 
 namespace companion
 {

@@ -1,7 +1,7 @@
 #include "companion/report/show.h"
 
 #include "companion/text.h"
-#include "frame/format.h"
+#include "frame/text/format.h"
 
 #include <algorithm>
 

@@ -5,8 +5,8 @@
 #include "companion/report/show.h"
 #include "companion/report/sql_output.h"
 #include "companion/text.h"
-#include "frame/format.h"
 #include "frame/platform/platform.h"
+#include "frame/text/format.h"
 
 #include <algorithm>
 #include <chrono>

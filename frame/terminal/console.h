@@ -19,10 +19,10 @@
 #pragma once
 
 #include "frame/platform/platform.h"
-#include "frame/printf_format.h"
 #include "frame/terminal/cell.h"
 #include "frame/terminal/colors.h"
 #include "frame/terminal/folding.h"
+#include "frame/text/printf_format.h"
 
 #include <cstdarg>
 #include <cstdint>

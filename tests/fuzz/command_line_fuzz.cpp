@@ -3,10 +3,10 @@
 
 #include "frame/command_line.h"
 #include "frame/entry.h"
-#include "frame/numbers.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
+#include "frame/text/numbers.h"
 #include "instrument/device_facts.h"
 #include "simulator/simulator.h"
 #include "tests/fuzz/target.h"

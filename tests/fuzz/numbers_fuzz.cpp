@@ -1,6 +1,6 @@
 // Any text as a number, compared with a plain reader, and as an address.
 
-#include "frame/numbers.h"
+#include "frame/text/numbers.h"
 #include "instrument/addresses.h"
 #include "tests/fuzz/target.h"
 

@@ -2,8 +2,8 @@
 // passes only when it is whole.
 
 #include "companion/report/judge.h"
+#include "companion/report/reading/written_forms.h"
 #include "companion/report/sql_output.h"
-#include "companion/report/written_forms.h"
 #include "tests/fuzz/target.h"
 
 #include <algorithm>

@@ -2,8 +2,8 @@
 /// sessions that somebody else's choices lead, and compares.
 #pragma once
 
-#include "frame/field.h"
 #include "frame/terminal/console.h"
+#include "frame/text/field.h"
 #include "tests/support/terminal_emulator.h"
 #include "tests/support/virtual_platform.h"
 

@@ -1,0 +1,61 @@
+#include "companion/report/reading/layout.h"
+#include "protocol/report/report_texts.h"
+
+#include <algorithm>
+
+namespace companion
+{
+
+namespace
+{
+
+/// What the product identifications of the simulated instrument end with.
+constexpr std::string_view simulated_mark = ", simulated";
+
+} // namespace
+
+const Fact* Report::find(std::string_view key) const
+{
+    const auto found = std::find_if(facts.begin(), facts.end(),
+                                    [key](const Fact& fact) { return fact.key == key; });
+    return found != facts.end() ? &*found : nullptr;
+}
+
+std::string_view Report::text_of(std::string_view key) const
+{
+    const Fact* fact = find(key);
+    return fact != nullptr ? fact->text : std::string_view{};
+}
+
+std::vector<std::string> Report::units() const
+{
+    std::vector<std::string> names;
+    for (const Fact& fact : facts) {
+        const std::string_view unit = unit_of(fact.key);
+        if (std::find(names.begin(), names.end(), unit) == names.end())
+            names.emplace_back(unit);
+    }
+    return names;
+}
+
+Report read_report(std::string name, std::string bytes)
+{
+    Report report;
+    report.name = std::move(name);
+    report.bytes = std::move(bytes);
+    report.is_report = report.bytes.starts_with(report_text::created_on);
+    if (!report.is_report)
+        return report;
+    constexpr std::size_t usual_facts = 900;
+    report.facts.reserve(usual_facts);
+    LineReader reader{report};
+    UnitsFound found;
+    read_product_data(reader, found);
+    read_steps(reader, found);
+    report.is_simulated =
+        report.text_of("controller/product-identification").ends_with(simulated_mark);
+    add_derived_facts(report);
+    return report;
+}
+
+} // namespace companion
