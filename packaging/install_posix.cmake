@@ -37,7 +37,8 @@ install(DIRECTORY simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATADIR}/kov-c
 install_compressed(docs/KOV-Controller.1 ${CMAKE_INSTALL_MANDIR}/man1 KOV-Controller.1)
 install_compressed(packaging/debian/changelog ${document_folder} changelog)
 install(FILES README.md packaging/debian/copyright DESTINATION ${document_folder})
-install(FILES docs/simulated-instrument.md DESTINATION ${document_folder}/docs) # as README.md says
+file(GLOB pages CONFIGURE_DEPENDS docs/*.md)
+install(FILES ${pages} DESTINATION ${document_folder}/docs) # as README.md says
 install(FILES completions/KOV-Controller.bash RENAME KOV-Controller
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES completions/_KOV-Controller DESTINATION ${zsh_folder})

@@ -7,7 +7,8 @@
 install(TARGETS KOV-Controller COM-KOV-CTRL RUNTIME DESTINATION . LIBRARY DESTINATION .)
 install(DIRECTORY simulator/scenarios DESTINATION .)
 install(FILES README.md DESTINATION .)
-install(FILES docs/simulated-instrument.md DESTINATION docs) # as README.md says
+file(GLOB pages CONFIGURE_DEPENDS docs/*.md)
+install(FILES ${pages} DESTINATION docs) # as README.md says
 
 if(TARGET kov)
   install(TARGETS kov RUNTIME DESTINATION .)

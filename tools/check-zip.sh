@@ -25,9 +25,10 @@ zip=$(ls "$zips"/*.zip)
 cd "$folder"/*/
 
 present=$(find . -type f | sort)
+pages=$(cd "$source_folder" && find docs -name '*.md' -printf './%p\n')
 scenarios=$(cd "$source_folder/simulator" && find scenarios -type f -printf './%p\n')
 expected=$(printf '%s\n' ./KOV-Controller.exe ./COM-KOV-CTRL.dll ./kov.exe ./README.md \
-    ./docs/simulated-instrument.md ./docs/kov-report.schema.json "$scenarios" | sort)
+    ./docs/kov-report.schema.json "$pages" "$scenarios" | sort)
 [ "$present" = "$expected" ] ||
     fail "the zip holds other files: $(diff <(echo "$expected") <(echo "$present") || true)"
 

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Runs the command lines of README.md ("$ ...") on new instruments and compares what they print with
-# what stands below them there. A line "..." stands for any lines; what differs from run to run
-# (dates, times, measured values, counts) is masked. A command line without an output only has to
-# be a good one.
-#   tour_test.sh README SOURCE_FOLDER PROGRAM [COMPANION]
+# Runs the command lines of a page ("$ ...", continued by "> ...") one after another on one simulated
+# instrument, new at the beginning, and compares what they print with what stands below them there.
+# A line "..." stands for any lines; what differs from run to run (dates, times, measured values,
+# counts) is masked. A command line without an output only has to be a good one. Links lead somewhere.
+#   tour_test.sh PAGE SOURCE_FOLDER PROGRAM [COMPANION]
 set -uo pipefail
-readme=$(realpath "$1") program=$3
+page=$(realpath "$1") program=$3
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 ln -s "$(realpath "$2")/simulator" "$folder/simulator"
@@ -15,7 +15,7 @@ chmod +x run.sh
 companion=${4:-}
 [ -z "$companion" ] || PATH=${companion%/*}:$PATH
 unset KOV_DEVICE_LIBRARY LD_LIBRARY_PATH NO_COLOR CLICOLOR_FORCE KOV_SIMULATOR_SCENARIO
-export KOV_SIMULATOR_STATE=none LC_ALL=C.UTF-8
+export KOV_SIMULATOR_STATE=$folder/state LC_ALL=C.UTF-8
 
 masked() {
     sed -E -e 's/ *[-+]?[0-9]+\.[0-9]{2,}(e[-+][0-9]+)?/ #/gi' \
@@ -60,10 +60,17 @@ check() {
         masked <output >output.masked
         agrees expected.masked output.masked && return
     fi
-    echo "README.md: $1"$'\n'"ended with status $status and printed"
+    echo "${page##*/}: $1"$'\n'"ended with status $status and printed"
     cat output
     failed=1
 }
+
+while IFS= read -r target; do
+    case $target in
+    http*) ;;
+    *) [ -e "$(dirname "$page")/$target" ] || { echo "${page##*/} leads nowhere: $target" && failed=1; } ;;
+    esac
+done < <(grep -oE '(\]\(|src(set)?=")[^)#"]+' "$page" | sed -E 's/^(\]\(|src(set)?=")//')
 
 command=
 while IFS= read -r line || [ -n "$line" ]; do
@@ -77,12 +84,13 @@ while IFS= read -r line || [ -n "$line" ]; do
         fi
         : >expected
         ;;
+    '    > '*) command+=$'\n'${line#    > } ;;
     '    '*) [ -z "$command" ] || printf '%s\n' "${line#    }" >>expected ;;
     *)
         [ -z "$command" ] || check "$command"
         command=
         ;;
     esac
-done <"$readme"
+done <"$page"
 echo "$count command lines"
 [ "$failed" -eq 0 ] && [ "$count" -gt 0 ]
