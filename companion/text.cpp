@@ -1,8 +1,10 @@
 #include "companion/text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 
 namespace companion
 {
@@ -28,6 +30,18 @@ std::string utf8(std::string_view latin1)
 namespace
 {
 
+/// The sound characters of UTF-8 by their first two bytes. Left out are the longer forms of shorter
+/// characters, surrogates, what is beyond Unicode, and the control characters C1.
+struct CharacterForm {
+    unsigned first_from, first_to, second_from, second_to;
+    std::size_t length;
+};
+constexpr CharacterForm character_forms[] = {
+    {0xC2, 0xC2, 0xA0, 0xBF, 2}, {0xC3, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3},
+    {0xE1, 0xEC, 0x80, 0xBF, 3}, {0xED, 0xED, 0x80, 0x9F, 3}, {0xEE, 0xEF, 0x80, 0xBF, 3},
+    {0xF0, 0xF0, 0x90, 0xBF, 4}, {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4},
+};
+
 /// How many bytes the character at the begin takes; 0 when it is no sound one.
 std::size_t character_length(std::string_view text)
 {
@@ -37,19 +51,20 @@ std::size_t character_length(std::string_view text)
     const unsigned first = byte(0);
     if (first < 0x80)
         return first >= ' ' && first != 0x7F ? 1 : 0;
-    const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    if (first < 0xC2 || first > 0xF4)
+    const auto has_form = [&](const CharacterForm& form) {
+        return first >= form.first_from && first <= form.first_to && byte(1) >= form.second_from &&
+               byte(1) <= form.second_to;
+    };
+    const auto* const form =
+        std::find_if(std::begin(character_forms), std::end(character_forms), has_form);
+    if (form == std::end(character_forms))
         return 0;
-    for (std::size_t i = 1; i < length; ++i) {
+    for (std::size_t i = 2; i < form->length; ++i) {
         if ((byte(i) & 0xC0) != 0x80)
             return 0;
     }
-    const unsigned second = byte(1);
-    const bool is_odd = (first == 0xE0 && second < 0xA0) || (first == 0xED && second >= 0xA0) ||
-                        (first == 0xF0 && second < 0x90) || (first == 0xF4 && second >= 0x90) ||
-                        (first == 0xEF && second == 0xBF && byte(2) >= 0xBE) ||
-                        (first == 0xC2 && second < 0xA0);
-    return is_odd ? 0 : length;
+    const bool is_noncharacter = first == 0xEF && byte(1) == 0xBF && byte(2) >= 0xBE;
+    return is_noncharacter ? 0 : form->length;
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <optional>
 
 namespace
 {
@@ -93,9 +94,44 @@ std::string set_section_text(unsigned number, std::string_view name, const Confi
 
 // ---- Reading ----
 
-std::string unescaped_name(std::string_view text)
+namespace
+{
+
+/// Takes what follows a backslash off the text. Nothing when it is no escape sequence.
+std::optional<char> take_escaped(std::string_view& text)
 {
     constexpr std::size_t digits = 2;
+    if (text.empty())
+        return {};
+    const char kind = text.front();
+    text.remove_prefix(1);
+    switch (kind) {
+    case '\\':
+        return '\\';
+    case 't':
+        return '\t';
+    case 'r':
+        return '\r';
+    case 'n':
+        return '\n';
+    case 'x':
+        break;
+    default:
+        return {};
+    }
+    unsigned byte = 0;
+    const std::string code{text.substr(0, digits)};
+    if (code.size() < digits ||
+        std::sscanf(code.c_str(), "%2X", &byte) != 1) // takes blanks before the digits
+        return {};
+    text.remove_prefix(digits);
+    return static_cast<char>(byte);
+}
+
+} // namespace
+
+std::string unescaped_name(std::string_view text)
+{
     std::string name;
     while (!text.empty()) {
         const char c = text.front();
@@ -104,26 +140,10 @@ std::string unescaped_name(std::string_view text)
             name += c;
             continue;
         }
-        const char kind = text.empty() ? '\0' : text.front();
-        text.remove_prefix(std::min<std::size_t>(text.size(), 1));
-        if (kind == '\\') {
-            name += '\\';
-        } else if (kind == 't') {
-            name += '\t';
-        } else if (kind == 'r') {
-            name += '\r';
-        } else if (kind == 'n') {
-            name += '\n';
-        } else if (kind == 'x' && text.size() >= digits) {
-            unsigned byte = 0;
-            const std::string code{text.substr(0, digits)};
-            if (std::sscanf(code.c_str(), "%2X", &byte) != 1) // takes blanks before the digits
-                return name;
-            name += static_cast<char>(byte);
-            text.remove_prefix(digits);
-        } else {
+        const std::optional<char> meant = take_escaped(text);
+        if (!meant)
             return name;
-        }
+        name += *meant;
     }
     return name;
 }

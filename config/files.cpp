@@ -108,31 +108,39 @@ void save_set(unsigned number, const char* file_name)
         save_section(file_name, number, set_section_text(number, name.bytes.data(), record));
 }
 
-/// Writes the sets that are active; the first one creates the file. False when it came to an early
-/// end, which has been told.
+/// Writes a set if it is active; the first one creates the file. False when that was not possible,
+/// which has been told.
+bool write_if_active(OutputFile& file, const char* file_name, unsigned number)
+{
+    SetFlags flags;
+    if (!succeeded_below(attempt_get_flags(number, flags)))
+        return false;
+    if (flags.active == 0)
+        return true; // the valid flag does not matter here
+    const bool first = !file.is_open();
+    if (first && !create(file, file_name))
+        return false;
+    ConfigName name;
+    ConfigRecord record;
+    if (!succeeded_below(attempt_get_name(number, name)) ||
+        !succeeded_below(attempt(LIB(GetConfigData), set_index(number), &record)))
+        return false;
+    const std::string text = set_section_text(number, name.bytes.data(), record);
+    if (!write(file, file_name, first ? text : "\n" + text))
+        return false;
+    print_done(number, saved_to, file_name);
+    return true;
+}
+
+/// Writes the sets that are active. False when it came to an early end, which has been told.
 bool write_active_sets(OutputFile& file, const char* file_name)
 {
     for (unsigned number = 1; number <= highest_set_number; ++number) {
         if (interrupted_before(number))
             return false;
         show_turn_of(number);
-        SetFlags flags;
-        if (!succeeded_below(attempt_get_flags(number, flags)))
+        if (!write_if_active(file, file_name, number))
             return false;
-        if (flags.active == 0)
-            continue; // the valid flag does not matter here
-        const bool first = !file.is_open();
-        if (first && !create(file, file_name))
-            return false;
-        ConfigName name;
-        ConfigRecord record;
-        if (!succeeded_below(attempt_get_name(number, name)) ||
-            !succeeded_below(attempt(LIB(GetConfigData), set_index(number), &record)))
-            return false;
-        const std::string text = set_section_text(number, name.bytes.data(), record);
-        if (!write(file, file_name, first ? text : "\n" + text))
-            return false;
-        print_done(number, saved_to, file_name);
     }
     console.clear_line();
     return true;

@@ -2,6 +2,7 @@
 
 #include "frame/text/numbers.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -89,6 +90,17 @@ std::uint32_t rounded(double raw)
     return static_cast<std::uint32_t>(static_cast<std::int64_t>(raw));
 }
 
+bool read_fan_switch(std::string_view text, std::uint32_t& raw)
+{
+    const auto word =
+        std::find_if(fan_switch_words.begin(), fan_switch_words.end(),
+                     [text](const FanSwitchWord& known) { return text == known.text; });
+    if (word == fan_switch_words.end())
+        return false;
+    raw = word->bits;
+    return true;
+}
+
 bool read_number(const ConfigEntry& entry, std::string_view text, std::uint32_t& raw)
 {
     double value = 0.0;
@@ -134,38 +146,29 @@ bool set_entry(const ConfigEntry& entry, std::string_view text, ConfigRecord& re
                          entry.kind == EntryKind::high_interlocks ||
                          entry.kind == EntryKind::fan_switch;
     text = text.substr(0, is_list ? most_letters : most_characters);
-    std::uint32_t raw = 0;
-    switch (entry.kind) {
-    case EntryKind::yes_no:
-        if (text != "Y" && text != "N")
-            return false;
-        raw = text == "Y" ? 1 : 0;
-        break;
-    case EntryKind::low_interlocks:
-    case EntryKind::high_interlocks:
-        if (!read_interlock_letters(text, raw))
-            return false;
-        raw = raw << first_bit(entry.kind) | raw_value(entry, record);
-        break;
-    case EntryKind::fan_switch: {
-        bool known = false;
-        for (const FanSwitchWord& word : fan_switch_words) {
-            if (text == word.text) {
-                raw = word.bits;
-                known = true;
-            }
+    const auto read = [&](std::uint32_t& raw) {
+        switch (entry.kind) {
+        case EntryKind::yes_no:
+            raw = text == "Y" ? 1 : 0;
+            return text == "Y" || text == "N";
+        case EntryKind::low_interlocks:
+        case EntryKind::high_interlocks:
+            if (!read_interlock_letters(text, raw))
+                return false;
+            raw = raw << first_bit(entry.kind) | raw_value(entry, record);
+            return true;
+        case EntryKind::fan_switch:
+            return read_fan_switch(text, raw);
+        case EntryKind::number:
+        case EntryKind::target_voltage:
+        case EntryKind::voltage_step:
+            break;
         }
-        if (!known)
-            return false;
-        break;
-    }
-    case EntryKind::number:
-    case EntryKind::target_voltage:
-    case EntryKind::voltage_step:
-        if (!read_number(entry, text, raw))
-            return false;
-        break;
-    }
+        return read_number(entry, text, raw);
+    };
+    std::uint32_t raw = 0;
+    if (!read(raw))
+        return false;
     set_raw_value(entry, raw, record);
     return true;
 }

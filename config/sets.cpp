@@ -105,9 +105,25 @@ struct Walk {
     const char* heading;
     const char* none_found;
     bool changes_mark = false; ///< deletes what is active, undeletes what is deleted
+
+    [[nodiscard]] bool is_for(std::uint8_t is_active, std::uint8_t is_valid) const
+    {
+        return (is_active != 0) == (active != 0) && (!valid_only || is_valid != 0);
+    }
 };
 
-/// Names the sets that the walk is for, and marks them if it does.
+/// Names a set, and marks it if the walk does. False after a failure, which has been told.
+bool visit(const Walk& walk, unsigned number)
+{
+    ConfigName name;
+    if (!read_name(number, name))
+        return false;
+    console.print("%4u: '%s'\n", number, name.text().c_str());
+    const std::uint8_t mark = walk.active != 0 ? 0 : 1;
+    return !walk.changes_mark || succeeded(attempt_set_flags(number, {.active = mark, .valid = 1}));
+}
+
+/// Visits the sets that the walk is for.
 void run(const Walk& walk)
 {
     ConfigFlagList active{};
@@ -117,20 +133,14 @@ void run(const Walk& walk)
     bool found = false;
     for (unsigned number = 1; number <= highest_set_number; ++number) {
         const std::size_t index = set_index(number);
-        if ((active[index] != 0) != (walk.active != 0) || (walk.valid_only && valid[index] == 0))
+        if (!walk.is_for(active[index], valid[index]))
             continue;
         if (interrupted_before(number))
             return;
         if (!found)
             console.print("%s:\r\n", walk.heading);
         found = true;
-        ConfigName name;
-        if (!read_name(number, name))
-            return;
-        console.print("%4u: '%s'\n", number, name.text().c_str());
-        const std::uint8_t mark = walk.active != 0 ? 0 : 1;
-        if (walk.changes_mark &&
-            !succeeded(attempt_set_flags(number, {.active = mark, .valid = 1})))
+        if (!visit(walk, number))
             return;
     }
     if (!found)

@@ -147,7 +147,7 @@ Failure run_cycles(const Test& test, const Fields& fields, Totals& totals)
         const std::uint32_t length = random_below(random, std::size_t{test.longest} + 1);
         const bool displays = ++totals.cycles % test.display_interval == 0;
         if (displays) {
-            totals.cycles += test.counts_displays ? 1 : 0;
+            totals.cycles += static_cast<std::uint32_t>(test.counts_displays);
             shown.cycle = totals.cycles;
             shown.set_bytes = length + frame_bytes;
             shown.target = target;

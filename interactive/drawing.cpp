@@ -226,6 +226,36 @@ void show_interlock_state(Place place, std::uint16_t state, InterlockMasks masks
     }
 }
 
+void show_output(const ScreenLayout& layout, const ScreenReadings& readings, unsigned slot)
+{
+    const OutputPlaces& voltage = layout.voltage[slot];
+    show_group(voltage.group, readings.voltage_groups[slot]);
+    if (readings.voltage_groups[slot].readings > 0)
+        voltage.value.show(Color::value, readings.voltage[slot],
+                           {.width = 9, .decimals = 3, .unit = "V", .sign = true});
+    const OutputPlaces& current = layout.current[slot];
+    show_group(current.group, readings.current_groups[slot]);
+    if (readings.current_groups[slot].readings > 0)
+        current.value.show(
+            Color::value, readings.current[slot],
+            {.width = 10, .decimals = 3, .unit = "A", .sign = true, .exponent = true});
+}
+
+void show_status_words(const ScreenLayout& layout, const CompleteState& state,
+                       const ModulePresence& presence, InterlockMasks masks)
+{
+    show_overall_state(layout.overall_state, state.overall);
+    for (unsigned slot = 0; slot < screen_slots; ++slot) {
+        if (presence.has_slot(slot))
+            show_module_state(layout.module_state[slot], slot, state.module[slot]);
+    }
+    show_short_fields(layout.words.device, state.device, device_fields);
+    show_short_fields(layout.words.voltage, state.voltage, voltage_fields);
+    show_temperature_state(layout.words.temperature, state.temperature);
+    show_short_fields(layout.words.fan, state.fan, fan_fields);
+    show_interlock_state(layout.words.interlock, state.interlock, masks);
+}
+
 } // namespace
 
 void draw_values(const ScreenLayout& layout, const ScreenReadings& readings,
@@ -247,32 +277,9 @@ void draw_values(const ScreenLayout& layout, const ScreenReadings& readings,
     if (presence.has_slot(0))
         show_monitoring(layout.monitoring, readings.monitoring, readings.monitoring_group);
     for (unsigned slot = 1; slot < screen_slots; ++slot) {
-        if (!presence.has_slot(slot))
-            continue;
-        const OutputPlaces& voltage = layout.voltage[slot];
-        show_group(voltage.group, readings.voltage_groups[slot]);
-        if (readings.voltage_groups[slot].readings > 0)
-            voltage.value.show(Color::value, readings.voltage[slot],
-                               {.width = 9, .decimals = 3, .unit = "V", .sign = true});
-        const OutputPlaces& current = layout.current[slot];
-        show_group(current.group, readings.current_groups[slot]);
-        if (readings.current_groups[slot].readings > 0)
-            current.value.show(
-                Color::value, readings.current[slot],
-                {.width = 10, .decimals = 3, .unit = "A", .sign = true, .exponent = true});
-    }
-
-    if (!readings.has_words)
-        return;
-    const CompleteState& state = readings.words;
-    show_overall_state(layout.overall_state, state.overall);
-    for (unsigned slot = 0; slot < screen_slots; ++slot) {
         if (presence.has_slot(slot))
-            show_module_state(layout.module_state[slot], slot, state.module[slot]);
+            show_output(layout, readings, slot);
     }
-    show_short_fields(layout.words.device, state.device, device_fields);
-    show_short_fields(layout.words.voltage, state.voltage, voltage_fields);
-    show_temperature_state(layout.words.temperature, state.temperature);
-    show_short_fields(layout.words.fan, state.fan, fan_fields);
-    show_interlock_state(layout.words.interlock, state.interlock, masks);
+    if (readings.has_words)
+        show_status_words(layout, readings.words, presence, masks);
 }

@@ -13,17 +13,15 @@ namespace companion
 
 bool fits_pattern(std::string_view key, std::string_view pattern)
 {
-    while (!pattern.empty() && pattern.front() != '*') {
-        if (key.empty() || key.front() != pattern.front())
-            return false;
-        key.remove_prefix(1);
-        pattern.remove_prefix(1);
-    }
+    const std::size_t plain = std::min(pattern.find('*'), pattern.size());
+    if (!key.starts_with(pattern.substr(0, plain)))
+        return false;
+    key.remove_prefix(plain);
+    pattern.remove_prefix(plain);
     if (pattern.empty())
         return key.empty();
     const bool crosses = pattern.starts_with("**");
-    while (pattern.starts_with('*'))
-        pattern.remove_prefix(1);
+    pattern.remove_prefix(std::min(pattern.find_first_not_of('*'), pattern.size()));
     if (pattern.empty() && crosses)
         return true;
     for (;;) {
@@ -323,14 +321,41 @@ Complaint read_line(Words& words, int line, const std::string& reason, Limits& l
     return read_rule(words, limit);
 }
 
+Complaint read_whole_line(const std::string& line, int number, const std::string& reason,
+                          Limits& limits)
+{
+    const auto is_control = [](unsigned char c) { return c < ' ' || c == 0x7F; };
+    if (std::any_of(line.begin(), line.end(), is_control))
+        return "a control character";
+    const std::string sound = valid_utf8(line);
+    Words words{sound};
+    if (words.is_over() && !words.has_open_quote())
+        return {};
+    return read_line(words, number, reason, limits);
+}
+
+/// The comment above a group of rules: their reason.
+struct Reason {
+    std::string text;
+    bool is_used = false; ///< by a rule
+
+    void take(const std::string& line)
+    {
+        if (line.empty() || (is_used && line.starts_with('#')))
+            text.clear();
+        if (line.starts_with("# "))
+            text += (text.empty() ? "" : " ") + line.substr(2);
+        is_used = !line.starts_with('#');
+    }
+};
+
 } // namespace
 
 bool read_limits(std::string text, Limits& limits, std::string& problem)
 {
     limits.source = std::move(text);
     std::string_view rest = limits.source;
-    std::string reason;
-    bool is_used = false; // the reason, by a rule
+    Reason reason;
     for (int number = 1; !rest.empty(); ++number) {
         const std::size_t end = rest.find('\n');
         std::string line = plain_line(rest.substr(0, end));
@@ -338,24 +363,12 @@ bool read_limits(std::string text, Limits& limits, std::string& problem)
         if (line.ends_with('\r'))
             line.pop_back();
         std::replace(line.begin(), line.end(), '\t', ' ');
-        const auto control = [](unsigned char c) { return c < ' ' || c == 0x7F; };
-        const bool has_control = std::any_of(line.begin(), line.end(), control);
-        line = valid_utf8(line);
-        Words words{line};
-        Complaint complaint;
-        if (has_control)
-            complaint = "a control character";
-        else if (!words.is_over() || words.has_open_quote())
-            complaint = read_line(words, number, reason, limits);
-        if (!complaint.empty()) {
+        if (const Complaint complaint = read_whole_line(line, number, reason.text, limits);
+            !complaint.empty()) {
             problem = std::to_string(number) + ": " + complaint;
             return false;
         }
-        if (line.empty() || (is_used && line.starts_with('#')))
-            reason.clear();
-        if (line.starts_with("# "))
-            reason += (reason.empty() ? "" : " ") + line.substr(2);
-        is_used = !line.starts_with('#');
+        reason.take(valid_utf8(line));
     }
     return true;
 }

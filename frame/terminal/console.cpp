@@ -104,30 +104,32 @@ void Console::put_plain(std::string_view text)
         if (wraps() && cursor_.column > size_.columns && cursor_.column > 1)
             line_feed();
         std::size_t length = text.size();
-        if (wraps() && cursor_.column <= size_.columns)
-            length = std::min(length, static_cast<std::size_t>(size_.columns - cursor_.column) + 1);
-        else if (wraps())
-            length = 1; // in a window without columns
-        if (Row* row = row_at(cursor_.row); row != nullptr) {
-            row->wanted.reserve(usual_columns);
-            const auto first = static_cast<std::size_t>(std::max(cursor_.column, 1)) - 1;
-            if (cursor_.column >= 1 && row->wanted.size() <= first) { // behind all text: no looking
-                row->wanted.resize(first + length);
-                for (std::size_t i = 0; i < length; ++i)
-                    row->wanted[first + i] = {static_cast<unsigned char>(text[i]), color_};
-                mark_dirty(*row, cursor_.column, cursor_.column + static_cast<int>(length) - 1);
-                cursor_.column += static_cast<int>(length);
-                text.remove_prefix(length);
-                continue;
-            }
-            for (std::size_t i = 0; i < length; ++i) {
-                const int column = cursor_.column + static_cast<int>(i);
-                if (column >= 1)
-                    set_cell(*row, column, {static_cast<unsigned char>(text[i]), color_});
-            }
+        if (wraps()) { // in a window without columns character by character
+            const int room = std::max(size_.columns - cursor_.column, 0);
+            length = std::min(length, static_cast<std::size_t>(room) + 1);
         }
+        if (Row* row = row_at(cursor_.row); row != nullptr)
+            set_cells(*row, text.substr(0, length));
         cursor_.column += static_cast<int>(length);
         text.remove_prefix(length);
+    }
+}
+
+void Console::set_cells(Row& row, std::string_view text)
+{
+    const auto first = static_cast<std::size_t>(std::max(cursor_.column, 1)) - 1;
+    const int end = cursor_.column + static_cast<int>(text.size());
+    row.wanted.reserve(usual_columns);
+    if (cursor_.column >= 1 && row.wanted.size() <= first) { // behind all text: no looking
+        row.wanted.resize(first + text.size());
+        for (std::size_t i = 0; i < text.size(); ++i)
+            row.wanted[first + i] = {static_cast<unsigned char>(text[i]), color_};
+        mark_dirty(row, cursor_.column, end - 1);
+        return;
+    }
+    for (int column = std::max(cursor_.column, 1); column < end; ++column) {
+        const char character = text[static_cast<std::size_t>(column - cursor_.column)];
+        set_cell(row, column, {static_cast<unsigned char>(character), color_});
     }
 }
 

@@ -180,6 +180,8 @@ private:
     void put(char32_t character);
     /// Several characters that stand for themselves.
     void put_plain(std::string_view text);
+    /// Sets the cells of a row from the cursor on.
+    void set_cells(Row& row, std::string_view text);
     void set_cell(Row& row, int column, Cell cell);
     void line_feed();
     void scroll_window();
@@ -196,6 +198,9 @@ private:
     void repaint_from(int row, bool erase);
     void send_row(int row);
     void send_cells(const Row& sent, int row, int from, int to);
+    /// Moves to a cell and sends it; writing those between rather than moving over a few of them,
+    /// though none before column `from`. The column after it.
+    int send_first_cell(const Row& sent, Place place, int from);
     /// Sends ASCII in one colour from where the terminal's cursor is; returns the column behind.
     int send_run(const Row& sent, int to);
     void send_cell(const Cell& cell);

@@ -299,23 +299,27 @@ void Console::send_cells(const Row& sent, int row, int from, int to)
             ++column;
             continue;
         }
-        if (row == sent_row_ && column == sent_column_ && column < size_.columns &&
-            is_narrow(cell)) {
-            column = send_run(sent, std::min(to, size_.columns - 1));
-            continue;
-        }
-        if (cell.character == 0 && column > 1)
-            --column; // a wide character is written whole
-        const bool near = row == sent_row_ && column > sent_column_ &&
-                          column - sent_column_ <= worth_moving && sent_column_ >= from;
-        for (int gap = near ? sent_column_ : column; gap < column; ++gap)
-            send_cell(cell_at(sent.wanted, gap));
-        move_terminal_to(row, column);
-        const Cell first = cell_at(sent.wanted, column);
-        const bool cut = column == size_.columns && character_width(first.character) == 2;
-        send_cell(cut ? Cell{} : first);
-        column = std::max(column + 1, std::min(sent_column_, size_.columns + 1));
+        const bool follows = row == sent_row_ && column == sent_column_;
+        column = follows && column < size_.columns && is_narrow(cell)
+                     ? send_run(sent, std::min(to, size_.columns - 1))
+                     : send_first_cell(sent, {row, column}, from);
     }
+}
+
+int Console::send_first_cell(const Row& sent, Place place, int from)
+{
+    int column = place.column;
+    if (cell_at(sent.wanted, column).character == 0 && column > 1)
+        --column; // a wide character is written whole
+    const bool near = place.row == sent_row_ && column > sent_column_ &&
+                      column - sent_column_ <= worth_moving && sent_column_ >= from;
+    for (int gap = near ? sent_column_ : column; gap < column; ++gap)
+        send_cell(cell_at(sent.wanted, gap));
+    move_terminal_to(place.row, column);
+    const Cell first = cell_at(sent.wanted, column);
+    const bool cut = column == size_.columns && character_width(first.character) == 2;
+    send_cell(cut ? Cell{} : first);
+    return std::max(column + 1, std::min(sent_column_, size_.columns + 1));
 }
 
 int Console::send_run(const Row& sent, int to)

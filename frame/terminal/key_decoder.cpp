@@ -62,6 +62,14 @@ bool is_intermediate(unsigned char byte)
     return byte >= 0x20 && byte <= 0x2F;
 }
 
+/// The modifier of a sequence before which an ESC of its own may stand for Alt.
+Modifier with_alt(Modifier modifier, bool alt)
+{
+    if (!alt)
+        return modifier;
+    return modifier == Modifier::none ? Modifier::alt : Modifier::other;
+}
+
 } // namespace
 
 void KeyDecoder::give(int code)
@@ -118,10 +126,8 @@ void KeyDecoder::feed(unsigned char byte, bool late)
         (void)open_sequence(introducer);
         return;
     }
-    const bool starts_over =
-        byte == esc && state_ != State::ground && state_ != State::escape && state_ != State::utf8;
-    if (starts_over) // what stood open will never be finished
-        end_sequence();
+    if (byte == esc && state_ != State::escape && state_ != State::utf8)
+        end_sequence(); // what stood open will never be finished
     switch (state_) {
     case State::ground:
         feed_ground(byte);
@@ -133,15 +139,10 @@ void KeyDecoder::feed(unsigned char byte, bool late)
         feed_control_sequence(byte);
         break;
     case State::single_shift:
-        if ((byte >= '0' && byte <= '9') || byte == ';')
-            bytes_ += static_cast<char>(byte);
-        else
-            finish_single_shift(byte);
+        feed_single_shift(byte);
         break;
     case State::linux_function:
-        if (byte >= 'A' && byte <= 'E')
-            give(key::extended(function_key(byte - 'A' + 1).plain));
-        end_sequence();
+        feed_linux_function(byte);
         break;
     case State::charset:
         if (!is_intermediate(byte))
@@ -290,11 +291,24 @@ void KeyDecoder::finish_control_sequence(unsigned char final_byte)
             codes = cursor_key(static_cast<char>(final_byte));
         break;
     }
-    if (alt_)
-        modifier = modifier == Modifier::none ? Modifier::alt : Modifier::other;
-    if (const int code = codes.with(modifier); readable && code != 0)
+    if (const int code = codes.with(with_alt(modifier, alt_)); readable && code != 0)
         give(key::extended(code));
     end_sequence();
+}
+
+void KeyDecoder::feed_linux_function(unsigned char byte)
+{
+    if (byte >= 'A' && byte <= 'E')
+        give(key::extended(function_key(byte - 'A' + 1).plain));
+    end_sequence();
+}
+
+void KeyDecoder::feed_single_shift(unsigned char byte)
+{
+    if ((byte >= '0' && byte <= '9') || byte == ';')
+        bytes_ += static_cast<char>(byte);
+    else
+        finish_single_shift(byte);
 }
 
 void KeyDecoder::finish_single_shift(unsigned char final_byte)
@@ -308,11 +322,10 @@ void KeyDecoder::finish_single_shift(unsigned char final_byte)
         codes = cursor_key(static_cast<char>(final_byte - 'a' + 'A'));
         modifier = Modifier::control;
     }
-    if (alt_)
-        modifier = modifier == Modifier::none ? Modifier::alt : Modifier::other;
     if (final_byte == 'M' && bytes_.empty() && !alt_)
         give(key::enter); // on the keypad
-    else if (const int code = codes.with(modifier); readable && number == 1 && code != 0)
+    else if (const int code = codes.with(with_alt(modifier, alt_));
+             readable && number == 1 && code != 0)
         give(key::extended(code));
     end_sequence();
 }

@@ -74,6 +74,8 @@ private:
     void feed_text(unsigned char byte);
     void feed_control_sequence(unsigned char byte);
     void finish_control_sequence(unsigned char final_byte);
+    void feed_linux_function(unsigned char byte);
+    void feed_single_shift(unsigned char byte);
     void finish_single_shift(unsigned char final_byte);
     void feed_utf8(unsigned char byte);
     void release_bytes();

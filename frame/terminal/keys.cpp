@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 namespace
 {
@@ -47,6 +48,17 @@ void start_reading()
     platform::start_raw_input();
 }
 
+/// Only a terminal sends sequences; elsewhere a byte is a key.
+void take(std::span<const unsigned char> bytes, bool from_terminal, bool late)
+{
+    for (const unsigned char byte : bytes) {
+        if (from_terminal)
+            keyboard.decoder.feed(byte, late);
+        else
+            keyboard.decoder.keys.push_back(byte);
+    }
+}
+
 /// Reads what is waiting, or waits up to `timeout_ms` (negative = as long as it takes) for it. When
 /// nobody has looked for a while it does not wait: what was typed meanwhile comes first, and is
 /// told from what will be typed.
@@ -60,9 +72,9 @@ void look(std::int64_t timeout_ms)
     if (late)
         timeout_ms = 0;
     if (decoder.is_open()) {
-        const std::int64_t patience = keyboard.last_byte_ms + decoder.patience_ms() - start_ms;
-        if (timeout_ms < 0 || timeout_ms > patience)
-            timeout_ms = std::max<std::int64_t>(patience, 0);
+        const std::int64_t patience =
+            std::max<std::int64_t>(keyboard.last_byte_ms + decoder.patience_ms() - start_ms, 0);
+        timeout_ms = timeout_ms < 0 ? patience : std::min(timeout_ms, patience);
     }
     std::array<unsigned char, 64> bytes = {};
     std::size_t count = 0;
@@ -75,12 +87,7 @@ void look(std::int64_t timeout_ms)
         keyboard.emptied_ms = now;
     switch (result) {
     case platform::InputResult::bytes:
-        for (std::size_t i = 0; i < count; ++i) {
-            if (terminal)
-                decoder.feed(bytes[i], late);
-            else
-                decoder.keys.push_back(bytes[i]);
-        }
+        take({bytes.data(), count}, terminal, late);
         if (!decoder.is_torn())
             keyboard.last_byte_ms = now;
         break;

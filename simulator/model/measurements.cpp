@@ -17,15 +17,16 @@ std::int64_t period_us(const Instrument& instrument, unsigned unit, Measurement 
                                                             : 0;
     if (!works(instrument, unit))
         return 0;
+    const bool is_supply = unit >= 1 && unit < slot_count;
     switch (kind) {
     case Measurement::monitoring:
         return unit == 0 ? periods.monitoring : 0;
     case Measurement::housekeeping:
         return periods.housekeeping;
     case Measurement::voltage:
-        return unit >= 1 && unit < slot_count ? periods.voltage : 0;
+        return is_supply ? periods.voltage : 0;
     case Measurement::current:
-        return unit >= 1 && unit < slot_count ? periods.current : 0;
+        return is_supply ? periods.current : 0;
     }
     return 0;
 }

@@ -71,11 +71,10 @@ bool read_result(std::string_view text, const FunctionInfo& function, Reply& rep
     const auto no_result = [&] {
         return wrong(problem, about(function.name(), "has no result '") + std::string(text) + "'");
     };
-    if (function.returns != Returns::status)
-        return name == (function.returns == Returns::text ? "text" : "version") &&
-                       bracket == std::string_view::npos
-                   ? true
-                   : no_result();
+    if (function.returns != Returns::status) {
+        const std::string_view known = function.returns == Returns::text ? "text" : "version";
+        return text == known || no_result();
+    }
     while (reply.parameter < function.parameter_count() &&
            (function.parameters[reply.parameter].way == Way::in ||
             std::string_view(function.parameters[reply.parameter].name) != name))
@@ -94,6 +93,58 @@ bool read_result(std::string_view text, const FunctionInfo& function, Reply& rep
     return true;
 }
 
+/// Reads which calls fail, from the word `next` on.
+bool read_when(const Words& words, std::size_t& next, Fault& fault, std::string& problem)
+{
+    const std::size_t first = next++;
+    if (is(words, first, "always"))
+        return true;
+    if (is(words, first, "at") || is(words, first, "every")) {
+        fault.when = words[first].text == "at" ? Fault::When::at : Fault::When::every;
+        return read_count(words, next++, fault.number, problem);
+    }
+    if (!is(words, first, "after"))
+        return wrong(problem, words.size() <= first
+                                  ? "'at', 'always', 'every', 'after' or 'never' is missing"
+                                  : about(words[first].text, "is no kind of fault"));
+    std::int64_t length_us = 0;
+    if (!read_time(words, next++, fault.from_us, problem))
+        return false;
+    if (!is(words, next++, "for"))
+        return wrong(problem, "'for' and a time are missing");
+    if (!read_time(words, next++, length_us, problem))
+        return false;
+    fault.when = Fault::When::between;
+    fault.from_us += host::monotonic_us();
+    fault.until_us = fault.from_us + length_us;
+    return true;
+}
+
+/// Reads what the failing call says, where the line tells it.
+bool read_fault_text(const Words& words, std::size_t& next, Fault& fault, std::string& problem)
+{
+    if (!is(words, next, "text"))
+        return true;
+    if (++next >= words.size() || !words[next].quoted)
+        return wrong(problem, "a text in quotes is missing after 'text'");
+    fault.text = words[next++].text;
+    return true;
+}
+
+/// What a reply sets: a parameter, or what the function returns.
+Parameter result_of(const FunctionInfo& function, std::size_t parameter)
+{
+    switch (function.returns) {
+    case Returns::text:
+        return rows::text("text", 0);
+    case Returns::version:
+        return rows::u16("version");
+    case Returns::status:
+        break;
+    }
+    return function.parameters[parameter];
+}
+
 } // namespace
 
 bool fail_line(const Words& words, bool really, std::string& problem)
@@ -104,42 +155,16 @@ bool fail_line(const Words& words, bool really, std::string& problem)
     if (fault.calls.function != no_function &&
         functions[fault.calls.function].returns != Returns::status)
         return wrong(problem, "the function '" + words[1].text + "' has no status to fail with");
-    std::size_t next = 3;
-    if (is(words, 2, "never")) {
-        if (!read_end(words, next, problem))
+    std::size_t next = 2;
+    if (is(words, next, "never")) {
+        if (!read_end(words, next + 1, problem))
             return false;
         if (really)
             remove_faults(fault.calls);
         return true;
     }
-    if (is(words, 2, "at") || is(words, 2, "every")) {
-        fault.when = words[2].text == "at" ? Fault::When::at : Fault::When::every;
-        if (!read_count(words, next++, fault.number, problem))
-            return false;
-    } else if (is(words, 2, "after")) {
-        std::int64_t length_us = 0;
-        if (!read_time(words, 3, fault.from_us, problem))
-            return false;
-        if (!is(words, 4, "for"))
-            return wrong(problem, "'for' and a time are missing");
-        if (!read_time(words, 5, length_us, problem))
-            return false;
-        fault.when = Fault::When::between;
-        fault.from_us += host::monotonic_us();
-        fault.until_us = fault.from_us + length_us;
-        next = 6;
-    } else if (!is(words, 2, "always")) {
-        return wrong(problem, words.size() < 3
-                                  ? "'at', 'always', 'every', 'after' or 'never' is missing"
-                                  : about(words[2].text, "is no kind of fault"));
-    }
-    if (is(words, next, "text")) {
-        if (next + 1 >= words.size() || !words[next + 1].quoted)
-            return wrong(problem, "a text in quotes is missing after 'text'");
-        fault.text = words[next + 1].text;
-        next += 2;
-    }
-    if (!read_end(words, next, problem))
+    if (!read_when(words, next, fault, problem) || !read_fault_text(words, next, fault, problem) ||
+        !read_end(words, next, problem))
         return false;
     if (really)
         add_fault(std::move(fault));
@@ -197,11 +222,7 @@ bool reply_line(const Words& words, bool really, std::string& problem)
         return true;
     }
     const bool direct = function.returns != Returns::status;
-    const Parameter result = function.returns == Returns::text ? rows::text("text", 0)
-                             : function.returns == Returns::version
-                                 ? rows::u16("version")
-                                 : function.parameters[reply.parameter];
-    if (!read_values(words, 2, result, direct, reply.values, problem))
+    if (!read_values(words, 2, result_of(function, reply.parameter), direct, reply.values, problem))
         return false;
     if (really)
         add_reply(std::move(reply));

@@ -249,38 +249,62 @@ bool read_contact(const std::string& text, Contact& contact)
     return text == "open" || text == "noisy" || text == "closed";
 }
 
-/// Null when the word suits the setting, else what would.
-const char* read_given(const Word& given_word, const Setting& setting, Given& given)
+/// What a setting takes, in words.
+const char* expected_by(Takes takes)
 {
-    const std::string& text = given_word.text;
-    if (given_word.quoted != (setting.takes == Takes::text))
-        return given_word.quoted ? "a word without quotes" : "a text in quotes";
-    switch (setting.takes) {
+    switch (takes) {
     case Takes::flag:
-        return read_flag(text, given.flag) ? nullptr : "'on' or 'off'";
+        return "'on' or 'off'";
     case Takes::contact:
-        return read_contact(text, given.contact) ? nullptr : "'open', 'closed' or 'noisy'";
+        return "'open', 'closed' or 'noisy'";
     case Takes::text:
-        given.text = text;
-        return text.size() <= static_cast<std::size_t>(setting.highest) ? nullptr
-                                                                        : "a shorter text";
+        return "a shorter text";
     case Takes::positive:
-        return read_real(text, given.real) && given.real > 0 ? nullptr : "a number above 0";
+        return "a number above 0";
     case Takes::forced_real:
-        given.automatic = text == "auto";
-        return given.automatic || read_real(text, given.real) ? nullptr : "a number or 'auto'";
+        return "a number or 'auto'";
     case Takes::real:
-        return read_real(text, given.real) ? nullptr : "a number";
+        return "a number";
     case Takes::forced_whole:
     case Takes::whole:
         break;
     }
-    given.automatic = setting.takes == Takes::forced_whole && text == "auto";
+    return "a whole number in range";
+}
+
+bool read_for(const Setting& setting, const std::string& text, Given& given)
+{
+    switch (setting.takes) {
+    case Takes::flag:
+        return read_flag(text, given.flag);
+    case Takes::contact:
+        return read_contact(text, given.contact);
+    case Takes::text:
+        given.text = text;
+        return text.size() <= static_cast<std::size_t>(setting.highest);
+    case Takes::positive:
+        return read_real(text, given.real) && given.real > 0;
+    case Takes::forced_real:
+    case Takes::forced_whole:
+        given.automatic = text == "auto";
+        break;
+    case Takes::real:
+    case Takes::whole:
+        break;
+    }
     if (given.automatic)
-        return nullptr;
-    const bool fits =
-        read_integer(text, given.whole) && given.whole >= 0 && given.whole <= setting.highest;
-    return fits ? nullptr : "a whole number in range";
+        return true;
+    if (setting.takes == Takes::real || setting.takes == Takes::forced_real)
+        return read_real(text, given.real);
+    return read_integer(text, given.whole) && given.whole >= 0 && given.whole <= setting.highest;
+}
+
+/// Null when the word suits the setting, else what would.
+const char* read_given(const Word& given_word, const Setting& setting, Given& given)
+{
+    if (given_word.quoted != (setting.takes == Takes::text))
+        return given_word.quoted ? "a given_word without quotes" : "a text in quotes";
+    return read_for(setting, given_word.text, given) ? nullptr : expected_by(setting.takes);
 }
 
 } // namespace

@@ -175,6 +175,23 @@ void append_number(std::string& line, const Parameter& parameter, const void* da
     line += text.data();
 }
 
+/// Reads a text with the word before it that says how it is given; `i` is that of the text then.
+bool read_text_words(const Words& words, std::size_t& i, const Parameter& parameter, bool returned,
+                     Value& value, std::string& problem)
+{
+    const bool plain = !words[i].quoted;
+    if (returned && plain && words[i].text == "null") {
+        value.type = Value::Type::null;
+        return true;
+    }
+    const bool fill = !returned && plain && words[i].text == "fill";
+    if (fill && ++i == words.size()) {
+        problem = "a text is missing after 'fill'";
+        return false;
+    }
+    return read_text_value(words[i], parameter, returned, fill, value, problem);
+}
+
 } // namespace
 
 bool read_values(const Words& words, std::size_t first, const Parameter& parameter, bool returned,
@@ -183,21 +200,11 @@ bool read_values(const Words& words, std::size_t first, const Parameter& paramet
     values.clear();
     for (std::size_t i = first; i < words.size(); ++i) {
         Value value;
-        const bool plain = !words[i].quoted;
-        if (parameter.kind != Kind::text) {
-            if (!read_number_value(words[i], parameter, value, problem))
-                return false;
-        } else if (returned && plain && words[i].text == "null") {
-            value.type = Value::Type::null;
-        } else {
-            const bool fill = !returned && plain && words[i].text == "fill";
-            if (fill && ++i == words.size()) {
-                problem = "a text is missing after 'fill'";
-                return false;
-            }
-            if (!read_text_value(words[i], parameter, returned, fill, value, problem))
-                return false;
-        }
+        const bool good = parameter.kind == Kind::text
+                              ? read_text_words(words, i, parameter, returned, value, problem)
+                              : read_number_value(words[i], parameter, value, problem);
+        if (!good)
+            return false;
         values.push_back(std::move(value));
     }
     if (values.empty())

@@ -2,6 +2,7 @@
 
 #include "simulator/model/arithmetic.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -67,6 +68,27 @@ bool is_blank(char character)
     return character == ' ' || character == '\t' || character == '\r';
 }
 
+/// Reads a text up to its closing quote, and over that.
+bool read_quoted(std::string_view line, std::size_t& position, std::string& text,
+                 std::string& problem)
+{
+    while (position < line.size() && line[position] != '"') {
+        const char character = line[position++];
+        if (character != '\\') {
+            text += character;
+        } else if (!read_escape(line, position, text)) {
+            problem = "wrong escape in the text \"" + text + "\\\"";
+            return false;
+        }
+    }
+    if (position >= line.size()) {
+        problem = "the text \"" + text + "\" has no closing quote";
+        return false;
+    }
+    ++position;
+    return true;
+}
+
 } // namespace
 
 bool split_words(std::string_view line, Words& words, std::string& problem)
@@ -78,29 +100,13 @@ bool split_words(std::string_view line, Words& words, std::string& problem)
         } else if (line[position] == '#') {
             break;
         } else if (line[position] == '"') {
-            Word word{"", true};
-            ++position;
-            while (position < line.size() && line[position] != '"') {
-                const char character = line[position++];
-                if (character != '\\') {
-                    word.text += character;
-                } else if (!read_escape(line, position, word.text)) {
-                    problem = "wrong escape in the text \"" + word.text + "\\\"";
-                    return false;
-                }
-            }
-            if (position >= line.size()) {
-                problem = "the text \"" + word.text + "\" has no closing quote";
+            words.push_back({"", true});
+            if (!read_quoted(line, ++position, words.back().text, problem))
                 return false;
-            }
-            ++position;
-            words.push_back(std::move(word));
         } else {
-            Word word;
-            while (position < line.size() && !is_blank(line[position]) && line[position] != '#' &&
-                   line[position] != '"')
-                word.text += line[position++];
-            words.push_back(std::move(word));
+            const std::size_t end = std::min(line.find_first_of(" \t\r#\"", position), line.size());
+            words.push_back({std::string(line.substr(position, end - position)), false});
+            position = end;
         }
     }
     return true;

@@ -79,11 +79,16 @@ std::size_t write_at_once(std::string_view bytes)
 }
 
 /// Writes to a file; nothing but a request to end the program breaks that off when its disk hangs.
-void write_to_file(std::string_view bytes)
+/// How much was taken: all, or nothing while output is held.
+std::size_t write_to_file(std::string_view bytes)
 {
+    if (output_held)
+        return 0;
+    std::string_view rest = bytes;
     do {
-        bytes.remove_prefix(write_at_once(bytes));
-    } while (!bytes.empty() && !posix::stop_is_due());
+        rest.remove_prefix(write_at_once(rest));
+    } while (!rest.empty() && !posix::stop_is_due());
+    return bytes.size();
 }
 
 } // namespace
@@ -120,12 +125,8 @@ std::size_t write_output(std::string_view bytes, int rows_to_leave)
     std::string_view rest = bytes;
     if (way == Way::unknown)
         way = find_way();
-    if (way == Way::plainly) {
-        if (output_held)
-            return 0;
-        write_to_file(bytes);
-        return bytes.size();
-    }
+    if (way == Way::plainly)
+        return write_to_file(bytes);
     for (;;) {
         // A stop or a notice never comes between a look at the screen's state and the write.
         const posix::HeldSignals held;
