@@ -9,6 +9,7 @@
 #include "frame/terminal/keys.h"
 #include "frame/terminal/questions.h"
 
+#include <array>
 #include <string>
 
 namespace
@@ -148,7 +149,11 @@ bool write_active_sets(OutputFile& file, const char* file_name)
 
 void save_all_sets(const char* file_name)
 {
+    constexpr std::array needed = {LIB(GetConfigFlags).row, LIB(GetConfigName).row,
+                                   LIB(GetConfigData).row};
     progress("Saving all configurations into file '%s':\r\n", printable(file_name).c_str());
+    if (!succeeded(first_missing(needed)))
+        return;
     hide_typed_keys();
     OutputFile file;
     if (!write_active_sets(file, file_name))
@@ -197,6 +202,8 @@ Failure attempt_fill(unsigned number, const std::string& escaped, const ConfigRe
 void load_set(unsigned number, const char* file_name)
 {
     progress("Loading configuration #%u from file '%s':\r\n", number, printable(file_name).c_str());
+    if (!succeeded(first_missing(functions_that_fill_a_set)))
+        return;
     ConfigFileIndex index;
     if (!read(file_name, index))
         return;
@@ -214,6 +221,8 @@ void load_set(unsigned number, const char* file_name)
 void load_all_sets(const char* file_name)
 {
     progress("Loading all configurations from file '%s':\r\n", printable(file_name).c_str());
+    if (!succeeded(first_missing(functions_that_fill_a_set)))
+        return;
     ConfigFileIndex index;
     if (!read(file_name, index))
         return;

@@ -6,6 +6,8 @@
 #include "frame/failure.h"
 #include "frame/switches.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -33,6 +35,11 @@ struct SetFlags {
 [[nodiscard]] Failure attempt_set_flags(unsigned number, SetFlags flags);
 [[nodiscard]] Failure attempt_get_name(unsigned number, ConfigName& name);
 [[nodiscard]] Failure attempt_set_name(unsigned number, const ConfigName& name);
+
+/// The functions that give a set its name, its data and its flags. A command that does so in
+/// several calls begins only where all are there: a set that was changed by half would be lost.
+inline constexpr std::array functions_that_fill_a_set = {
+    LIB(SetConfigName).row, LIB(SetConfigData).row, LIB(SetConfigFlags).row};
 
 /// Ends the line that is begun, then reports: for calls that fail while a question or a progress
 /// text stands on the line. True when `failed` is null.

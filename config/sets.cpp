@@ -241,6 +241,10 @@ void wipe_out_one(unsigned number)
 {
     const KeysOfItsOwn keys;
     progress("Wiping out configuration #%u:\r\n", number);
+    constexpr std::array looked_at = {LIB(GetConfigFlags).row, LIB(GetConfigName).row};
+    if (!succeeded(first_missing(looked_at)) ||
+        !succeeded(first_missing(functions_that_fill_a_set)))
+        return;
     SetFlags flags;
     if (!read_flags(number, flags))
         return;
@@ -261,6 +265,8 @@ void wipe_out_one(unsigned number)
 
 void wipe_out_all()
 {
+    if (!succeeded(first_missing(functions_that_fill_a_set)))
+        return;
     console.print("Wipe out all configurations [y/n]? ");
     if (!is_confirmed())
         return;

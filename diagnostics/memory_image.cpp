@@ -9,6 +9,7 @@
 #include "frame/text/format.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 namespace
@@ -209,6 +210,10 @@ void back_memory_up(const Given& given)
 
 void restore_memory(const Given& given)
 {
+    // A memory that is not updated at the end is neither the old one nor the new one.
+    constexpr std::array needed = {LIB(SetMemoryData).row, LIB(UpdateMemoryData).row};
+    if (!succeeded(first_missing(needed)))
+        return;
     if (!is_confirmed("Restore memory data?") ||
         !is_confirmed("All memory data will be overwritten, proceed?"))
         return;

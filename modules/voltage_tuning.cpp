@@ -13,6 +13,7 @@
 #include "modules/output.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -61,6 +62,13 @@ std::string recording_name(const std::string& module, const platform::LocalTime&
     return formatted("%s %04d-%02d-%02d %02d.%02d.%02d", module.c_str(), time.year, time.month,
                      time.day, time.hour, time.minute, time.second);
 }
+
+/// What a display calls that switches; without it high voltage might be on that no key takes away.
+constexpr std::array functions_of_tuning = {
+    LIB(GetHVsupplyMeasRanges).row,          LIB(SetHVsupplyMeasRanges).row,
+    LIB(GetHVsupplyTargetOutputVoltage).row, LIB(SetHVsupplyTargetOutputVoltage).row,
+    LIB(SetModuleActivationState).row,       LIB(GetHVsupplyParamsPWM).row,
+    LIB(GetHVsupplyOutputVoltage).row,       LIB(GetHVsupplyOutputCurrent).row};
 
 /// One run of the display.
 class Tuning
@@ -289,6 +297,8 @@ void Tuning::save(NewOutput news)
 void Tuning::run(bool continuous)
 {
     progress("Getting operating parameters of %s:\r\n", name_.c_str());
+    if (continuous && !succeeded(first_missing(functions_of_tuning)))
+        return;
     if (!succeeded(attempt_ranges(address_, ranges_)))
         return;
     run_live_display<OutputData>(

@@ -1,8 +1,13 @@
 #include "frame/device_call.h"
 #include "frame/program.h"
 #include "frame/terminal/console.h"
+#include "tests/config/config_trial.h"
+#include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
 #include "tests/support/virtual_time.h"
+
+#include <set>
+#include <string>
 
 namespace
 {
@@ -121,6 +126,58 @@ TEST(Session, ALibraryThatLacksFunctions)
     old.run("3 -u");
     EXPECT_THAT(old.display(), StartsWith("{M}Wrong DLL Version{.}")); // says it all
     EXPECT_EQ(old.calls_of("Open(3)"), 0);
+}
+
+/// Runs in which one function of the library comes after the other.
+struct LongRun {
+    const char* switches;
+    const char* keys = ""; ///< half a second after the start; without any, "yy" is piped in
+};
+
+void start(Trial& trial, const LongRun& run, const std::string& next)
+{
+    make_set(trial, 1, "one", true);
+    trial.instrument("latency 1");
+    trial.instrument("reply GetHVsupplyParamsPWM.dataReady 50h");
+    if (*run.keys != '\0')
+        trial.type(500, run.keys);
+    else
+        trial.pipe_in("yy");
+    trial.run("3 -q " + std::string{run.switches} + next + " -T");
+}
+
+TEST(Session, NoRunBeginsThatLacksAFunctionOnItsWay)
+{
+    const TemporaryFolder folder; // the tuning display names its file itself
+    Trial files;
+    start(files, {"-XS sets -y memory"}, "");
+    const std::string sets = contents("sets");
+    for (const LongRun& run :
+         {LongRun{"-Y memory"}, LongRun{"-XL sets"}, LongRun{"-XL1 sets"}, LongRun{"-XW"},
+          LongRun{"-XW1"}, LongRun{"-XS sets"}, LongRun{"-VT1", "PA\033[AaSs\033"}}) {
+        SCOPED_TRACE(run.switches);
+        Trial whole;
+        start(whole, run, "");
+        std::set<std::string> called;
+        for (const std::string& call : whole.calls)
+            called.insert(call.substr(0, call.find('(')));
+        for (const char* of_session :
+             {"GetSWVersion", "Open", "GetDevType", "Close", "CloseDebugFile"})
+            called.erase(of_session);
+        EXPECT_GE(called.size(), 2U);
+        for (const std::string& missing : called) {
+            SCOPED_TRACE(missing);
+            Trial refused;
+            virtual_platform.missing_functions = {"COM_KOV_CTRL_" + missing};
+            start(refused, run, " -u");
+            EXPECT_THAT(refused.screen(), HasSubstr(": Error at COM_KOV_CTRL_" + missing +
+                                                    ": the device library has no such function"));
+            EXPECT_THAT(refused.screen(), Not(HasSubstr("[y/n]"))); // asks nothing in vain
+            EXPECT_THAT(refused.screen(), EndsWith("Device is {Y}disabled{.}\n"));
+            EXPECT_EQ(refused.calls_of("Set") + refused.calls_of("Update"), 0);
+            EXPECT_EQ(contents("sets"), sets);
+        }
+    }
 }
 
 TEST(Session, AsksAboutAnotherDevice)
