@@ -63,10 +63,10 @@ std::string number_text(const QuantityFormat& quantity, double value)
     return text.front() == '+' && !quantity.with_sign ? text.substr(1) : text;
 }
 
-/// A deviation without its sign.
+/// A deviation without its sign. From what is no finite number there is none, not even in a unit.
 std::string deviation_text(const QuantityFormat& quantity, double value, int at_least)
 {
-    if (std::isnan(value))
+    if (!std::isfinite(value))
         return "nan";
     // The mean of equal values may be off by a last digit: no deviation is below 0.
     const double number = std::max(0.0, value) * quantity.deviation_per_unit;

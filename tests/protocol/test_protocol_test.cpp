@@ -59,7 +59,7 @@ TEST(TestProtocol, ReportsWhatIsNoFiniteNumber)
     trial.instrument("reply GetHousekeeping.voltage5 -inf 5");
     trial.instrument("reply GetHVsupplyTargetOutputVoltage.voltage -0.0004");
     trial.run("3 -q -R " + report.name() + " -T");
-    for (const char* line : {"\n\t5V0:\t-infV \xB1 nan (+infmV, -nan)\n",
+    for (const char* line : {"\n\t5V0:\t-infV \xB1 nan (+nan, -nan)\n",
                              "\n\t24V:\tnanV \xB1 nan (+nan, -nan)\n", "\t1V\t0.000V\t1.000V"})
         EXPECT_THAT(report.text(), HasSubstr(line));
 }
