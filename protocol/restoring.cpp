@@ -129,7 +129,19 @@ constexpr std::array<StateWords, 4> state_words = {{
     {"UNKNOWN, OUTPUTS MAY STILL BE ON! The settings could not be restored", Color::bad},
 }};
 
-constexpr const char* state_label = "State of the instrument";
+/// What the file is told when nobody restores the settings any more.
+std::string last_words(platform::ForcedEnd end)
+{
+    const char* const blocked = platform::current_call.name;
+    std::string text = "\n";
+    if (end == platform::ForcedEnd::crash)
+        text += report_text::first_error + std::string{"the program has failed\n\n"};
+    else if (blocked != nullptr)
+        text += report_text::first_error + std::string{blocked} + ": no answer\n\n";
+    const auto unknown = static_cast<std::size_t>(InstrumentState::unknown);
+    return text + report_text::aborted + '\n' + report_text::instrument_state + ":\t" +
+           state_words[unknown].text + '\n';
+}
 
 } // namespace
 
@@ -138,7 +150,8 @@ void report_state(Report& report, InstrumentState state)
     if (state == InstrumentState::untouched)
         return;
     const StateWords& words = state_words[static_cast<std::size_t>(state)];
-    report.item({.label = state_label, .value = words.text, .color = words.color});
+    report.item(
+        {.label = report_text::instrument_state, .value = words.text, .color = words.color});
 }
 
 void repeat_bad_state(InstrumentState state)
@@ -146,7 +159,7 @@ void repeat_bad_state(InstrumentState state)
     if (state != InstrumentState::disabled && state != InstrumentState::unknown)
         return;
     const StateWords& words = state_words[static_cast<std::size_t>(state)];
-    console.print("%s: ", state_label);
+    console.print("%s: ", report_text::instrument_state);
     console.print(words.color, "%s", words.text);
     console.print("\n");
 }
@@ -159,6 +172,7 @@ bool run_on_saved_settings(Report& report, InstrumentState& state,
     if (!call(LIB(GetCurrentConfig), &saved))
         return false;
     report.text(report_text::settings_saved);
+    report.set_last_words(last_words);
     const platform::ProtectedRun until_restored;
     const bool passed = guarded(steps);
     // A terminal or a pipe keeps nobody waiting; a file on a disk that hangs would.

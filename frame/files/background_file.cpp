@@ -5,6 +5,7 @@
 #include "frame/terminal/console.h"
 #include "frame/text/format.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -17,6 +18,15 @@
 struct BackgroundFile::Job {
     OutputFile file;
     std::thread writer;
+    /// Each changes it. Not under the lock: a signal handler has one, too.
+    std::atomic<unsigned> orders = 0;
+    std::atomic<LastWords> last_words = nullptr;
+    std::atomic<bool> ends_now = false; ///< the last words are due
+    std::atomic<bool> has_said_them = false;
+    std::atomic<platform::ForcedEnd> forced_end = platform::ForcedEnd::asked_for;
+    std::string former_notice;
+    platform::LastAct last_act{};
+
     std::mutex mutex;
     std::condition_variable news;
     std::string bytes; ///< to be written
@@ -29,8 +39,15 @@ struct BackgroundFile::Job {
     /// What the writer does until the end.
     void write();
 
+    void order()
+    {
+        ++orders;
+        orders.notify_one();
+    }
+
 private:
-    [[nodiscard]] bool end() { return is_complete && !failed ? file.complete() : file.close(); }
+    void carry_out();
+    void say_last_words();
 };
 
 namespace
@@ -43,24 +60,49 @@ std::vector<void*>& jobs_given_up()
     return *jobs;
 }
 
+/// The job of the file that wants last words; null = none.
+constinit std::atomic<void*> job_with_last_words = nullptr;
+
 } // namespace
 
 void BackgroundFile::Job::write()
 {
-    std::unique_lock lock{mutex};
     while (!has_ended) {
-        news.wait(lock, [this] { return !bytes.empty() || is_to_end; });
-        const std::string taken = std::exchange(bytes, {});
-        const bool ends = taken.empty();
-        is_idle = false;
-        lock.unlock();
-        const bool good = ends ? end() : file.write(taken) && file.flush();
-        lock.lock();
-        failed = failed || !good;
-        is_idle = bytes.empty();
-        has_ended = ends;
-        news.notify_all();
+        const unsigned known = orders;
+        carry_out();
+        if (!has_ended)
+            orders.wait(known);
     }
+}
+
+void BackgroundFile::Job::carry_out()
+{
+    std::unique_lock lock{mutex};
+    const std::string taken = std::exchange(bytes, {});
+    const bool ends = is_to_end;
+    is_idle = taken.empty() && !ends;
+    const bool has_failed = failed;
+    lock.unlock();
+    bool good = taken.empty() || (file.write(taken) && file.flush());
+    if (ends_now)
+        say_last_words();
+    if (ends)
+        good = (is_complete && good && !has_failed ? file.complete() : file.close()) && good;
+    lock.lock();
+    failed = failed || !good;
+    is_idle = bytes.empty();
+    has_ended = ends;
+    news.notify_all();
+}
+
+void BackgroundFile::Job::say_last_words()
+{
+    if (has_said_them)
+        return;
+    if (const LastWords words = last_words; words != nullptr && file.write(words(forced_end)))
+        (void)file.flush();
+    file.former().mark();
+    has_said_them = true;
 }
 
 BackgroundFile::~BackgroundFile()
@@ -79,16 +121,46 @@ bool BackgroundFile::replace(const char* name)
     return true;
 }
 
+void BackgroundFile::write(std::string_view bytes)
+{
+    if (job_ == nullptr)
+        return;
+    const std::lock_guard lock{job_->mutex};
+    job_->bytes += bytes;
+}
+
+void BackgroundFile::set_last_words(LastWords last_words)
+{
+    if (job_ == nullptr)
+        return;
+    const auto say_them = [](platform::ForcedEnd end) { // which a signal handler may do
+        constexpr std::chrono::milliseconds interval{1};
+        constexpr int intervals = 100;
+        auto* const job = static_cast<Job*>(job_with_last_words.load());
+        if (job == nullptr)
+            return;
+        job->forced_end = end;
+        job->ends_now = true;
+        job->order();
+        for (int i = 0; i < intervals && !job->has_said_them; ++i)
+            std::this_thread::sleep_for(interval);
+    };
+    job_->last_words = last_words;
+    job_->former_notice = job_->file.former().notice();
+    job_->last_act = {.told = job_->former_notice, .act = say_them};
+    job_with_last_words = job_;
+    platform::set_last_act(&job_->last_act);
+}
+
 bool BackgroundFile::flush()
 {
     constexpr std::chrono::milliseconds patience{100};
     if (job_ == nullptr)
         return true;
     std::unique_lock lock{job_->mutex};
-    if (!pending_.empty()) {
-        job_->bytes += std::exchange(pending_, {});
+    if (!job_->bytes.empty()) {
         job_->is_idle = false;
-        job_->news.notify_all();
+        job_->order();
     }
     const auto is_done = [this] { return job_->is_idle || job_->failed; };
     hangs_ = hangs_ ? !is_done() : !job_->news.wait_for(lock, patience, is_done);
@@ -101,16 +173,16 @@ bool BackgroundFile::close(bool complete)
         return true;
     {
         const std::lock_guard lock{job_->mutex};
-        job_->bytes += std::exchange(pending_, {});
         job_->is_to_end = true;
         job_->is_complete = complete;
-        job_->news.notify_all();
+        job_->order();
     }
     if (!wait_for_end()) {
         give_up();
         return false;
     }
     job_->writer.join();
+    forget_last_words();
     const std::unique_ptr<Job> job{std::exchange(job_, nullptr)};
     return !job->failed;
 }
@@ -142,8 +214,18 @@ bool BackgroundFile::wait_for_end()
     }
 }
 
+void BackgroundFile::forget_last_words()
+{
+    if (job_with_last_words == job_) {
+        platform::set_last_act(nullptr);
+        job_with_last_words = nullptr;
+    }
+}
+
 void BackgroundFile::give_up()
 {
+    forget_last_words();
+    job_->file.former().tell();
     job_->writer.detach();
     jobs_given_up().push_back(std::exchange(job_, nullptr));
 }

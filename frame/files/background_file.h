@@ -2,6 +2,8 @@
 /// or for the reader of a pipe. For what is written while something dangerous is switched on.
 #pragma once
 
+#include "frame/platform/platform.h"
+
 #include <string>
 #include <string_view>
 
@@ -16,8 +18,13 @@ public:
     /// As OutputFile::replace(); this may wait.
     [[nodiscard]] bool replace(const char* name);
 
-    /// Takes bytes, to be written by the next flush().
-    void write(std::string_view bytes) { pending_ += bytes; }
+    /// Takes bytes, to be written by the next flush() at the latest.
+    void write(std::string_view bytes);
+
+    /// What stands at the file's end when a protected run is left on the spot, if that is possible
+    /// within a moment. Any thread may ask for it.
+    using LastWords = std::string (*)(platform::ForcedEnd end);
+    void set_last_words(LastWords last_words);
 
     /// Has everything written. False when something could not be: what fails later is told by the
     /// next call. Waits a moment, so that this is mostly the next one; not again until what hangs
@@ -37,10 +44,10 @@ private:
     struct Job;
 
     [[nodiscard]] bool wait_for_end();
+    void forget_last_words();
     void give_up();
 
     std::string name_;
-    std::string pending_;
     Job* job_ = nullptr;
     bool hangs_ = false;
 };

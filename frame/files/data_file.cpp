@@ -64,20 +64,36 @@ void FormerFile::undo()
 
 void FormerFile::discard()
 {
-    if (!copy_.empty())
+    if (!settled_.exchange(true) && !copy_.empty())
         platform::remove_file(copy_.c_str());
-    copy_.clear();
+}
+
+std::string FormerFile::notice() const
+{
+    return copy_.empty() ? "" : "The file before is kept as '" + printable(copy_) + '\'';
+}
+
+void FormerFile::tell()
+{
+    if (settled_.exchange(true) || copy_.empty())
+        return;
+    if (failed_)
+        print_warning("The file before cannot be kept as '%s', so it was left as it is",
+                      printable(copy_).c_str());
+    else
+        print_warning("%s", notice().c_str());
+}
+
+void FormerFile::mark() const
+{
+    if (!failed_ && !settled_ && !copy_.empty())
+        platform::mark_copy(name_.c_str(), copy_.c_str());
 }
 
 FormerFile::~FormerFile()
 {
-    if (copy_.empty())
-        return;
-    if (!failed_)
-        platform::mark_copy(name_.c_str(), copy_.c_str());
-    print_warning(failed_ ? "The file before cannot be kept as '%s', so it was left as it is"
-                          : "The file before is kept as '%s'",
-                  printable(copy_).c_str());
+    mark();
+    tell();
 }
 
 OutputFile::~OutputFile()

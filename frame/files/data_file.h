@@ -6,6 +6,7 @@
 #include "frame/text/printf_format.h"
 
 #include <array>
+#include <atomic>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -35,12 +36,20 @@ public:
     void undo();
     /// The new file is complete: removes the copy.
     void discard();
+    /// The new file is given up, although somebody may still be writing it: tells the user, as the
+    /// destructor would. From then on the copy is not removed.
+    void tell();
+    /// Where the copy is, as the user is told; empty when there is none.
+    [[nodiscard]] std::string notice() const;
+    /// The new file has come to nothing.
+    void mark() const;
 
 private:
     std::string name_;
     std::string copy_;    ///< empty = none
     bool is_new_ = false; ///< made by keep()
     bool failed_ = false;
+    std::atomic<bool> settled_ = false; ///< removed or told
 };
 
 /// A file being written. Its bytes are buffered; what fails to reach the disk is told by the print
@@ -80,6 +89,9 @@ public:
     /// The same for a file in which nothing is missing: it is stored before, and the one that it
     /// replaces is let go.
     [[nodiscard]] bool complete();
+
+    /// What it replaces, if replace() opened it.
+    [[nodiscard]] FormerFile& former() { return former_; }
 
 private:
     bool noted(bool good)

@@ -122,6 +122,22 @@ public:
     ProtectedRun& operator=(const ProtectedRun&) = delete;
 };
 
+/// How a protected run ends that leaves the settings as they are.
+enum class ForcedEnd : std::uint8_t {
+    asked_for, ///< by a request while a call blocks
+    crash,
+};
+
+/// What else is then to be done.
+struct LastAct {
+    std::string_view told; ///< to the user, as a line of its own; may be empty
+    /// May only do what a signal handler may, and take no longer than a moment.
+    void (*act)(ForcedEnd end);
+};
+
+/// Has it done when a protected run ends so; null = nothing.
+void set_last_act(const LastAct* last_act);
+
 // ---- Input ----
 
 bool input_is_terminal();

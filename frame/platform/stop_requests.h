@@ -14,6 +14,8 @@
 namespace platform
 {
 
+struct LastAct;
+
 /// A line that a handler composes.
 class Notice
 {
@@ -71,6 +73,12 @@ public:
     }
     void protect(bool on) { protected_ = on; }
     [[nodiscard]] bool is_protected() const { return protected_; }
+    void set_last_act(const LastAct* last_act) { last_act_ = last_act; }
+    /// What is to be done when the program ends on the spot; null outside a protected run.
+    [[nodiscard]] const LastAct* last_act() const
+    {
+        return protected_ ? last_act_.load() : nullptr;
+    }
     /// One more or less of the files that may be pipes whose other end nobody reads; returns their
     /// number.
     int files_being_written(int change) { return files_ += change; }
@@ -89,6 +97,7 @@ private:
 
     std::atomic<int> number_ = 0;
     std::atomic<bool> protected_ = false;
+    std::atomic<const LastAct*> last_act_ = nullptr;
     std::atomic<int> files_ = 0;
     std::atomic<std::int64_t> look_ms_ = 0;
     std::atomic<unsigned> calls_at_look_ = 0;

@@ -51,6 +51,9 @@ public:
     /// Has what was written so far reach the file, without waiting for it for long.
     void flush();
 
+    /// What stands at the file's end when the test is left on the spot; see BackgroundFile.
+    void set_last_words(BackgroundFile::LastWords words) { file_.set_last_words(words); }
+
     /// A line of one or more labelled values; in the file a line each, further ones indented.
     void items(std::span<const ReportItem> items) { write_items(items, "\t"); }
     void item(const ReportItem& single) { items({&single, 1}); }

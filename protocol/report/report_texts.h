@@ -12,6 +12,7 @@ inline constexpr const char* created_on = "Test protocol created on ";
 inline constexpr const char* completed = "Test protocol successfully completed within ";
 inline constexpr const char* aborted = "*** Test protocol aborted due to an error ***";
 inline constexpr const char* first_error = "First error:\t";
+inline constexpr const char* instrument_state = "State of the instrument";
 
 // ---- Product data ----
 

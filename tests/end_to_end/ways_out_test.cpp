@@ -413,10 +413,9 @@ TEST(SettingsChanged, AreNotLeftSoByCtrlZ)
     expect_terminal_restored(terminal);
 }
 
-TEST(SettingsChanged, AreLeftSoOnlyAfterAWarning)
+/// Asks for the end until it comes.
+void leave_blocked_test(PseudoTerminal& terminal)
 {
-    const SettingsChanged run{"block SetEnable at 1 for 600000\n"};
-    PseudoTerminal terminal{run};
     ASSERT_TRUE(terminal.shows("abling the device..."));
     terminal.send_signal(SIGTERM);
     ASSERT_TRUE(terminal.shows("; outputs may still be on, Ctrl-C again leaves them so"));
@@ -428,6 +427,36 @@ TEST(SettingsChanged, AreLeftSoOnlyAfterAWarning)
     EXPECT_THAT(terminal.screen.screen(),
                 HasSubstr("Settings are not restored, outputs may still be on!"));
     expect_terminal_restored(terminal);
+}
+
+TEST(SettingsChanged, AreLeftSoOnlyAfterAWarning)
+{
+    const SettingsChanged run{"block SetEnable at 1 for 600000\n"};
+    const std::string report = run.folder + "/report";
+    write_file(report, "an older report\n");
+    PseudoTerminal terminal{run};
+    leave_blocked_test(terminal);
+    EXPECT_THAT(terminal.screen.screen(), HasSubstr("!\n\nThe file before is kept as 'report~'\n"));
+    EXPECT_EQ(contents(report + '~'), "an older report\n");
+    EXPECT_THAT(contents(report),
+                ContainsRegex("abling the device...\n\n"
+                              "First error:\tCOM_KOV_CTRL_SetEnable: no answer\n\n"
+                              "\\*\\*\\* Test protocol aborted due to an error \\*\\*\\*\n"
+                              "State of the instrument:\tUNKNOWN, OUTPUTS MAY STILL BE ON! The "
+                              "settings could not be restored\n$"));
+}
+
+TEST(SettingsChanged, AreLeftSoAlsoWhenTheReportIsNotTaken)
+{
+    const SettingsChanged run{"block SetEnable at 1 for 600000\n"};
+    const std::string report = run.folder + "/report";
+    ASSERT_EQ(mkfifo(report.c_str(), 0600), 0);
+    const int pipe = open(report.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC); // nobody reads
+    while (write(pipe, "12345678", 8) == 8) {
+    }
+    PseudoTerminal terminal{run};
+    leave_blocked_test(terminal);
+    close(pipe);
 }
 
 TEST(Background, TakesNoKeyAndIsNotStopped)

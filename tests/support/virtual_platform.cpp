@@ -166,6 +166,8 @@ void protect_run(bool on)
     virtual_platform.run_is_protected = on;
 }
 
+void set_last_act(const LastAct*) {}
+
 std::size_t write_some_output(std::string_view bytes, int)
 {
     const std::string_view taken = bytes.substr(0, virtual_platform.output_room);

@@ -57,6 +57,20 @@ void tell_in_handler(std::string_view text)
         program_resumed = 1;
 }
 
+/// The last thing before an end on the spot: tells of settings that stay changed, gives the
+/// terminal back, and only then does what else is to be done, which may fail.
+void leave(ForcedEnd end, std::string_view notice)
+{
+    const LastAct* const last_act = posix::requests.last_act();
+    if (posix::requests.is_protected())
+        tell_in_handler(notice);
+    if (last_act != nullptr && !last_act->told.empty())
+        tell_in_handler(last_act->told);
+    posix::hand_terminal_back();
+    if (last_act != nullptr)
+        last_act->act(end);
+}
+
 void drop_if_typed(int number, const siginfo_t& info)
 {
     const bool is_key = number == SIGINT || number == SIGQUIT || number == SIGTSTP;
@@ -84,9 +98,7 @@ void on_stop_request(int number, siginfo_t* info, void*)
         remind_later();
         break;
     case StopRequests::Answer::at_once:
-        if (posix::requests.is_protected())
-            tell_in_handler(left_notice);
-        posix::hand_terminal_back();
+        leave(ForcedEnd::asked_for, left_notice);
         _exit(128 + number);
     }
     errno = saved_errno;
@@ -152,9 +164,7 @@ void on_crash(int number, siginfo_t* info, void* context)
         on_stop_request(number, info, context);
         return;
     }
-    if (posix::requests.is_protected())
-        tell_in_handler(crash_notice);
-    posix::hand_terminal_back();
+    leave(ForcedEnd::crash, crash_notice);
     std::signal(number, SIG_DFL);
     raise(number);
 }
@@ -300,6 +310,11 @@ void protect_run(bool on)
         else
             std::signal(background_signals[i], before[i]);
     }
+}
+
+void set_last_act(const LastAct* last_act)
+{
+    posix::requests.set_last_act(last_act);
 }
 
 void begin_writing_file()

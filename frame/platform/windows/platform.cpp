@@ -33,11 +33,23 @@ void hand_terminal_back()
         SetConsoleMode(input, original_input_mode);
 }
 
+/// The last thing before an end on the spot: tells of settings that stay changed, gives the console
+/// back, and only then does what else is to be done, which may fail.
+void leave(ForcedEnd end, std::string_view notice)
+{
+    const LastAct* const last_act = windows::requests.last_act();
+    if (windows::requests.is_protected())
+        windows::tell_below_screen(notice);
+    if (last_act != nullptr && !last_act->told.empty())
+        windows::tell_below_screen(last_act->told);
+    hand_terminal_back();
+    if (last_act != nullptr)
+        last_act->act(end);
+}
+
 [[noreturn]] void end_at_once(int number)
 {
-    if (windows::requests.is_protected())
-        windows::tell_below_screen(left_notice);
-    hand_terminal_back();
+    leave(ForcedEnd::asked_for, left_notice);
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(128 + number));
     std::abort();
 }
@@ -78,23 +90,17 @@ BOOL WINAPI on_stop_request(DWORD event)
     return TRUE;
 }
 
-/// The last things that a crash does: the console must not stay behind unusable.
-void leave_after_crash()
-{
-    if (windows::requests.is_protected())
-        windows::tell_below_screen(crash_notice);
-    hand_terminal_back();
-}
+// The console must not stay behind unusable.
 
 LONG WINAPI on_crash(EXCEPTION_POINTERS*)
 {
-    leave_after_crash();
+    leave(ForcedEnd::crash, crash_notice);
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
 void on_abort(int)
 {
-    leave_after_crash();
+    leave(ForcedEnd::crash, crash_notice);
 }
 
 /// Waits until the handle (null = nothing) is signalled, the program is asked to end, or the time
@@ -249,6 +255,11 @@ void protect_run(bool on)
     const DWORD quick_edit = on ? 0 : original_input_mode & ENABLE_QUICK_EDIT_MODE;
     SetConsoleMode(input,
                    (mode & ~DWORD{ENABLE_QUICK_EDIT_MODE}) | ENABLE_EXTENDED_FLAGS | quick_edit);
+}
+
+void set_last_act(const LastAct* last_act)
+{
+    windows::requests.set_last_act(last_act);
 }
 
 bool input_is_terminal()
