@@ -5,8 +5,8 @@
 #include "frame/text/format.h"
 #include "instrument/controller_readings.h"
 #include "instrument/words.h"
+#include "protocol/report/schedule.h"
 #include "protocol/sampling.h"
-#include "protocol/schedule.h"
 
 #include <numeric>
 #include <string>

@@ -3,8 +3,8 @@
 #include "frame/device_call.h"
 #include "instrument/addresses.h"
 #include "protocol/module_steps.h"
+#include "protocol/report/schedule.h"
 #include "protocol/report/series.h"
-#include "protocol/schedule.h"
 
 namespace
 {

@@ -1,7 +1,7 @@
 /// The heater under each of its limits in turn.
 #pragma once
 
-#include "protocol/report/product_report.h"
+#include "protocol/product_report.h"
 #include "protocol/report/report.h"
 
 /// For a heat-controller that is there. Deactivates the module in the end. False when a step

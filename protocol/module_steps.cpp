@@ -6,7 +6,7 @@
 #include "instrument/module_readings.h"
 #include "instrument/words.h"
 #include "protocol/report/report_items.h"
-#include "protocol/schedule.h"
+#include "protocol/report/schedule.h"
 
 namespace
 {

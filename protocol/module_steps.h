@@ -3,7 +3,7 @@
 #pragma once
 
 #include "instrument/supply_output.h"
-#include "protocol/report/product_report.h"
+#include "protocol/product_report.h"
 #include "protocol/report/report.h"
 #include "protocol/sampling.h"
 

@@ -4,7 +4,7 @@
 #include "protocol/controller_steps.h"
 #include "protocol/heater_steps.h"
 #include "protocol/module_steps.h"
-#include "protocol/schedule.h"
+#include "protocol/report/schedule.h"
 #include "protocol/supply_steps.h"
 
 #include <functional>

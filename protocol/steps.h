@@ -2,7 +2,7 @@
 /// caller saves the configuration before and restores it after them, whatever comes of them.
 #pragma once
 
-#include "protocol/report/product_report.h"
+#include "protocol/product_report.h"
 #include "protocol/report/report.h"
 
 #include <cstdint>

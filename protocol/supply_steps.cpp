@@ -3,7 +3,7 @@
 #include "frame/device_call.h"
 #include "instrument/supply_output.h"
 #include "protocol/module_steps.h"
-#include "protocol/schedule.h"
+#include "protocol/report/schedule.h"
 
 #include <array>
 

@@ -1,7 +1,7 @@
 /// The outputs of the HV-supplies, in steps up to their voltage ranges.
 #pragma once
 
-#include "protocol/report/product_report.h"
+#include "protocol/product_report.h"
 #include "protocol/report/report.h"
 
 /// For both polarities of the HV-supply in a slot. The target is 0 V at the end of each. False when

@@ -9,7 +9,7 @@
 #include "instrument/controller_readings.h"
 #include "instrument/status_words.h"
 #include "protocol/needed_functions.h"
-#include "protocol/report/product_report.h"
+#include "protocol/product_report.h"
 #include "protocol/report/report.h"
 #include "protocol/restoring.h"
 #include "protocol/sampling.h"

@@ -1,13 +1,13 @@
 /// What the series of measurements of the acceptance test consist of, for who takes and tells them
-/// and for who reads them. How long they are stands in protocol/schedule.h.
+/// and for who reads them. How long they are stands in protocol/report/schedule.h.
 #pragma once
 
 #include "instrument/addresses.h"
 #include "instrument/controller_readings.h"
 #include "instrument/module_readings.h"
 #include "protocol/report/report_texts.h"
+#include "protocol/report/schedule.h"
 #include "protocol/report/statistics.h"
-#include "protocol/schedule.h"
 
 #include <cstddef>
 #include <span>

@@ -1,4 +1,4 @@
-#include "protocol/report/controller_data.h"
+#include "protocol/controller_data.h"
 
 #include "frame/device_call.h"
 #include "frame/program.h"
@@ -7,7 +7,7 @@
 #include "instrument/status_words.h"
 #include "instrument/words.h"
 #include "protocol/report/report_items.h"
-#include "protocol/report/unit_data.h"
+#include "protocol/unit_data.h"
 
 #include <initializer_list>
 #include <span>

@@ -1,8 +1,6 @@
 /// How long the steps of the acceptance test wait and measure.
 #pragma once
 
-#include "protocol/report/product_report.h"
-
 #include <cstddef>
 #include <cstdint>
 

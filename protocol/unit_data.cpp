@@ -1,4 +1,4 @@
-#include "protocol/report/unit_data.h"
+#include "protocol/unit_data.h"
 
 #include "frame/text/format.h"
 #include "instrument/addresses.h"

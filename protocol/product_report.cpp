@@ -1,4 +1,4 @@
-#include "protocol/report/product_report.h"
+#include "protocol/product_report.h"
 
 #include "frame/device_call.h"
 #include "frame/program.h"
@@ -8,10 +8,10 @@
 #include "instrument/module_state.h"
 #include "instrument/supply_output.h"
 #include "instrument/words.h"
-#include "protocol/report/controller_data.h"
+#include "protocol/controller_data.h"
 #include "protocol/report/report_items.h"
-#include "protocol/report/unit_data.h"
 #include "protocol/sampling.h"
+#include "protocol/unit_data.h"
 
 #include <algorithm>
 
