@@ -39,6 +39,7 @@ install_compressed(packaging/debian/changelog ${document_folder} changelog)
 install(FILES README.md packaging/debian/copyright DESTINATION ${document_folder})
 file(GLOB pages CONFIGURE_DEPENDS docs/*.md)
 install(FILES ${pages} DESTINATION ${document_folder}/docs) # as README.md says
+install(DIRECTORY docs/pictures DESTINATION ${document_folder}/docs)
 install(FILES completions/KOV-Controller.bash RENAME KOV-Controller
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES completions/_KOV-Controller DESTINATION ${zsh_folder})

@@ -9,6 +9,7 @@ install(DIRECTORY simulator/scenarios DESTINATION .)
 install(FILES README.md DESTINATION .)
 file(GLOB pages CONFIGURE_DEPENDS docs/*.md)
 install(FILES ${pages} DESTINATION docs) # as README.md says
+install(DIRECTORY docs/pictures DESTINATION docs)
 
 if(TARGET kov)
   install(TARGETS kov RUNTIME DESTINATION .)

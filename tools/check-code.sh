@@ -11,7 +11,7 @@ cd "$source_folder"
 format_tools=("clang-format-14 clang-format-14" "mandoc mandoc")
 tidy_tools=("clang-tidy-14 clang-tidy-14")
 cppcheck_tools=("cppcheck cppcheck")
-folders=(bench companion config controller devlib diagnostics frame instrument interactive modules protocol simulator tests)
+folders=(bench companion config controller devlib diagnostics frame instrument interactive modules protocol simulator tests tools)
 
 check_layout() {
     need_tools "${format_tools[@]}"

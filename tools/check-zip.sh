@@ -25,7 +25,7 @@ zip=$(ls "$zips"/*.zip)
 cd "$folder"/*/
 
 present=$(find . -type f | sort)
-pages=$(cd "$source_folder" && find docs -name '*.md' -printf './%p\n')
+pages=$(cd "$source_folder" && find ./docs -name '*.md' -o -name '*.svg')
 scenarios=$(cd "$source_folder/simulator" && find scenarios -type f -printf './%p\n')
 expected=$(printf '%s\n' ./KOV-Controller.exe ./COM-KOV-CTRL.dll ./kov.exe ./README.md \
     ./docs/kov-report.schema.json "$pages" "$scenarios" | sort)

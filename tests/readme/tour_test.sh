@@ -3,7 +3,7 @@
 # instrument, new at the beginning, and compares what they print with what stands below them there.
 # A line "..." stands for any lines; what differs from run to run (dates, times, measured values,
 # counts) is masked. A command line without an output only has to be a good one. Links lead somewhere.
-#   tour_test.sh PAGE SOURCE_FOLDER PROGRAM [COMPANION]
+#   tour_test.sh PAGE SOURCE_FOLDER PROGRAM QUICK_CONTROLLER [COMPANION]
 set -uo pipefail
 page=$(realpath "$1") program=$3
 folder=$(mktemp -d)
@@ -12,7 +12,7 @@ ln -s "$(realpath "$2")/simulator" "$folder/simulator"
 cd "$folder" || exit
 printf '#!/bin/sh\nexec "%s" "$@"\n' "$program" >run.sh
 chmod +x run.sh
-companion=${4:-}
+companion=${5:-}
 [ -z "$companion" ] || PATH=${companion%/*}:$PATH
 unset KOV_DEVICE_LIBRARY LD_LIBRARY_PATH NO_COLOR CLICOLOR_FORCE KOV_SIMULATOR_SCENARIO
 export KOV_SIMULATOR_STATE=$folder/state LC_ALL=C.UTF-8

@@ -27,6 +27,6 @@ inline void reset()
 }
 
 /// The local wall-clock time that belongs to now_us() = 0, in milliseconds since 1970-01-01 00:00.
-inline constexpr std::int64_t wall_clock_start_ms = 1'773'480'413'589;
+inline std::int64_t wall_clock_start_ms = 1'773'480'413'589;
 
 } // namespace virtual_time
