@@ -37,6 +37,10 @@ std::string sentence(const platform::LibraryFailure& failure)
         return "there is no such file, but something else in its folder: " + quoted(detail);
     case LibraryFault::dangling_link:
         return "it is a link that leads nowhere";
+    case LibraryFault::dangling_folder:
+        return "its folder is a link that leads nowhere";
+    case LibraryFault::no_folder:
+        return "its folder is no folder";
     case LibraryFault::unreadable:
         return "it may not be read";
     case LibraryFault::no_file:

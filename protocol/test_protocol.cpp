@@ -5,6 +5,7 @@
 #include "frame/program.h"
 #include "frame/terminal/console.h"
 #include "frame/terminal/keys.h"
+#include "frame/terminal/questions.h"
 #include "frame/text/format.h"
 #include "instrument/controller_readings.h"
 #include "instrument/status_words.h"
@@ -117,7 +118,10 @@ void create_test_protocol(const Given& given)
         return; // a report of that name stays as it is
     Report report;
     if (!report.open(given.text)) {
-        print_failure("Cannot open the data file %s", printable(given.text).c_str());
+        if (platform::stop_signal() != 0)
+            print_interrupted(); // while it waited for the reader of a pipe
+        else
+            print_failure("Cannot open the data file %s", printable(given.text).c_str());
         return;
     }
     const std::int64_t start_ms = platform::tick_ms();

@@ -23,6 +23,14 @@ bool shorten(std::string& path)
     return !path.empty() && path.back() != '/' && path.back() != '\\';
 }
 
+void tell_wait_for_reader(const char* name)
+{
+    console.clear_line(); // of a progress text
+    print_warning("Waiting for somebody to read the pipe '%s'; Ctrl-C gives it up",
+                  printable(name).c_str());
+    console.flush();
+}
+
 } // namespace
 
 bool FormerFile::keep(const char* name)
@@ -104,7 +112,7 @@ OutputFile::~OutputFile()
 
 bool OutputFile::create(const char* name)
 {
-    file_ = platform::open_file(name, "w");
+    file_ = platform::open_file(name, "w", tell_wait_for_reader);
     name_ = name;
     due_ms_ = 0;
     failed_ = false;

@@ -62,7 +62,8 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// Creates the file, or empties the one of that name. False when that is not possible.
+    /// Creates the file, or empties the one of that name. False when that is not possible. Tells
+    /// the user when it is a pipe that has to wait for its reader.
     [[nodiscard]] bool create(const char* name);
     /// The same, but what a file of that name holds is kept until complete(); false, too, when it
     /// cannot be.

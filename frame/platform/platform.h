@@ -188,6 +188,8 @@ enum class LibraryFault : std::uint8_t {
     absent,
     misspelt, ///< absent, but its folder is not empty; detail: the name of something there
     dangling_link,
+    dangling_folder, ///< its folder is a link that leads nowhere
+    no_folder,       ///< what should be its folder
     unreadable,
     no_file, ///< a folder, a device, ...
     empty,
@@ -229,8 +231,10 @@ void begin_writing_file();
 void end_writing_file();
 
 /// Opens a file as std::fopen() does; its name is UTF-8. Text ("w") gets the line ends of the
-/// system.
-std::FILE* open_file(const char* name, const char* mode);
+/// system. A pipe that is to be written, and that nobody reads, is waited for until somebody does
+/// or the program is asked to end; before that `before_wait` gets its name.
+std::FILE* open_file(const char* name, const char* mode,
+                     void (*before_wait)(const char* name) = nullptr);
 
 /// Waits until what the operating system holds of a file is on the disk. True, too, for what is no
 /// file on a disk.

@@ -175,6 +175,29 @@ TEST(DeviceLibrary, WhatCannotBeUsedIsToldAndEndsTheSearch)
     }
 }
 
+TEST(DeviceLibrary, AMakersFolderThatIsNoneIsTold)
+{
+    const struct {
+        std::function<void(const std::string& folder)> make;
+        const char* cause; ///< empty = the simulated instrument answers
+    } cases[] = {
+        {[](const std::string& folder) { fs::create_symlink("/not/there", folder); },
+         "its folder is a link that leads nowhere"},
+        {[](const std::string& folder) { write_file(folder, "text"); }, "its folder is no folder"},
+        {[](const std::string&) {}, ""},
+        {[](const std::string& folder) { fs::create_symlink("simulator", folder); }, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.cause);
+        Installed run;
+        const std::string folder = run.maker.substr(0, run.maker.size() - 1);
+        fs::remove(folder);
+        c.make(folder);
+        EXPECT_EQ(run.print("3 -q -pi -T"),
+                  *c.cause == '\0' ? own_product : refusal(run.maker + library_name, c.cause));
+    }
+}
+
 /// What a library lacks, and what the program does with it.
 TEST(DeviceLibrary, MissingFunctionsAreToldBeforeThePortIsOpened)
 {

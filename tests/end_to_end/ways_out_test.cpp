@@ -516,6 +516,65 @@ TEST(SlowPipe, IsWrittenToItsEndWhateverSignalComes)
     }
 }
 
+/// The write of a pipe that is full already, to a disk or to a reader that hangs.
+TEST(SlowPipe, IsToldWhenItKeepsTheProgramFromItsEnd)
+{
+    ControllerRun run{"3 -y pipe -T", "latency 0\n"};
+    run.size = {.columns = 140, .rows = 25};
+    const std::string pipe_name = run.folder + "/pipe";
+    ASSERT_EQ(mkfifo(pipe_name.c_str(), 0600), 0);
+    const int pipe = open(pipe_name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    PseudoTerminal terminal{run};
+    const int full = fcntl(pipe, F_GETPIPE_SZ);
+    int waiting = 0;
+    ASSERT_TRUE(terminal.wait_until(
+        [&] { return ioctl(pipe, FIONREAD, &waiting) == 0 && waiting == full; }));
+    terminal.send_signal(SIGINT);
+    ASSERT_TRUE(terminal.shows("Waiting for a file to take what is written since "));
+    EXPECT_THAT(terminal.screen.screen(), HasSubstr(" s; Ctrl-C again ends the program at once\n"));
+    ASSERT_TRUE(terminal.wait_until([&] {
+        terminal.send_signal(SIGINT);
+        return terminal.has_ended();
+    }));
+    close(pipe);
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
+    EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr(completed)));
+    expect_terminal_restored(terminal);
+}
+
+TEST(SlowPipe, IsWaitedForUntilSomebodyReadsIt)
+{
+    for (const char* letters : {"-xs", "-y", "-R"}) {
+        for (const bool stopped : {false, true}) {
+            SCOPED_TRACE(std::string{letters} + (stopped ? " stopped" : ""));
+            const ControllerRun run{"3 " + std::string{letters} + " pipe -T",
+                                    "latency 0\nstate.overall 11h\n"};
+            const std::string pipe_name = run.folder + "/pipe";
+            ASSERT_EQ(mkfifo(pipe_name.c_str(), 0600), 0);
+            PseudoTerminal terminal{run};
+            ASSERT_TRUE(terminal.shows("Waiting for somebody to read the pipe 'pipe'; Ctrl-C "));
+            if (stopped) {
+                terminal.send_signal(SIGINT);
+                EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
+                EXPECT_THAT(terminal.screen.screen(), HasSubstr("interrupted\n"));
+                EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("annot open")));
+                continue;
+            }
+            const int pipe = open(pipe_name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+            std::array<char, 4096> bytes;
+            ssize_t count = 0, all = 0;
+            EXPECT_TRUE(terminal.wait_until([&] {
+                while ((count = read(pipe, bytes.data(), bytes.size())) > 0)
+                    all += count;
+                return terminal.has_ended();
+            }));
+            close(pipe);
+            EXPECT_EQ(terminal.exit_status(), 0);
+            EXPECT_GT(all, 500);
+        }
+    }
+}
+
 TEST(SlowPipe, IsReadToItsEndUnlessTheProgramIsAskedToEnd)
 {
     std::signal(SIGPIPE, SIG_IGN); // a reader that ends early fails the write

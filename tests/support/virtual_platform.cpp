@@ -258,7 +258,7 @@ std::thread start_thread(std::function<void()> work)
     return std::thread{std::move(work)};
 }
 
-std::FILE* open_file(const char* name, const char* mode)
+std::FILE* open_file(const char* name, const char* mode, void (*)(const char* name))
 {
     return std::fopen(name, *mode == 'w' ? "wb" : mode); // the same line ends everywhere
 }

@@ -117,10 +117,30 @@ Copied result_of_failed_creation()
     }
 }
 
+/// Opens a pipe for writing as soon as it has a reader; null, too, when the program is asked to
+/// end. To wait in open() would miss a request that comes just before.
+std::FILE* open_pipe(const char* name, const char* mode, void (*before_wait)(const char* name))
+{
+    constexpr std::int64_t interval_ms = 20;
+    const auto attempt = [name] { return open(name, O_WRONLY | O_NONBLOCK | O_CLOEXEC); };
+    int pipe = attempt();
+    for (bool told = false; pipe < 0 && errno == ENXIO && !posix::stop_is_due(); told = true) {
+        if (!told)
+            before_wait(name);
+        sleep_ms(interval_ms);
+        pipe = attempt();
+    }
+    // Never closed in between: the reader would take that for the end.
+    return pipe >= 0 && fcntl(pipe, F_SETFL, O_WRONLY) == 0 ? fdopen(pipe, mode) : nullptr;
+}
+
 } // namespace
 
-std::FILE* open_file(const char* name, const char* mode)
+std::FILE* open_file(const char* name, const char* mode, void (*before_wait)(const char* name))
 {
+    struct stat status = {};
+    if (before_wait != nullptr && stat(name, &status) == 0 && S_ISFIFO(status.st_mode))
+        return open_pipe(name, mode, before_wait);
     return std::fopen(name, mode);
 }
 

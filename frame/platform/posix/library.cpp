@@ -1,6 +1,7 @@
 // Where the device library stands, whether it is one that this program can load, and its functions.
 #include "frame/platform/platform.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -89,11 +90,26 @@ public:
     }
 
 private:
+    /// Reads through a window: what stands close together costs the system one call.
     template <class T>
-    [[nodiscard]] bool read(std::uint64_t offset, T& value) const
+    [[nodiscard]] bool read(std::uint64_t offset, T& value)
     {
-        return pread(descriptor_, &value, sizeof value, static_cast<off_t>(offset)) ==
-               static_cast<ssize_t>(sizeof value);
+        static_assert(sizeof value <= sizeof window_);
+        const auto is_seen = [&] {
+            return offset >= window_begin_ && offset + sizeof value <= window_end_;
+        };
+        if (offset > size_)
+            return false;
+        if (!is_seen()) {
+            const ssize_t size =
+                pread(descriptor_, window_.data(), window_.size(), static_cast<off_t>(offset));
+            window_begin_ = offset;
+            window_end_ = offset + static_cast<std::uint64_t>(std::max<ssize_t>(size, 0));
+        }
+        if (!is_seen())
+            return false;
+        std::memcpy(&value, window_.data() + (offset - window_begin_), sizeof value);
+        return true;
     }
     [[nodiscard]] bool holds(std::uint64_t offset, std::uint64_t size) const
     {
@@ -121,7 +137,7 @@ private:
         return complete ? LibraryFault::none : LibraryFault::truncated;
     }
 
-    [[nodiscard]] LibraryFault segments_fault() const
+    [[nodiscard]] LibraryFault segments_fault()
     {
         bool has_symbols = false;
         for (std::uint64_t i = 0; i < header_.e_phnum; ++i) {
@@ -138,7 +154,7 @@ private:
 
     /// The loader takes for granted that a table of symbols is told of: a file whose length is
     /// right but whose end was never written ends the process.
-    [[nodiscard]] bool tells_symbols(const ElfW(Phdr) & segment) const
+    [[nodiscard]] bool tells_symbols(const ElfW(Phdr) & segment)
     {
         bool symbols = false, names = false;
         ElfW(Dyn) entry = {};
@@ -154,6 +170,8 @@ private:
     int descriptor_;
     std::uint64_t size_ = 0;
     ElfW(Ehdr) header_ = {};
+    std::array<unsigned char, 4096> window_;
+    std::uint64_t window_begin_ = 0, window_end_ = 0;
 };
 
 /// What the loader complains about, as far as it says so in the words that we know.
@@ -221,8 +239,8 @@ LibraryFailure look_beside(const std::string& file)
         if (lstat(folder.c_str(), &about) != 0)
             return {};
         // A disk that is not mounted, for instance: somebody meant the library to be there.
-        return {.fault =
-                    S_ISLNK(about.st_mode) ? LibraryFault::dangling_link : LibraryFault::no_file,
+        return {.fault = S_ISLNK(about.st_mode) ? LibraryFault::dangling_folder
+                                                : LibraryFault::no_folder,
                 .detail = {}};
     }
     if (entries == nullptr)

@@ -132,7 +132,7 @@ std::thread start_thread(std::function<void()> work)
     return std::thread{std::move(work)};
 }
 
-std::FILE* open_file(const char* name, const char* mode)
+std::FILE* open_file(const char* name, const char* mode, void (*)(const char* name))
 {
     return _wfopen(wide(name).c_str(), wide(mode).c_str());
 }
