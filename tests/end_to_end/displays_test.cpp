@@ -73,6 +73,21 @@ TEST(Display, StandsWhereItBelongs)
     }
 }
 
+TEST(Display, BehindARefusedFullScreenIsFoldedAsAnyOther)
+{
+    ControllerRun run{"3 -q -n -pk -T"};
+    run.size = {.columns = 80, .rows = 25};
+    PseudoTerminal terminal{run};
+    EXPECT_EQ(terminal.exit_status(), 0);
+    const std::string text = transcript(terminal.screen);
+    EXPECT_EQ(
+        text.substr(text.find("This window")),
+        "This window has a width of 80 and a height of 25 characters.\n"
+        "Device housekeeping:\n"
+        "  Voltages:  24V: 24.000V  5V0: 4.800V  3V3: 3.400V  Temperature CPU:  +65.5\u00B0C\n"
+        "    PSU:   -1.0\u00B0C\n");
+}
+
 TEST(Resize, ShowsMoreOrLessOfTheSameLines)
 {
     // So slow that no picture for the size before is on its way when the size changes.

@@ -1,6 +1,6 @@
 // Preloaded into the program: of its calls that open, copy, flush, store and close files, the one
 // whose number stands in FAILING_FILE_CALL fails. What the simulated instrument opens does not
-// count.
+// count. While there is a file HANGING_DISK they hang when they flush.
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -80,6 +80,9 @@ extern "C" int close(int descriptor)
 
 extern "C" int fflush(std::FILE* file)
 {
+    const char* hanging = std::getenv("HANGING_DISK");
+    while (hanging != nullptr && file == watched && access(hanging, F_OK) == 0)
+        usleep(10'000);
     const int result = next<int(std::FILE*)>("fflush")(file);
     return file != nullptr && file == watched && is_turn_of_failing() ? EOF : result;
 }

@@ -219,6 +219,27 @@ private:
     int descriptor_;
 };
 
+TEST(StuckReport, IsGivenUpAndTheOneBeforeKept)
+{
+    ControllerRun run{"3 -G -R report -T", "uptime 200\n"};
+    run.environment["LD_PRELOAD"] = FAILING_FILES_LIBRARY;
+    run.environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
+    run.environment["HANGING_DISK"] = run.folder + "/hangs";
+    run.size = {.columns = 140, .rows = 60};
+    write_file(run.folder + "/report", "an older report\n");
+    PseudoTerminal terminal{run};
+    ASSERT_TRUE(terminal.wait_until([&] { return was_called(run, "SetEnable"); }));
+    write_file(run.folder + "/hangs", "");
+    terminal.send_signal(SIGTERM);
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
+    EXPECT_THAT(terminal.screen.screen(),
+                ContainsRegex("State of the instrument: settings restored\n"
+                              "Waiting for the data file 'report' to take what is written to it\n"
+                              "The file before is kept as 'report~'\n"
+                              "Cannot close the data file report\n"));
+    EXPECT_EQ(contents(run.folder + "/report~"), "an older report\n");
+}
+
 TEST(StuckReport, KeepsNoSettingsFromBeingRestored)
 {
     for (const bool is_read_at_last : {true, false}) {
