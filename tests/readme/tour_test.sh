@@ -5,15 +5,29 @@
 # counts) is masked. A command line without an output only has to be a good one. Links lead somewhere.
 #   tour_test.sh PAGE SOURCE_FOLDER PROGRAM QUICK_CONTROLLER [COMPANION]
 set -uo pipefail
-page=$(realpath "$1") program=$3
+page=$(realpath "$1") program=$3 quick_controller=$4
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 ln -s "$(realpath "$2")/simulator" "$folder/simulator"
 cd "$folder" || exit
 printf '#!/bin/sh\nexec "%s" "$@"\n' "$program" >run.sh
-chmod +x run.sh
+# Several instruments under the program's name: product number 24010N at COM N, a leaking output at
+# COM4. An acceptance test is run on the virtual clock.
+mkdir bin
+cat >bin/KOV-Controller <<END
+#!/bin/sh
+export KOV_SIMULATOR_STATE="$folder/state\$1" KOV_SIMULATOR_SCENARIO="$folder/scenario\$1"
+echo "product_number 24010\$1" >"$folder/scenario\$1"
+[ "\$1" != 4 ] || echo "slot1.load 1e9" >>"$folder/scenario4"
+case " \$* " in
+*" -R "*) exec "$quick_controller" "\$@" ;;
+*) exec "$program" "\$@" ;;
+esac
+END
+chmod +x run.sh bin/KOV-Controller
 companion=${5:-}
 [ -z "$companion" ] || PATH=${companion%/*}:$PATH
+PATH=$folder/bin:$PATH
 unset KOV_DEVICE_LIBRARY LD_LIBRARY_PATH NO_COLOR CLICOLOR_FORCE KOV_SIMULATOR_SCENARIO
 export KOV_SIMULATOR_STATE=$folder/state LC_ALL=C.UTF-8
 
@@ -21,6 +35,7 @@ masked() {
     sed -E -e 's/ *[-+]?[0-9]+\.[0-9]{2,}(e[-+][0-9]+)?/ #/gi' \
         -e 's/ *[-+]?[0-9]+\.[0-9]( ?ms|°C?)/ #\1/g' \
         -e 's/[0-9]{4}\/[0-9]{2}\/[0-9]{2}, [0-9:.]+( #)?/#/g' \
+        -e 's/[0-9]{4}-[0-9]{2}-[0-9]{2}/#/g' \
         -e 's/(compilation date:).*/\1 #/' \
         -e 's/(received:) +[0-9]+/\1 #/' \
         -e 's/[0-9]+ (cycles|\(.*bytes$)/# \1/g' \
