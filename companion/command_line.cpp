@@ -1,6 +1,7 @@
 #include "companion/command_line.h"
 
 #include "companion/library.h"
+#include "companion/log/commands.h"
 #include "companion/report/commands.h"
 
 #include <CLI/CLI.hpp>
@@ -85,6 +86,35 @@ void add_limits(CLI::App& report, std::string& file, Action& action)
         [&] { action = [&](const Surroundings& outside) { return print_limits(file, outside); }; });
 }
 
+void add_stats(CLI::App& log, std::vector<std::string>& files, Action& action)
+{
+    CLI::App* command = add_command(log, "stats", "Statistics of each quantity");
+    command->add_option("FILE", files, "Recordings, - for standard input")
+        ->required()
+        ->type_name("");
+    command->callback([&] {
+        action = [&](const Surroundings& outside) { return show_statistics(files, outside); };
+    });
+}
+
+struct TableRequest {
+    std::string file, out;
+};
+
+void add_csv(CLI::App& log, TableRequest& request, Action& action)
+{
+    CLI::App* command = add_command(log, "csv", "A recording as one table with dates");
+    command->add_option("-o,--output", request.out, "Write into this file")->type_name("OUT");
+    command->add_option("FILE", request.file, "The recording, - for standard input")
+        ->required()
+        ->type_name("");
+    command->callback([&] {
+        action = [&](const Surroundings& outside) {
+            return write_table(request.file, request.out, outside);
+        };
+    });
+}
+
 } // namespace
 
 int run(const std::vector<std::string>& arguments, const Surroundings& outside)
@@ -106,6 +136,12 @@ int run(const std::vector<std::string>& arguments, const Surroundings& outside)
     add_trend(*report, trend, action);
     std::string limits_file;
     add_limits(*report, limits_file, action);
+    CLI::App* log = add_command(app, "log", "What the utility recorded");
+    log->require_subcommand(1);
+    std::vector<std::string> logs;
+    add_stats(*log, logs, action);
+    TableRequest table;
+    add_csv(*log, table, action);
 
     try {
         app.parse(std::vector<std::string>{arguments.rbegin(), arguments.rend()});

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <utility>
 
 namespace companion
@@ -96,6 +97,23 @@ bool TextFile::close()
         outside_->complain(valid_utf8(name_) + ": not everything could be written");
     outside_ = nullptr;
     return good_;
+}
+
+bool may_be_written(const std::string& name, const std::vector<std::string>& read,
+                    const Surroundings& outside)
+{
+    const auto path = [](const std::string& text) {
+        return std::filesystem::path{std::u8string{text.begin(), text.end()}};
+    };
+    for (const std::string& file : read) {
+        std::error_code not_there;
+        if (!name.empty() && name != "-" && file != "-" &&
+            std::filesystem::equivalent(path(name), path(file), not_there)) {
+            outside.complain(valid_utf8(name) + ": this file is read, it cannot be written");
+            return false;
+        }
+    }
+    return true;
 }
 
 bool read_whole_file(const std::string& name, const Surroundings& outside, std::string& bytes)

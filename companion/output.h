@@ -7,9 +7,14 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace companion
 {
+
+/// Exit statuses: of what was read but is not whole; of what cannot be read or written, and of
+/// wrong usage.
+inline constexpr int not_whole = 2, wrong_usage = 3;
 
 /// Takes bytes; false when they cannot be written.
 using Sink = std::function<bool(std::string_view)>;
@@ -64,6 +69,11 @@ private:
     std::FILE* file_ = nullptr; ///< null = standard output
     bool good_ = true;
 };
+
+/// False, with a message, when the file that shall be written is one of those that are read:
+/// nothing shall be lost.
+[[nodiscard]] bool may_be_written(const std::string& name, const std::vector<std::string>& read,
+                                  const Surroundings& outside);
 
 /// Reads a whole file, standard input for "-". False, with a message, when that is not possible.
 [[nodiscard]] bool read_whole_file(const std::string& name, const Surroundings& outside,

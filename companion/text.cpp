@@ -111,6 +111,14 @@ std::string escaped_markup(std::string_view text)
     return escaped;
 }
 
+bool take(std::string_view& text, std::string_view expected)
+{
+    if (!text.starts_with(expected))
+        return false;
+    text.remove_prefix(expected.size());
+    return true;
+}
+
 std::string number_text(double value)
 {
     if (!std::isfinite(value))

@@ -18,6 +18,9 @@ namespace companion
 /// A text of the user's (a file name, a reason) as valid UTF-8: what is none becomes '?'.
 [[nodiscard]] std::string valid_utf8(std::string_view text);
 
+/// Takes exactly these characters off the begin of a text.
+[[nodiscard]] bool take(std::string_view& text, std::string_view expected);
+
 /// The shortest decimal form that reads back as the same number; "" for what is no finite number.
 [[nodiscard]] std::string number_text(double value);
 

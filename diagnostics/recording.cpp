@@ -12,6 +12,7 @@
 #include "instrument/addresses.h"
 #include "instrument/module_readings.h"
 #include "instrument/quantities.h"
+#include "instrument/recordings.h"
 
 #include <array>
 #include <cstdint>
@@ -171,12 +172,7 @@ private:
         const platform::LocalTime started = platform::local_time();
         progress("Getting housekeeping and monitoring data of %s started on %s\r\n",
                  module_.c_str(), acquisition_time_text(started).c_str());
-        // The file's own encoding of the degree sign, not the console's.
-        return log_.start("Housekeeping and monitoring data of", module_, started,
-                          "Time/s\t3V3/V\t5V0/V\t24V/V\tT_CPU/\xB0"
-                          "C\tT_PSU/\xB0"
-                          "C\tVout/V\tVheat/V\tIout/A\tTheat/\xB0"
-                          "C");
+        return log_.start(recording::heat_controller, module_, started);
     }
 
     static Failure discard_old_samples()
@@ -266,21 +262,21 @@ private:
     }
 
     struct SummaryLine {
-        const char* label;
+        RecordedCount what;
         std::uint32_t count;
-        bool always_shown; ///< on the console, too
     };
 
-    [[nodiscard]] std::array<SummaryLine, 7> summary() const
+    [[nodiscard]] auto summary() const
     {
         const Counters& c = counters_;
-        return {{{"Status communication error:", c.failed_status_calls, false},
-                 {"Monitoring communication error:", c.monitoring.failed_calls, false},
-                 {"Housekeeping communication error:", c.housekeeping.failed_calls, false},
-                 {"Monitoring data overflow:", c.monitoring.overflows, false},
-                 {"Housekeeping data overflow:", c.housekeeping.overflows, false},
-                 {"Monitoring data received:", c.monitoring.received, true},
-                 {"Housekeeping data received:", c.housekeeping.received, true}}};
+        const auto& what = recording::heat_controller_counts;
+        return std::to_array<SummaryLine>({{what[0], c.failed_status_calls},
+                                           {what[1], c.monitoring.failed_calls},
+                                           {what[2], c.housekeeping.failed_calls},
+                                           {what[3], c.monitoring.overflows},
+                                           {what[4], c.housekeeping.overflows},
+                                           {what[5], c.monitoring.received},
+                                           {what[6], c.housekeeping.received}});
     }
 
     /// Trailer of the file and summary on the console. False when the file cannot be written.
@@ -291,11 +287,11 @@ private:
         // The file first: a terminal that was closed must not cost it.
         const bool written = write_trailer(seconds);
         print_value_line("Duration of the data acquisition: ", "%6.2lfs", seconds);
-        for (const SummaryLine& line : summary()) {
-            if (line.count == 0 && !line.always_shown)
+        for (const auto& [what, count] : summary()) {
+            if (count == 0 && what.is_error)
                 continue;
-            console.print("%-34s", line.label);
-            print_value_line("", "%u", line.count);
+            console.print("%-34s", (std::string{what.label} + ':').c_str());
+            print_value_line("", "%u", count);
         }
         if (!written)
             print_failure("%s", log_error::writing);
@@ -306,8 +302,8 @@ private:
     {
         // The cycle that Esc cut short counts.
         bool written = log_.stop(now_ms_, rates_.cycles + 1);
-        for (const SummaryLine& line : summary())
-            written = written && log_.print("%s\t%u\n", line.label, line.count);
+        for (const auto& [what, count] : summary())
+            written = written && log_.print("%s:\t%u\n", what.label, count);
         if (seconds > 0.0) {
             // Kept: "data rate in samples/s" for the one, "data in samples/s" for the other.
             written = written &&

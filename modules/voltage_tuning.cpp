@@ -10,6 +10,7 @@
 #include "frame/terminal/scan_codes.h"
 #include "frame/text/format.h"
 #include "instrument/addresses.h"
+#include "instrument/recordings.h"
 #include "modules/output.h"
 
 #include <algorithm>
@@ -260,9 +261,7 @@ void Tuning::start_saving()
         end_unless(false, log_error::opening);
         return;
     }
-    end_unless(log_.start("Operating parameters of", name_, now,
-                          "Time/s\tWidth/ns\tPeriod/ns\tVoltage/V\tCurrent/nA\tPhase/ns"),
-               log_error::writing);
+    end_unless(log_.start(recording::hv_supply, name_, now), log_error::writing);
     if (file_error_ == nullptr)
         print_saving_prompt(file);
 }

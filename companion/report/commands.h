@@ -35,7 +35,4 @@ struct TrendRequest {
 /// Prints the limits in force.
 [[nodiscard]] int print_limits(const std::string& file, const Surroundings& outside);
 
-/// Exit status of what cannot be read, and of wrong usage.
-inline constexpr int wrong_usage = 3;
-
 } // namespace companion

@@ -22,14 +22,6 @@ std::optional<double> take_number(std::string_view& text)
     return value;
 }
 
-bool take(std::string_view& text, std::string_view expected)
-{
-    if (!text.starts_with(expected))
-        return false;
-    text.remove_prefix(expected.size());
-    return true;
-}
-
 namespace
 {
 

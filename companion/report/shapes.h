@@ -2,6 +2,7 @@
 #pragma once
 
 #include "companion/report/reading/facts.h"
+#include "companion/text.h"
 #include "protocol/report/statistics.h"
 
 namespace companion
@@ -45,7 +46,5 @@ inline constexpr Shape property = {parse_quantity};
 
 /// Takes a number off the begin of a text; nothing when there is none.
 [[nodiscard]] std::optional<double> take_number(std::string_view& text);
-/// Takes exactly these characters off.
-[[nodiscard]] bool take(std::string_view& text, std::string_view expected);
 
 } // namespace companion

@@ -15,11 +15,14 @@ std::string acquisition_time_text(const platform::LocalTime& time)
                      time.hour, time.minute, time.second);
 }
 
-bool MeasurementLog::start(const char* what, const std::string& whose,
-                           const platform::LocalTime& started, const char* columns)
+bool MeasurementLog::start(const MeasurementFormat& format, const std::string& whose,
+                           const platform::LocalTime& started)
 {
-    return file_.print("%s:\t%s\nData acquisition started on:\t%s\n\n%s\n", what, whose.c_str(),
-                       acquisition_time_text(started).c_str(), columns) &&
+    std::string columns = log_text::time;
+    for (const auto& [name, unit] : format.columns)
+        columns += std::string{'\t'} + name + '/' + unit;
+    return file_.print("%s:\t%s\n%s:\t%s\n\n%s\n", format.what, whose.c_str(), log_text::started,
+                       acquisition_time_text(started).c_str(), columns.c_str()) &&
            file_.store();
 }
 
@@ -37,11 +40,9 @@ bool MeasurementLog::row(std::int64_t now_ms, const char* format, ...)
 bool MeasurementLog::stop(std::int64_t now_ms, std::uint64_t cycles)
 {
     const CycleRates rates = {.cycles = cycles, .start_ms = start_ms_};
-    return file_.print("\nData acquisition stopped\n"
-                       "Total duration in s:\t%.3lf\n"
-                       "Mean polling rate in cycles/s:\t%lf\n"
-                       "Mean response time in ms:\t%lf\n",
-                       static_cast<double>(now_ms - start_ms_) * 0.001, rates.per_second(now_ms),
+    return file_.print("\n%s\n%s:\t%.3lf\n%s:\t%lf\n%s:\t%lf\n", log_text::stopped,
+                       log_text::duration, static_cast<double>(now_ms - start_ms_) * 0.001,
+                       log_text::polling_rate, rates.per_second(now_ms), log_text::response_time,
                        rates.mean_ms(now_ms));
 }
 

@@ -15,7 +15,38 @@
 #include "frame/text/printf_format.h"
 
 #include <cstdint>
+#include <span>
 #include <string>
+
+/// "Vheat/V" in the line of the columns; texts of ISO 8859-1.
+struct RecordedColumn {
+    const char* name;
+    const char* unit;
+};
+
+/// A line behind the trailer that counts something.
+struct RecordedCount {
+    const char* label;
+    bool is_error; ///< what it counts should not have been
+};
+
+/// What the files of one display have in common.
+struct MeasurementFormat {
+    const char* what;                        ///< "Operating parameters of"
+    std::span<const RecordedColumn> columns; ///< behind the time
+    std::span<const RecordedCount> counts;   ///< each with a ':' behind its label
+};
+
+/// The texts of every file, but for the ':' behind those that have a value.
+namespace log_text
+{
+inline constexpr const char* started = "Data acquisition started on";
+inline constexpr const char* time = "Time/s";
+inline constexpr const char* stopped = "Data acquisition stopped";
+inline constexpr const char* duration = "Total duration in s";
+inline constexpr const char* polling_rate = "Mean polling rate in cycles/s";
+inline constexpr const char* response_time = "Mean response time in ms";
+} // namespace log_text
 
 /// "%a, %m/%d/%Y, %H:%M:%S" with English day names.
 [[nodiscard]] std::string acquisition_time_text(const platform::LocalTime& time);
@@ -37,10 +68,9 @@ public:
     [[nodiscard]] bool create(const char* name) { return file_.create(name); }
     [[nodiscard]] bool is_open() const { return file_.is_open(); }
 
-    /// Writes and stores the heading: `what` ("Operating parameters of") is measured of `whose`
-    /// module since `started`; `columns` is the whole line without its end.
-    [[nodiscard]] bool start(const char* what, const std::string& whose,
-                             const platform::LocalTime& started, const char* columns);
+    /// Writes and stores the heading: `whose` module is measured since `started`.
+    [[nodiscard]] bool start(const MeasurementFormat& format, const std::string& whose,
+                             const platform::LocalTime& started);
 
     /// The rows' times and the duration count from this tick on.
     void start_clock(std::int64_t now_ms) { start_ms_ = now_ms; }

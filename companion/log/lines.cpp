@@ -1,0 +1,109 @@
+#include "companion/log/lines.h"
+
+#include "companion/text.h"
+#include "frame/platform/platform.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace companion
+{
+
+namespace
+{
+
+constexpr std::size_t piece = 1 << 18;
+
+} // namespace
+
+LineSource::~LineSource()
+{
+    if (file_ != nullptr)
+        std::fclose(file_);
+}
+
+bool LineSource::open(const std::string& name, const Surroundings& outside)
+{
+    name_ = name;
+    outside_ = &outside;
+    if (name != "-")
+        file_ = platform::open_file(name.c_str(), "rb");
+    if (file_ != nullptr && std::fseek(file_, 0, SEEK_SET) == 0) {
+        std::setvbuf(file_, nullptr, _IONBF, 0); // ours is the buffer
+        buffer_.resize(piece);
+        return true;
+    }
+    if (file_ != nullptr)
+        std::fclose(std::exchange(file_, nullptr));
+    std::string bytes;
+    if (!read_whole_file(name, outside, bytes))
+        return false;
+    buffer_.assign(bytes.begin(), bytes.end());
+    end_ = buffer_.size();
+    return true;
+}
+
+bool LineSource::fill()
+{
+    if (file_ == nullptr || platform::stop_signal() != 0)
+        return false;
+    std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(start_),
+              buffer_.begin() + static_cast<std::ptrdiff_t>(end_), buffer_.begin());
+    end_ -= start_;
+    start_ = 0;
+    const std::size_t wanted =
+        static_cast<std::size_t>(std::min<std::uint64_t>(buffer_.size() - end_, most_ - read_));
+    const std::size_t count = std::fread(buffer_.data() + end_, 1, wanted, file_);
+    if (count == 0 && std::ferror(file_) != 0 && good_) {
+        good_ = false;
+        outside_->complain(valid_utf8(name_) + ": " + std::strerror(errno));
+    }
+    end_ += count;
+    read_ += count;
+    return count > 0;
+}
+
+LineSource::Got LineSource::next(std::string_view& line)
+{
+    for (;;) {
+        const char* begin = buffer_.data() + start_;
+        const std::size_t length = end_ - start_;
+        const char* found =
+            length > 0 ? static_cast<const char*>(std::memchr(begin, '\n', length)) : nullptr;
+        const bool is_overlong = found == nullptr && file_ != nullptr && length == buffer_.size();
+        if (found != nullptr || is_overlong) {
+            line = {begin, found != nullptr ? static_cast<std::size_t>(found - begin) : length};
+            start_ += line.size() + (found != nullptr ? 1 : 0);
+            if (line.ends_with('\r'))
+                line.remove_suffix(1);
+            ++number_;
+            return Got::line;
+        }
+        if (fill())
+            continue;
+        if (length == 0)
+            return Got::end;
+        line = {buffer_.data() + start_, end_ - start_};
+        start_ = end_;
+        ++number_;
+        return Got::torn;
+    }
+}
+
+void LineSource::rewind()
+{
+    number_ = 0;
+    start_ = 0;
+    if (file_ == nullptr) {
+        end_ = buffer_.size();
+        return;
+    }
+    most_ = read_;
+    read_ = 0;
+    end_ = 0;
+    std::rewind(file_);
+}
+
+} // namespace companion

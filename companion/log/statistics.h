@@ -1,0 +1,69 @@
+/// What the samples of a quantity have in common, found while they pass by.
+#pragma once
+
+#include "companion/log/reader.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace companion
+{
+
+/// How far apart in time the samples are, from which the gaps follow: intervals of more than five
+/// times the usual one, which is their median.
+class Intervals
+{
+public:
+    /// Time that ran backwards is no interval.
+    void take(std::int64_t milliseconds);
+
+    [[nodiscard]] std::uint64_t gaps() const;
+    [[nodiscard]] std::int64_t longest_ms() const { return longest_ms_; }
+    /// The shortest interval that is a gap. Nothing when there are too few to say what is usual.
+    [[nodiscard]] std::optional<std::int64_t> shortest_gap_ms() const;
+
+private:
+    std::vector<std::uint64_t> counts_; ///< of intervals of about the same length
+    std::uint64_t count_ = 0;
+    std::int64_t longest_ms_ = 0;
+};
+
+/// The statistics of a quantity. What is no finite number counts apart.
+class Statistics
+{
+public:
+    void take(std::int64_t time_ms, double value);
+
+    [[nodiscard]] std::uint64_t count() const { return count_; }
+    [[nodiscard]] std::uint64_t not_finite() const { return not_finite_; }
+    [[nodiscard]] double mean() const;
+    /// The standard deviation of the samples; 0 of a single one.
+    [[nodiscard]] double deviation() const;
+    [[nodiscard]] double smallest() const { return smallest_; }
+    [[nodiscard]] double largest() const { return largest_; }
+    /// The slope of the straight line that fits best; nothing when all have the same time.
+    [[nodiscard]] std::optional<double> drift_per_hour() const;
+    [[nodiscard]] const Intervals& intervals() const { return intervals_; }
+
+private:
+    std::uint64_t count_ = 0, not_finite_ = 0;
+    double first_ = 0.0; ///< what the sums count from: they lose no digits to a large mean
+    std::int64_t first_ms_ = 0, last_ms_ = 0;
+    double smallest_ = 0.0, largest_ = 0.0;
+    double sum_ = 0.0, sum_of_squares_ = 0.0;
+    double time_sum_ = 0.0, time_sum_of_squares_ = 0.0, product_sum_ = 0.0;
+    Intervals intervals_;
+};
+
+/// All of a recording.
+struct LogStatistics {
+    std::vector<Statistics> quantities;     ///< one for each column
+    std::int64_t first_ms = 0, last_ms = 0; ///< of all rows; both 0 without any
+    std::uint64_t rows = 0;
+};
+
+/// Reads all rows.
+[[nodiscard]] LogStatistics read_statistics(LogReader& reader);
+
+} // namespace companion
