@@ -64,7 +64,11 @@ _kov_controller() {
     local current=$2 before=${COMP_WORDS[COMP_CWORD - 1]} quote='' sign typed switch
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W '1 2 3 4 5 6 7 8 9' -- "$current")
+        case $current in
+        [-/]*) COMPREPLY=("1 '-?' -T") ;; # a wish for help
+        [Cc][Oo][Mm][1-9]*) COMPREPLY=("${current:3}") ;;
+        *) mapfile -t COMPREPLY < <(compgen -W '1 2 3 4 5 6 7 8 9' -- "$current") ;;
+        esac
         return
     fi
     # What the argument before wants.

@@ -21,6 +21,8 @@ expect() {
     failed=1
 }
 
+expect "1 '-?' -T" --he
+expect 3 COM3
 expect '-VK|-VO|-VV|-VG|-VD|-VT' 3 -V
 expect '-MS0|-MS1|-MS2|-MS3|-MS_|-MS\*' 3 -p -MS
 expect '/vt1|/vt2|/vt3' 3 /vt
