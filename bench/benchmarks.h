@@ -25,4 +25,7 @@ void register_device_transfers();
 /// The whole acceptance test under the tests' virtual clock.
 void register_acceptance_test();
 
+/// What a journal of the library calls costs.
+void register_journal();
+
 } // namespace bench

@@ -30,6 +30,7 @@ int main(int argc, char** argv)
     bench::register_config_reader();
     bench::register_device_transfers();
     bench::register_acceptance_test();
+    bench::register_journal();
     benchmark::RunSpecifiedBenchmarks();
     bench::print_results();
     return EXIT_SUCCESS;

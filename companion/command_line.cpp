@@ -1,5 +1,6 @@
 #include "companion/command_line.h"
 
+#include "companion/journal/commands.h"
 #include "companion/library.h"
 #include "companion/log/commands.h"
 #include "companion/report/commands.h"
@@ -115,10 +116,80 @@ void add_csv(CLI::App& log, TableRequest& request, Action& action)
     });
 }
 
+void add_tap(CLI::App& app, TapRequest& request, Action& action)
+{
+    CLI::App* command = add_command(app, "tap", "Run a program, with a journal of library calls");
+    command->add_option("-o", request.file, "Write the journal to this file")->type_name("FILE");
+    command->footer("The program and its arguments stand behind --.");
+    command->callback([&] {
+        if (request.program.empty())
+            throw CLI::RequiredError("A program behind --");
+        action = [&](const Surroundings& outside) { return tap_program(request, outside); };
+    });
+}
+
+void add_replay(CLI::App& app, ReplayRequest& request, Action& action)
+{
+    CLI::App* command = add_command(app, "replay", "Run a program that a journal answers");
+    command->add_flag("--realtime", request.in_real_time, "Let each call take its time");
+    command->add_option("FILE", request.file, "The journal")->required()->type_name("");
+    command->footer("The program and its arguments stand behind --.");
+    command->callback([&] {
+        if (request.program.empty())
+            throw CLI::RequiredError("A program behind --");
+        action = [&](const Surroundings& outside) { return replay_journal(request, outside); };
+    });
+}
+
+void add_journal(CLI::App& app, ShowRequest& request, Action& action)
+{
+    CLI::App* journal = add_command(app, "journal", "Journals of library calls");
+    journal->require_subcommand(1);
+    CLI::App* show = add_command(*journal, "show", "Print the calls");
+    show->add_flag("--failures", request.only_failures, "Only those that failed");
+    CLI::App* stats = add_command(*journal, "stats", "Counts, rates and durations by function");
+    for (CLI::App* command : {show, stats})
+        command->add_option("FILE", request.file, "The journal, - for standard input")
+            ->required()
+            ->type_name("");
+    show->callback([&] {
+        action = [&](const Surroundings& outside) { return show_journal(request, outside); };
+    });
+    stats->callback([&] {
+        action = [&](const Surroundings& outside) { return count_journal(request.file, outside); };
+    });
+}
+
+struct JournalRequests {
+    TapRequest tap;
+    ReplayRequest replay;
+    ShowRequest show;
+};
+
+void add_journals(CLI::App& app, JournalRequests& requests, Action& action)
+{
+    add_tap(app, requests.tap, action);
+    add_replay(app, requests.replay, action);
+    add_journal(app, requests.show, action);
+}
+
+/// Takes what stands behind "--" away: the program that is to run, with its arguments.
+std::vector<std::string> take_program(std::vector<std::string>& arguments)
+{
+    const auto separator = std::ranges::find(arguments, "--");
+    if (arguments.empty() || separator == arguments.end() ||
+        (arguments.front() != "tap" && arguments.front() != "replay"))
+        return {};
+    std::vector<std::string> program{separator + 1, arguments.end()};
+    arguments.erase(separator, arguments.end());
+    return program;
+}
+
 } // namespace
 
-int run(const std::vector<std::string>& arguments, const Surroundings& outside)
+int run(std::vector<std::string> arguments, const Surroundings& outside)
 {
+    const std::vector<std::string> program = take_program(arguments);
     CLI::App app{"Judges and draws what KOV-Controller wrote", "kov"};
     app.set_version_flag("--version", "kov " KOV_VERSION);
     app.require_subcommand(1);
@@ -142,6 +213,8 @@ int run(const std::vector<std::string>& arguments, const Surroundings& outside)
     add_stats(*log, logs, action);
     TableRequest table;
     add_csv(*log, table, action);
+    JournalRequests journal{.tap = {.program = program}, .replay = {.program = program}};
+    add_journals(app, journal, action);
 
     try {
         app.parse(std::vector<std::string>{arguments.rbegin(), arguments.rend()});

@@ -10,6 +10,6 @@ namespace companion
 {
 
 /// Runs a command line, without the program's name. Returns the exit status.
-[[nodiscard]] int run(const std::vector<std::string>& arguments, const Surroundings& outside);
+[[nodiscard]] int run(std::vector<std::string> arguments, const Surroundings& outside);
 
 } // namespace companion

@@ -68,10 +68,10 @@ std::string sentence(const platform::LibraryFailure& failure)
 }
 
 /// The place that decides, and what speaks against what stands there.
-platform::LibraryFailure find_and_load()
+platform::LibraryFailure find_and_load(const std::string& program)
 {
     std::string looked_for;
-    for (const platform::LibraryCandidate& candidate : platform::library_candidates()) {
+    for (const platform::LibraryCandidate& candidate : platform::library_candidates(program)) {
         library.place = candidate.place;
         library.path = candidate.file;
         if (candidate.place == platform::LibraryPlace::named || platform::is_there(candidate.file))
@@ -107,12 +107,12 @@ std::uint16_t DeviceLibrary::version() const
     return ask(LIB(GetSWVersion));
 }
 
-const DeviceLibrary& device_library()
+const DeviceLibrary& device_library(const std::string& program)
 {
     if (searched)
         return library;
     searched = true;
-    if (const platform::LibraryFailure failure = find_and_load();
+    if (const platform::LibraryFailure failure = find_and_load(program);
         failure.fault != LibraryFault::none)
         library.cause = sentence(failure);
     if (library.cause.empty())

@@ -28,8 +28,9 @@ struct DeviceLibrary {
     [[nodiscard]] std::uint16_t version() const;
 };
 
-/// Looks for the library and loads it, the first time. Prints nothing.
-const DeviceLibrary& device_library();
+/// Looks for the library and loads it, the first time. Prints nothing. `program` is the file of the
+/// program whose library is looked for; empty = this one's.
+const DeviceLibrary& device_library(const std::string& program = {});
 
 /// The next call of device_library() looks again; until then there are no functions.
 void forget_device_library();

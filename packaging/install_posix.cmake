@@ -3,6 +3,7 @@
 #   bin/KOV-Controller, bin/kov
 #   lib/kov-controller/maker/                     for the maker's library, which is found first
 #   lib/kov-controller/simulator/libCOM-KOV-CTRL.so
+#   lib/kov-controller/tap/, lib/kov-controller/replay/    libraries of kov, of the same name
 #   share/kov-controller/scenarios/               for the simulated instrument
 #   share/man/man1/, share/doc/kov-controller/, and the completions of bash and zsh
 include(GNUInstallDirs)
@@ -46,6 +47,10 @@ install(FILES completions/_KOV-Controller DESTINATION ${zsh_folder})
 
 if(TARGET kov)
   install(TARGETS kov RUNTIME DESTINATION bin)
+  foreach(library IN ITEMS tap replay)
+    install(TARGETS kov_${library} LIBRARY DESTINATION ${library_folder}/${library}
+      PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+  endforeach()
   install_compressed(docs/kov.1 ${CMAKE_INSTALL_MANDIR}/man1 kov.1)
   install(FILES docs/kov-report.schema.json DESTINATION ${document_folder}/docs)
   install(FILES completions/kov.bash RENAME kov
@@ -64,7 +69,8 @@ interlocks and a memory of configuration sets.
 .
 A simulated instrument comes with it, behind the interface of the maker's
 device library, so that every command can be tried without hardware. The
-companion kov judges, compares and follows reports of the acceptance test.")
+companion kov judges, compares and follows reports of the acceptance test, and
+records and replays library calls.")
 set(CPACK_PACKAGE_CONTACT "KOV-Controller developers <developers@kov-controller.invalid>")
 set(CPACK_PACKAGE_VENDOR "KOV-Controller developers")
 set(CPACK_STRIP_FILES ON)

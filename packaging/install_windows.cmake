@@ -2,6 +2,7 @@
 # folder). The program looks for the device library in its own folder alone.
 #
 #   KOV-Controller.exe, COM-KOV-CTRL.dll, kov.exe
+#   tap/, replay/               libraries of kov, of the same name
 #   scenarios/                  for the simulated instrument
 #   README.md, docs/            the guide, and what it refers to
 install(TARGETS KOV-Controller COM-KOV-CTRL RUNTIME DESTINATION . LIBRARY DESTINATION .)
@@ -13,6 +14,9 @@ install(DIRECTORY docs/pictures DESTINATION docs)
 
 if(TARGET kov)
   install(TARGETS kov RUNTIME DESTINATION .)
+  foreach(library IN ITEMS tap replay)
+    install(TARGETS kov_${library} RUNTIME DESTINATION ${library})
+  endforeach()
   install(FILES docs/kov-report.schema.json DESTINATION docs)
 endif()
 

@@ -33,7 +33,7 @@ dpkg_there --install "$package"
 program=$root/usr/bin/KOV-Controller
 
 # Compiled and linked with what makes a fault harder to exploit.
-for file in "$program" "$root/usr/bin/kov" "$root/usr/lib/kov-controller/simulator/libCOM-KOV-CTRL.so"; do
+for file in "$program" "$root/usr/bin/kov" "$root"/usr/lib/kov-controller/{simulator,tap,replay}/libCOM-KOV-CTRL.so; do
     elf=$(readelf --wide --file-header --segments --dynamic --dyn-syms "$file")
     for sign in 'Type: *DYN' GNU_RELRO BIND_NOW __stack_chk_fail '__[a-z]*_chk\b'; do
         grep -q "$sign" <<<"$elf" || fail "$file was built without $sign"
@@ -65,6 +65,9 @@ grep -q '^Product identification: KOV-CTRL, .*, simulated$' <<<"$output" ||
 verdict=$("$root/usr/bin/kov" report check "$source_folder/tests/protocol/expected_report.txt" || true)
 grep -q 'slot3/steps  *The device type does not fit the slot' <<<"$verdict" ||
     fail "the installed companion printed: $verdict"
+"$root/usr/bin/kov" tap -o "$root/journal" -- "$program" 3 -p -T >"$root/tapped" || fail "kov tap failed"
+"$root/usr/bin/kov" replay "$root/journal" -- "$program" 3 -p -T | cmp - "$root/tapped" ||
+    fail "the replayed program printed something else"
 zcat "$root/usr/share/man/man1/KOV-Controller.1.gz" | grep -q '^\.Sh EXIT STATUS' ||
     fail "no manual page"
 

@@ -28,11 +28,12 @@ present=$(find . -type f | sort)
 pages=$(cd "$source_folder" && find ./docs -name '*.md' -o -name '*.svg')
 scenarios=$(cd "$source_folder/simulator" && find scenarios -type f -printf './%p\n')
 expected=$(printf '%s\n' ./KOV-Controller.exe ./COM-KOV-CTRL.dll ./kov.exe ./README.md \
+    ./tap/COM-KOV-CTRL.dll ./replay/COM-KOV-CTRL.dll \
     ./docs/kov-report.schema.json "$pages" "$scenarios" | sort)
 [ "$present" = "$expected" ] ||
     fail "the zip holds other files: $(diff <(echo "$expected") <(echo "$present") || true)"
 
-for file in KOV-Controller.exe COM-KOV-CTRL.dll kov.exe; do
+for file in KOV-Controller.exe {.,tap,replay}/COM-KOV-CTRL.dll kov.exe; do
     needs=$(x86_64-w64-mingw32-objdump -p "$file" | sed -n 's/.*DLL Name: //p')
     others=$(grep -viE '^(kernel32|msvcrt|ntdll|user32|advapi32|shell32|COM-KOV-CTRL)\.dll$' \
         <<<"$needs" || true)

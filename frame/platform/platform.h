@@ -176,8 +176,11 @@ struct LibraryCandidate {
     std::string file;
 };
 
-/// The files that may be the library, in the order in which they are looked for.
-std::vector<LibraryCandidate> library_candidates();
+/// The files that may be the library of a program, in the order in which they are looked for.
+/// `program` is its file, without links; empty = this process's program. Without `named` as if
+/// KOV_DEVICE_LIBRARY were not set.
+std::vector<LibraryCandidate> library_candidates(const std::string& program = {},
+                                                 bool named = true);
 
 /// Whether there is something of that name, be it a link that leads nowhere. Where nobody may look
 /// there is.

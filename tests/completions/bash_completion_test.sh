@@ -48,7 +48,12 @@ expect_kov() {
     failed=1
 }
 
-expect_kov 'report' r
+expect_kov 'report|replay' r
+expect_kov 'show|stats' journal s
+expect_kov 'other.txt' replay o
+expect_kov '--realtime' replay --r
+expect_kov 'other.txt' tap -o o
+expect_kov 'other.txt' tap -- KOV-Controller o
 expect_kov 'check' report c
 expect_kov '--json|--junit' report check --j
 expect_kov 'other.txt' report check --html x.html o

@@ -224,7 +224,7 @@ void drop_input()
         virtual_platform.typed.pop_front();
 }
 
-std::vector<LibraryCandidate> library_candidates()
+std::vector<LibraryCandidate> library_candidates(const std::string&, bool)
 {
     return {{LibraryPlace::beside_program, "/usr/bin/libCOM-KOV-CTRL.so"}};
 }
@@ -246,7 +246,11 @@ LibraryFailure load_library(const std::string&)
 
 LibraryFunctionPointer library_function(const char* name)
 {
-    return virtual_platform.missing_functions.contains(name) ? nullptr : linked_functions.at(name);
+    if (virtual_platform.missing_functions.contains(name))
+        return nullptr;
+    return virtual_platform.library != nullptr
+               ? virtual_platform.library->at(devlib::find_function(name))
+               : linked_functions.at(name);
 }
 
 void begin_writing_file() {}

@@ -3,8 +3,10 @@
 /// program waits or the instrument takes time to answer.
 #pragma once
 
+#include "devlib/functions.h"
 #include "frame/platform/platform.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -28,6 +30,9 @@ struct WindowEvent {
     platform::WindowSize size;
 };
 
+/// A device library: its functions in the order of the table.
+using OfferedLibrary = std::array<platform::LibraryFunctionPointer, devlib::function_count>;
+
 struct VirtualPlatform {
     bool output_is_terminal = true;
     bool input_is_terminal = true; ///< a pipe ends after the last typed keys
@@ -38,6 +43,7 @@ struct VirtualPlatform {
     std::map<std::string, std::string> environment;
     platform::LibraryFailure library_failure; ///< what the device library is refused for
     std::set<std::string> missing_functions;  ///< full names of those that it lacks
+    const OfferedLibrary* library = nullptr;  ///< null = the functions that the test is linked to
     bool output_is_closed = false;
     std::size_t output_room = std::string::npos; ///< bytes that it takes without a wait
 

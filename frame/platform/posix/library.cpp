@@ -197,13 +197,13 @@ LibraryFailure failure_of_loader(std::string_view message)
 
 } // namespace
 
-std::vector<LibraryCandidate> library_candidates()
+std::vector<LibraryCandidate> library_candidates(const std::string& program, bool named)
 {
     // A program with rights of its own takes no library from its user, as the loader does.
-    if (const char* named = secure_getenv("KOV_DEVICE_LIBRARY"); named != nullptr) {
+    if (const char* name = secure_getenv("KOV_DEVICE_LIBRARY"); named && name != nullptr) {
         // Without a slash the loader would look for it elsewhere.
-        const bool in_no_folder = *named != '\0' && std::strchr(named, '/') == nullptr;
-        return {{LibraryPlace::named, std::string{in_no_folder ? "./" : ""} + named}};
+        const bool in_no_folder = *name != '\0' && std::strchr(name, '/') == nullptr;
+        return {{LibraryPlace::named, std::string{in_no_folder ? "./" : ""} + name}};
     }
     std::vector<LibraryCandidate> candidates;
     const char* path = secure_getenv("LD_LIBRARY_PATH");
@@ -215,7 +215,8 @@ std::vector<LibraryCandidate> library_candidates()
         candidates.push_back({LibraryPlace::library_path, folder + '/' + library_name});
         rest.remove_prefix(length == std::string_view::npos ? rest.size() : length + 1);
     }
-    if (const std::string folder = program_folder(); !folder.empty()) {
+    const std::string folder = program.empty() ? program_folder() : folder_of(program);
+    if (!folder.empty()) {
         const std::string installed = folder_of(folder) + "/lib/kov-controller/";
         candidates.push_back({LibraryPlace::beside_program, folder + '/' + library_name});
         candidates.push_back({LibraryPlace::maker, installed + "maker/" + library_name});

@@ -31,11 +31,11 @@ std::wstring full_path(const std::wstring& name)
     return path;
 }
 
-std::wstring program_folder()
+std::wstring this_program()
 {
     std::wstring path(32768, L'\0'); // as long as a path can be
     path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return path.substr(0, path.rfind(L'\\') + 1);
+    return path;
 }
 
 bool nothing_is_there()
@@ -125,12 +125,14 @@ private:
 
 } // namespace
 
-std::vector<LibraryCandidate> library_candidates()
+std::vector<LibraryCandidate> library_candidates(const std::string& program, bool named)
 {
     // Never where the system would look: the folder in which the user is, or those of PATH.
-    if (const char* named = environment("KOV_DEVICE_LIBRARY"); named != nullptr)
-        return {{LibraryPlace::named, utf8(full_path(wide(named)))}};
-    return {{LibraryPlace::beside_program, utf8(program_folder() + library_name)}};
+    if (const char* name = environment("KOV_DEVICE_LIBRARY"); named && name != nullptr)
+        return {{LibraryPlace::named, utf8(full_path(wide(name)))}};
+    const std::wstring file = program.empty() ? this_program() : wide(program);
+    const std::wstring folder = file.substr(0, file.find_last_of(L"\\/") + 1);
+    return {{LibraryPlace::beside_program, utf8(folder + library_name)}};
 }
 
 bool is_there(const std::string& file)

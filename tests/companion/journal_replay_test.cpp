@@ -1,0 +1,94 @@
+// Whatever the program does, it does the same when its library calls are written to a journal, and
+// again when the journal answers them: the screen, what goes to standard output, files.
+#include "frame/entry.h"
+#include "tests/companion/companion_trial.h"
+#include "tests/companion/journal_trial.h"
+#include "tests/support/trial.h"
+#include "tests/torture/torture_run.h"
+
+#include <functional>
+#include <map>
+
+namespace
+{
+
+/// What is left of a run: its output, its screen and the files of the folder.
+std::string traces_of(const std::string& screen, const std::string& output, int exit_status)
+{
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator{"."})
+        files[entry.path().filename().string()] = contents(entry.path().string());
+    std::string traces = screen + output + std::to_string(exit_status);
+    for (const auto& [name, text] : files)
+        traces += '\n' + name + '\n' + text;
+    return traces;
+}
+
+/// Something to run with the functions that the test is linked to (null) or those of a library;
+/// returns what is left of it.
+using Run = std::function<std::string(const OfferedLibrary* library)>;
+
+void expect_same_in_journal(const Run& run)
+{
+    const std::string untapped = run(nullptr);
+    std::string journal;
+    {
+        TappedCalls tapped;
+        EXPECT_EQ(run(&journal_entries), untapped);
+        journal = tapped.journal();
+    }
+    ReplayedCalls replayed{journal};
+    EXPECT_EQ(run(&journal_entries), untapped);
+    EXPECT_EQ(replayed.difference(), "");
+}
+
+/// The first, a middle one and the last.
+std::vector<std::size_t> some_of(const std::vector<std::size_t>& numbers)
+{
+    if (numbers.size() < 3)
+        return numbers;
+    return {numbers.front(), numbers[numbers.size() / 2], numbers.back()};
+}
+
+class InJournal : public testing::TestWithParam<std::size_t>
+{
+};
+
+TEST_P(InJournal, EverySwitchDoesTheSameAlsoWhenCallsFail)
+{
+    const TemporaryFolder folder;
+    make_files_to_read();
+    for (const Command& command : commands_of(all_switch_tables()[GetParam()])) {
+        const auto compare = [&](const std::vector<std::size_t>& failing) {
+            expect_same_in_journal([&](const OfferedLibrary* library) {
+                const Outcome outcome = outcome_of(command.switches, failing, library);
+                return traces_of(outcome.screen, outcome.output, outcome.exit_status);
+            });
+        };
+        SCOPED_TRACE(command.switches);
+        compare({});
+        for (const std::size_t number : some_of(calls_to_fail(outcome_of(command.switches)))) {
+            SCOPED_TRACE(number);
+            compare({number, number + 1});
+            if (HasFailure())
+                return;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(OfTable, InJournal,
+                         testing::Range(std::size_t{0}, all_switch_tables().size()));
+
+TEST(InJournal, WholeAcceptanceTestDoesTheSame)
+{
+    const TemporaryFolder folder;
+    expect_same_in_journal([](const OfferedLibrary* library) {
+        Trial trial{"latency 10", "noise on", "uptime 100"};
+        virtual_platform.library = library;
+        trial.run("3 -R report.txt -T");
+        EXPECT_THAT(contents("report.txt"), HasSubstr("Test protocol successfully completed"));
+        return traces_of(trial.screen(), trial.output(), trial.exit_status);
+    });
+}
+
+} // namespace
