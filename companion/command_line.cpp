@@ -191,6 +191,7 @@ int run(std::vector<std::string> arguments, const Surroundings& outside)
 {
     const std::vector<std::string> program = take_program(arguments);
     CLI::App app{"Judges and draws what KOV-Controller wrote", "kov"};
+    app.allow_windows_style_options(false); // a path may begin with a slash there, too
     app.set_version_flag("--version", "kov " KOV_VERSION);
     app.require_subcommand(1);
     Action action;

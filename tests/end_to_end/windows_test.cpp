@@ -92,10 +92,10 @@ TEST(Windows, DisplayStandsAndTakesKeys)
 {
     const WindowsRun run{"3 -PE -PT -PK -T", "latency 100\n"};
     PseudoTerminal terminal{run};
+    terminal.screen.expect_windows_console();
     ASSERT_TRUE(terminal.shows("24.000V")) << terminal.screen.screen();
-    // This console's bright white is a colour of its own.
     const std::string values =
-        "  Voltages:  24V: {?}24.000V  {.}5V0: {C}4.800V  {.}3V3: {M}3.400V  {.}"
+        "  Voltages:  24V: {W}24.000V  {.}5V0: {C}4.800V  {.}3V3: {M}3.400V  {.}"
         "Temperature CPU:  {M}+65.5\xC2\xB0"
         "C  {.}PSU:   {C}-1.0\xC2\xB0"
         "C{.}";

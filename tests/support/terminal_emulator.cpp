@@ -5,7 +5,13 @@
 namespace
 {
 
-int color_of(const VTermScreenCell& cell)
+/// The terminal's order is blue, green, red from the highest bit on.
+int console_color(int index)
+{
+    return (index & 8) | (index & 1) << 2 | (index & 2) | (index & 4) >> 2;
+}
+
+int color_of(const VTermScreenCell& cell, bool of_windows)
 {
     const auto& attributes = cell.attrs;
     if (!VTERM_COLOR_IS_DEFAULT_BG(&cell.bg) || attributes.underline != 0 ||
@@ -15,25 +21,28 @@ int color_of(const VTermScreenCell& cell)
     if (VTERM_COLOR_IS_DEFAULT_FG(&cell.fg))
         return attributes.bold != 0 ? 15 : 7;
     int index = cell.fg.indexed.idx;
+    if (!VTERM_COLOR_IS_INDEXED(&cell.fg) || index > 15)
+        return -1;
+    if (of_windows)
+        return attributes.bold != 0 ? -1 : console_color(index);
     constexpr int white = 7; // the terminal's own white differs from its default foreground
-    if (!VTERM_COLOR_IS_INDEXED(&cell.fg) || index > 15 || (index & 7) == white)
+    if ((index & 7) == white)
         return -1;
     constexpr int light = 8, light_green = 10, yellow = 3, cyan = 6;
     if (attributes.bold != 0 && (index == yellow || index == cyan))
         index += light;
     else if ((attributes.bold != 0) != (index > light && index != light_green))
         return -1; // what warns is bold, nothing else is
-    // The terminal's order is blue, green, red from the highest bit on.
-    return (index & 8) | (index & 1) << 2 | (index & 2) | (index & 4) >> 2;
+    return console_color(index);
 }
 
-EmulatedCell cell_from(const VTermScreenCell& cell)
+EmulatedCell cell_from(const VTermScreenCell& cell, bool of_windows)
 {
     constexpr std::uint32_t right_half = 0xFFFF'FFFF;
     if (cell.chars[0] == right_half)
-        return {.character = 0, .color = color_of(cell)};
+        return {.character = 0, .color = color_of(cell, of_windows)};
     const bool blank = cell.chars[0] == 0 || cell.chars[0] == ' ';
-    const int color = color_of(cell);
+    const int color = color_of(cell, of_windows);
     return {.character = blank ? U' ' : static_cast<char32_t>(cell.chars[0]),
             .color = blank && color >= 0 ? 7 : color};
 }
@@ -88,7 +97,7 @@ TerminalEmulator::TerminalEmulator(TerminalSize size)
             [](int columns, const VTermScreenCell* pushed, void* user) {
                 std::vector<EmulatedCell> cells;
                 for (int column = 0; column < columns; ++column)
-                    cells.push_back(cell_from(pushed[column]));
+                    cells.push_back(cell_from(pushed[column], false));
                 cut_trailing_blanks(cells);
                 static_cast<TerminalEmulator*>(user)->scrollback_.push_back(text_of(cells, false));
                 return 1;
@@ -117,7 +126,7 @@ std::vector<EmulatedCell> TerminalEmulator::cells(int row) const
     for (int column = 0; column < size_.columns;) {
         VTermScreenCell cell = {};
         vterm_screen_get_cell(screen_, {.row = row - 1, .col = column}, &cell);
-        cells.push_back(cell_from(cell));
+        cells.push_back(cell_from(cell, shows_windows_console_));
         if (cells.back().character == 0)
             cells.back() = {}; // half a wide character that was overwritten
         if (cell.width == 2)

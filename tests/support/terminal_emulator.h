@@ -48,6 +48,8 @@ public:
 
     void feed(std::string_view bytes);
     void resize(TerminalSize size);
+    /// What feeds it is a console of Windows, which shows its own sixteen colours, none in bold.
+    void expect_windows_console() { shows_windows_console_ = true; }
 
     [[nodiscard]] TerminalSize size() const { return size_; }
     /// The cells of a row (from 1) without trailing blanks.
@@ -80,5 +82,6 @@ private:
     std::vector<std::string> scrollback_;
     bool cursor_visible_ = true;
     bool used_alternate_screen_ = false;
+    bool shows_windows_console_ = false;
     int cursor_hidings_ = 0;
 };

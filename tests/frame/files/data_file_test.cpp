@@ -70,8 +70,11 @@ TEST(OutputFile, KeepsWhatIsCompleteAndNobodyElsesFile)
     EXPECT_EQ(contents("data~"), "an editor's");
     EXPECT_FALSE(std::filesystem::exists("data~2"));
     EXPECT_EQ(complete.size(), 262'304U * 3);
+}
 
-    // A name that has no room for one more character, and ends in one of two bytes.
+TEST(OutputFile, ShortensANameThatHasNoRoomForOneMoreCharacter)
+{
+    const TemporaryFolder folder; // the name's last character has two bytes
     const std::string beginning(253, 'n');
     write_file(beginning + "\xC3\xA9", "before");
     (void)last_line_of("-y " + beginning + "\xC3\xA9", failing_backup);
