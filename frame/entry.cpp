@@ -91,6 +91,7 @@ int run_program(int argc, char** argv)
         end_session();
     else
         close_debug_file();
+    repeat_alarm();
     console.finish();
     platform::restore_terminal();
     const std::string failure = platform::output_failure();

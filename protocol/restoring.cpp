@@ -152,16 +152,8 @@ void report_state(Report& report, InstrumentState state)
     const StateWords& words = state_words[static_cast<std::size_t>(state)];
     report.item(
         {.label = report_text::instrument_state, .value = words.text, .color = words.color});
-}
-
-void repeat_bad_state(InstrumentState state)
-{
-    if (state != InstrumentState::disabled && state != InstrumentState::unknown)
-        return;
-    const StateWords& words = state_words[static_cast<std::size_t>(state)];
-    console.print("%s: ", report_text::instrument_state);
-    console.print(words.color, "%s", words.text);
-    console.print("\n");
+    if (state == InstrumentState::disabled || state == InstrumentState::unknown)
+        note_alarm(report_text::instrument_state, words.text);
 }
 
 bool run_on_saved_settings(Report& report, InstrumentState& state,

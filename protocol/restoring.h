@@ -14,11 +14,9 @@ enum class InstrumentState : std::uint8_t {
     unknown,   ///< neither could be done: outputs may be on
 };
 
-/// Tells it, as the last line of a test that came to no good end. Nothing when nothing was changed.
+/// Tells it, as the last line of a test that came to no good end; it is an alarm when the settings
+/// are not restored. Nothing when nothing was changed.
 void report_state(Report& report, InstrumentState state);
-
-/// Tells it on the console once more when the settings are not restored.
-void repeat_bad_state(InstrumentState state);
 
 /// Reads the settings, runs `steps`, and gives the instrument its settings back, whatever comes of
 /// the steps. True when all of it went well; else the user has been told why.

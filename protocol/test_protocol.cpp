@@ -137,9 +137,7 @@ void create_test_protocol(const Given& given)
     else
         report_abort(report, failure, state);
     const bool told = !report.is_good();
-    const Place end = console.place();
     if (!report.close(passed) && !told)
         print_failure("Cannot close the data file %s", printable(given.text).c_str());
-    if (console.place() != end)
-        repeat_bad_state(state); // so that nobody overlooks it above what the file had to tell
+    repeat_alarm(); // so that nobody overlooks it above what the file had to tell
 }
