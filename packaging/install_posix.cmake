@@ -19,6 +19,7 @@ endif()
 
 # install_compressed(FILE FOLDER NAME): as gzip does it without name and time.
 find_program(GZIP gzip REQUIRED)
+file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/packaging)
 function(install_compressed file folder name)
   set(compressed ${CMAKE_CURRENT_BINARY_DIR}/packaging/${name}.gz)
   add_custom_command(OUTPUT ${compressed}
@@ -36,6 +37,10 @@ install(TARGETS COM-KOV-CTRL LIBRARY DESTINATION ${library_folder}/simulator
 install(DIRECTORY DESTINATION ${library_folder}/maker)
 install(DIRECTORY simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATADIR}/kov-controller)
 install_compressed(docs/KOV-Controller.1 ${CMAKE_INSTALL_MANDIR}/man1 KOV-Controller.1)
+# For who types the name in lower case.
+file(CREATE_LINK KOV-Controller.1.gz ${CMAKE_BINARY_DIR}/packaging/kov-controller.1.gz SYMBOLIC)
+install(FILES ${CMAKE_BINARY_DIR}/packaging/kov-controller.1.gz
+  DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install_compressed(packaging/debian/changelog ${document_folder} changelog)
 install(FILES README.md packaging/debian/copyright DESTINATION ${document_folder})
 file(GLOB pages CONFIGURE_DEPENDS docs/*.md)

@@ -68,8 +68,10 @@ grep -q 'slot3/steps  *The device type does not fit the slot' <<<"$verdict" ||
 "$root/usr/bin/kov" tap -o "$root/journal" -- "$program" 3 -p -T >"$root/tapped" || fail "kov tap failed"
 "$root/usr/bin/kov" replay "$root/journal" -- "$program" 3 -p -T | cmp - "$root/tapped" ||
     fail "the replayed program printed something else"
-zcat "$root/usr/share/man/man1/KOV-Controller.1.gz" | grep -q '^\.Sh EXIT STATUS' ||
-    fail "no manual page"
+for name in KOV-Controller kov-controller; do
+    zcat "$root/usr/share/man/man1/$name.1.gz" | grep -q '^\.Sh EXIT STATUS' ||
+        fail "no manual page $name"
+done
 
 # Whatever stands in the place of the maker's library, the simulated instrument does not answer for it.
 maker=/usr/lib/kov-controller/maker
