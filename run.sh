@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds KOV-Controller where needed and runs it with the given arguments.
+# Builds KOV-Controller if necessary and runs it with the given arguments.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/tools/setup.sh"
 

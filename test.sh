@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Builds and runs all tests: plainly, then under the address and undefined-behaviour sanitizers.
+# Builds and runs all tests: without, then with the address and undefined-behaviour sanitizers.
 #   ./test.sh            both
-#   ./test.sh debug      plainly
-#   ./test.sh sanitize   under the sanitizers
+#   ./test.sh debug      without sanitizers
+#   ./test.sh sanitize   with sanitizers
 #   ./test.sh windows    the program for Windows, under Wine
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/tools/setup.sh"

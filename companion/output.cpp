@@ -94,7 +94,7 @@ bool TextFile::close()
     if (file_ != nullptr && std::fclose(std::exchange(file_, nullptr)) != 0)
         good_ = false;
     if (!good_)
-        outside_->complain(valid_utf8(name_) + ": not everything could be written");
+        outside_->complain(valid_utf8(name_) + ": could not be written completely");
     outside_ = nullptr;
     return good_;
 }
@@ -109,7 +109,7 @@ bool may_be_written(const std::string& name, const std::vector<std::string>& rea
         std::error_code not_there;
         if (!name.empty() && name != "-" && file != "-" &&
             std::filesystem::equivalent(path(name), path(file), not_there)) {
-            outside.complain(valid_utf8(name) + ": this file is read, it cannot be written");
+            outside.complain(valid_utf8(name) + ": this file is read, so it cannot be written");
             return false;
         }
     }

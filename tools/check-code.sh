@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# What no test sees: the formatting, the manual's markup, and what clang-tidy and cppcheck find.
-#   ./tools/check-code.sh            all; some minutes a core
+# Checks what no test sees: layout, the manuals' markup, and the findings of clang-tidy and cppcheck.
+#   ./tools/check-code.sh            everything; a quarter of an hour
 #   ./tools/check-code.sh quick      the formatting and the manual only
 #   ./tools/check-code.sh changed    clang-tidy on what was changed lately
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 cd "$source_folder"
 
-# Other versions have other views.
+# Other versions give other results.
 format_tools=("clang-format-14 clang-format-14" "mandoc mandoc")
 tidy_tools=("clang-tidy-14 clang-tidy-14")
 cppcheck_tools=("cppcheck cppcheck")

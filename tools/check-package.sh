@@ -41,7 +41,7 @@ for file in "$program" "$root/usr/bin/kov" "$root"/usr/lib/kov-controller/{simul
     # A stack that can be executed, or a segment that can be written and executed.
     ! grep -q 'GNU_STACK.*RWE\|LOAD.*RWE' <<<"$elf" || fail "$file can execute what it writes"
 done
-readelf --wide --dynamic "$program" | grep -q 'FLAGS_1.*PIE' || fail "the program is no PIE"
+readelf --wide --dynamic "$program" | grep -q 'FLAGS_1.*PIE' || fail "the program is not a PIE"
 
 # The system's libraries, and nothing else of the system, for a run inside the root. The program needs
 # /proc to find the folder in which it stands.
@@ -89,4 +89,4 @@ done
 dpkg_there --purge kov-controller
 left=$(find "$root/usr" -type f -o -name '*[Kk][Oo][Vv]*' 2>/dev/null || true)
 [ -z "$left" ] || fail "left behind: $left"
-echo "The package installs, runs and goes."
+echo "The package can be installed, run and removed."

@@ -18,4 +18,4 @@ for copy in "$folder/one" "$folder/another/one/further/down"; do
 done
 sha256sum "${packages[@]}"
 cmp "${packages[@]}"
-echo "Both packages hold the same bytes."
+echo "Both packages are identical."

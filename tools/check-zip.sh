@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Packs the program for Windows (build/windows) as a user gets it, and looks into the zip: all files,
-# programs that need the system's libraries alone, and, where Wine is, a run of what was unpacked.
+# Makes the Windows zip (build/windows) and checks it: its files, that the programs need only the
+# system's libraries, and, if Wine is installed, a run of the unpacked program.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -31,7 +31,7 @@ expected=$(printf '%s\n' ./KOV-Controller.exe ./COM-KOV-CTRL.dll ./kov.exe ./REA
     ./tap/COM-KOV-CTRL.dll ./replay/COM-KOV-CTRL.dll \
     ./docs/kov-report.schema.json "$pages" "$scenarios" | sort)
 [ "$present" = "$expected" ] ||
-    fail "the zip holds other files: $(diff <(echo "$expected") <(echo "$present") || true)"
+    fail "the zip contains other files: $(diff <(echo "$expected") <(echo "$present") || true)"
 
 for file in KOV-Controller.exe {.,tap,replay}/COM-KOV-CTRL.dll kov.exe; do
     needs=$(x86_64-w64-mingw32-objdump -p "$file" | sed -n 's/.*DLL Name: //p')
@@ -51,4 +51,4 @@ if is_there "$wine"; then
     grep -q 'slot3/steps  *The device type does not fit the slot' <<<"$verdict" ||
         fail "the unpacked companion printed: $verdict"
 fi
-echo "The zip is whole: $(basename "$zip")"
+echo "The zip is complete: $(basename "$zip")"

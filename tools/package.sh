@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds the Debian package in build/package and tells its name. The same sources give the same
-# bytes: the time of the last commit (without a repository, of the changelog) stands for all times, unless
-# SOURCE_DATE_EPOCH names another.
+# Builds the Debian package in build/package and prints its name. The same sources give the same bytes:
+# all times are that of the last commit (without a repository, of the changelog), unless
+# SOURCE_DATE_EPOCH is set.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 

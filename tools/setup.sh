@@ -1,9 +1,8 @@
-# What run.sh, test.sh and the scripts in tools/ share: the tools that a build needs, and the build
-# itself.
+# Shared by run.sh, test.sh and the scripts in tools/: installing the tools of a build, and building.
 
 source_folder=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# A tool or file, and the Debian package that brings it.
+# Each entry is a command or file, and the Debian package that has it.
 build_tools=("g++ g++" "cmake cmake" "ninja ninja-build")
 # The companion's libraries; the utility does not need them.
 companion_tools=("/usr/include/CLI/CLI.hpp libcli11-dev"
@@ -23,8 +22,7 @@ is_there() {
     esac
 }
 
-# Installs the packages of the tools that are missing. False when that is not possible; says then
-# which they are.
+# Installs the packages of missing tools. If that is not possible, names them and returns false.
 install_tools() {
     local tool packages=()
     for tool in "$@"; do
@@ -53,8 +51,8 @@ need_tools() {
     install_tools "$@" || exit 1
 }
 
-# Tells on standard error what is being done: on a terminal in one line that is written over and gone
-# in the end, elsewhere in lines that stay.
+# Progress on standard error: on a terminal in one line that is rewritten and finally erased, elsewhere
+# in lines that stay.
 if [ -t 2 ] && [ "${TERM:-dumb}" != dumb ]; then
     tell() { printf '\r\033[K%s' "$*" >&2; }
     told() { printf '\r\033[K' >&2; }
@@ -63,8 +61,8 @@ else
     told() { :; }
 fi
 
-# show_progress WHAT: takes what CMake and Ninja print and tells how far they are; says nothing where
-# there is nothing to do.
+# show_progress WHAT: turns the output of CMake and Ninja into progress; silent if there is nothing to
+# do.
 show_progress() {
     local line last=-1 share
     while IFS= read -r line; do
@@ -82,8 +80,7 @@ show_progress() {
     told
 }
 
-# run_logged WHAT LOG COMMAND...: tells how far a build is, and shows all that was printed when it
-# fails.
+# run_logged WHAT LOG COMMAND...: shows the progress of a build, and its whole output if it fails.
 run_logged() {
     local what=$1 log=$2
     shift 2
@@ -92,7 +89,7 @@ run_logged() {
         return 0
     fi
     cat "$log" >&2
-    echo "Building $what failed; the above is in $log" >&2
+    echo "Building $what failed; the output above is in $log" >&2
     return 1
 }
 
@@ -104,7 +101,7 @@ configure_and_build() { # PRESET TARGET
     cmake --build --preset "$1" --target "$2"
 }
 
-# build PRESET TARGET: configures where needed and builds.
+# build PRESET TARGET: configures if necessary, and builds.
 build() {
     run_logged "$1" "$source_folder/build/$1/build.log" configure_and_build "$@" || exit 1
 }

@@ -139,7 +139,7 @@ public:
     /// Why the next word is wrong.
     [[nodiscard]] std::string wrong(std::string_view wanted) const
     {
-        return is_over() ? "the line ends where " + std::string{wanted} + " should stand"
+        return is_over() ? "the line ends where " + std::string{wanted} + " is expected"
                          : '"' + words_[next_] + "\" is not " + std::string{wanted};
     }
 
@@ -179,7 +179,7 @@ Complaint read_term(Words& words, std::string_view number, std::string_view give
     constexpr std::string_view references[] = {"range", "target", "limit", "power", "full"};
     if (term.unit != "%" || std::find(std::begin(references), std::end(references), words.peek()) ==
                                 std::end(references))
-        return words.wrong("what per cent can be of (range, target, limit, power, full)");
+        return words.wrong("what per cent can refer to (range, target, limit, power, full)");
     term.reference = words.take();
     return {};
 }

@@ -157,7 +157,7 @@ public:
                              [](const Sighting& a, const Sighting& b) { return a.day < b.day; });
         const bool is_written = sql_.close() && write_page() && print();
         if (reports_ == 0)
-            outside_.complain("no whole report among these");
+            outside_.complain("none of these is a complete report");
         return is_written && reports_ > 0 && all_read_ ? 0 : wrong_usage;
     }
 

@@ -102,7 +102,7 @@ const std::string_view* LineReader::take_behind_mismatch(const std::string& expe
     if (next_ + 1 < lines_.size() && matches(lines_[next_ + 1])) {
         ++next_;
         const bool is_double = next_ > 1 && lines_[next_ - 1] == lines_[next_ - 2];
-        problem((is_double ? "this line stands twice: " : "unexpected line: ") +
+        problem((is_double ? "this line occurs twice: " : "unexpected line: ") +
                 quoted(lines_[next_ - 1]));
         return &lines_[next_++];
     }

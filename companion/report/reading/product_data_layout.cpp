@@ -97,7 +97,7 @@ void flags(LineReader& reader, const char* title, const std::array<FlagField<Rec
         const Fact* fact = reader.item(label, keys.next(label), shape::text, 1);
         if (fact != nullptr && fact->text != bare(field.set.text) &&
             fact->text != bare(field.clear.text))
-            reader.problem("neither of the words that can stand here");
+            reader.problem("neither of the words that belong here");
     }
 }
 

@@ -49,7 +49,7 @@ void fan(LineReader& reader)
     reader.line(std::string{fan_data} + ':');
     const Fact* fact = reader.item(state, "fan/state", shape::text, 1);
     if (fact != nullptr && fact->text != fan_good && fact->text != fan_failed)
-        reader.problem("neither of the words that can stand here");
+        reader.problem("neither of the words that belong here");
     reader.item("speed set", "fan/speed-set", rpm, 1);
     reader.item("measured", "fan/measured", rpm, 1);
     reader.item("PWM control", "fan/PWM-control",
