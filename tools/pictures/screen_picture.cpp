@@ -1,8 +1,8 @@
 // Runs a program on a pseudo-terminal and writes what a user sees there as an SVG picture.
 //   screen_picture COLUMNSxROWS SECONDS PROGRAM ARGUMENTS OUT
 // The picture is taken after that many seconds; then Esc ends the program. The variables of the
-// simulated instrument are passed on. An installed program would be called by its name, so that is
-// what stands on the command line above a picture that is not as high as its window.
+// simulated instrument are passed on. The command line above the program's output has the program's
+// name without its folder, as a user would type it.
 
 #include "frame/terminal/characters.h"
 #include "tests/support/pseudo_terminal.h"
@@ -131,12 +131,14 @@ int main(int argc, char** argv)
         std::fputs("usage: screen_picture COLUMNSxROWS SECONDS PROGRAM ARGUMENTS OUT\n", stderr);
         return EXIT_FAILURE;
     }
+    const std::string program = argv[3];
     const std::string arguments = argv[4];
-    Launch launch{.program = argv[3],
+    Launch launch{.program = program,
                   .arguments = arguments,
-                  .environment = {{"TERM", "xterm-256color"}},
+                  .environment = {{"TERM", "xterm-256color"}, {"LC_ALL", "C.UTF-8"}},
                   .size = size,
-                  .on_screen = "\033[20h$ KOV-Controller " + arguments + '\n'};
+                  .on_screen = "\033[20h$ " + program.substr(program.rfind('/') + 1) + ' ' +
+                               arguments + '\n'};
     for (const char* name : {"KOV_SIMULATOR_STATE", "KOV_SIMULATOR_SCENARIO"}) {
         if (const char* value = std::getenv(name))
             launch.environment[name] = value;
