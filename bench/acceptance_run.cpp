@@ -1,5 +1,5 @@
 // The whole acceptance test on an instrument with all its modules, under the virtual clock. Prints
-// how much of that clock's time it took, in seconds.
+// how much of that clock's time it took, in seconds. An argument names a file for the report.
 
 #include "tests/support/temporary_file.h"
 #include "tests/support/trial.h"
@@ -7,14 +7,16 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
-int main()
+int main(int argc, char** argv)
 {
-    const TemporaryFile report;
+    const TemporaryFile temporary;
+    const std::string report = argc > 1 ? argv[1] : temporary.name();
     Trial trial;
     for (const char* line : {"latency 5", "noise on", "uptime 95"})
         trial.instrument(line);
-    trial.run("3 -q -R " + report.name() + " -T");
+    trial.run("3 -q -R " + report + " -T");
     if (trial.screen().find("Test protocol successfully completed within ") == std::string::npos) {
         std::fprintf(stderr, "the acceptance test did not reach its end\n");
         return EXIT_FAILURE;

@@ -22,6 +22,9 @@ void register_config_reader();
 /// Configuration sets and memory between device and file, by the program's commands.
 void register_device_transfers();
 
+/// What the companion makes of reports, where it is built.
+void register_companion();
+
 /// The whole acceptance test under the tests' virtual clock.
 void register_acceptance_test();
 

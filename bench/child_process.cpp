@@ -54,7 +54,8 @@ Spent run(const Command& command, bool may_fail)
         std::exit(EXIT_FAILURE);
     }
     return {.seconds = seconds,
-            .processor_seconds = seconds_in(usage.ru_utime) + seconds_in(usage.ru_stime)};
+            .processor_seconds = seconds_in(usage.ru_utime) + seconds_in(usage.ru_stime),
+            .most_memory_kib = static_cast<double>(usage.ru_maxrss)};
 }
 
 } // namespace bench

@@ -19,6 +19,7 @@ inline constexpr const char* nowhere = "/dev/null";
 struct Spent {
     double seconds;           ///< from the program's start to its end
     double processor_seconds; ///< the user's and the system's
+    double most_memory_kib;   ///< that was in use at a time
 };
 
 /// Runs a program. One that cannot be started or fails ends ours, unless `may_fail`.

@@ -124,7 +124,9 @@ void show_wide()
                 fields[i] = place_field(formatted("  %03zu: ", i).c_str(), 9);
             }
         },
-        [](Wide& wide) { return read_values(wide) ? nullptr : "COM_KOV_CTRL_GetHousekeeping"; },
+        [](Wide& wide) {
+            return read_values(wide) ? Failure{} : Failure{"COM_KOV_CTRL_GetHousekeeping"};
+        },
         [&](const Wide& wide) {
             for (std::size_t i = 0; i < wide_fields; ++i) {
                 const double value = wide.values[i];

@@ -31,6 +31,9 @@ int main(int argc, char** argv)
     bench::register_device_transfers();
     bench::register_acceptance_test();
     bench::register_journal();
+#ifdef KOV_COMPANION
+    bench::register_companion();
+#endif
     benchmark::RunSpecifiedBenchmarks();
     bench::print_results();
     return EXIT_SUCCESS;

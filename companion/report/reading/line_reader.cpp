@@ -32,20 +32,27 @@ bool is_printable(std::string_view line)
     });
 }
 
+bool is_small_letter(char c)
+{
+    return c >= 'a' && c <= 'z';
+}
+
 } // namespace
 
 std::string key_of_label(std::string_view label)
 {
     std::string key;
+    key.reserve(label.size());
     while (!label.empty()) {
         const std::size_t length = std::min(label.find_first_of(" #+"), label.size());
-        std::string word{label.substr(0, length)};
-        if (std::any_of(word.begin(), word.end(), [](unsigned char c) { return std::islower(c); }))
-            std::transform(word.begin(), word.end(), word.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        std::erase(word, '\'');
-        if (!word.empty())
-            key += (key.empty() ? "" : "-") + word;
+        const std::string_view word = label.substr(0, length);
+        const bool is_word = std::any_of(word.begin(), word.end(), is_small_letter);
+        if (!key.empty() && word.find_first_not_of('\'') != std::string_view::npos)
+            key += '-';
+        for (const char c : word) {
+            if (c != '\'')
+                key += is_word && c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        }
         label.remove_prefix(std::min(length + 1, label.size()));
     }
     return key;
@@ -73,7 +80,7 @@ void LineReader::problem(std::string text)
     report_.problems.push_back({static_cast<int>(next_), std::move(text)});
 }
 
-const std::string_view* LineReader::take(const std::string& expected, const Matches& matches)
+const std::string_view* LineReader::take(const Beginning& expected, const Matches& matches)
 {
     if (stopped_)
         return nullptr;
@@ -84,12 +91,13 @@ const std::string_view* LineReader::take(const std::string& expected, const Matc
     return take_behind_mismatch(expected, matches);
 }
 
-const std::string_view* LineReader::take_behind_mismatch(const std::string& expected,
+const std::string_view* LineReader::take_behind_mismatch(const Beginning& expected,
                                                          const Matches& matches)
 {
+    const std::string awaited = quoted(std::string(expected.tabs, '\t').append(expected.text));
     if (next_ == lines_.size()) {
         stopped_ = true;
-        problem("the report ends here, before " + quoted(expected));
+        problem("the report ends here, before " + awaited);
         return nullptr;
     }
     const auto aborted = std::find(lines_.begin(), lines_.end(), report_text::aborted);
@@ -109,7 +117,7 @@ const std::string_view* LineReader::take_behind_mismatch(const std::string& expe
     constexpr int most_missing = 3;
     stopped_ = ++missing_ > most_missing;
     ++next_;
-    problem(quoted(expected) + " is missing, " + quoted(lines_[next_ - 1]) + " stands here");
+    problem(awaited + " is missing, " + quoted(lines_[next_ - 1]) + " stands here");
     --next_;
     return nullptr;
 }
@@ -129,8 +137,10 @@ std::size_t LineReader::cause_of_abort() const
 
 bool LineReader::line(std::string_view text, int deeper)
 {
-    const std::string whole = text.empty() ? "" : tabs(deeper) + std::string{text};
-    return take(whole, [&](std::string_view found) { return found == whole; }) != nullptr;
+    const Beginning whole = text.empty() ? Beginning{} : beginning(text, deeper);
+    return take(whole, [&whole](std::string_view found) {
+               return found.size() == whole.size() && whole.is_of(found);
+           }) != nullptr;
 }
 
 void LineReader::heading(std::string_view text)
@@ -139,10 +149,9 @@ void LineReader::heading(std::string_view text)
     line(text);
 }
 
-bool LineReader::is_next(std::string_view beginning) const
+bool LineReader::is_next(std::string_view text) const
 {
-    return !stopped_ && next_ < lines_.size() &&
-           lines_[next_].starts_with(tabs(0) + std::string{beginning});
+    return !stopped_ && next_ < lines_.size() && beginning(text, 0).is_of(lines_[next_]);
 }
 
 Fact& LineReader::add(std::string_view key, std::string_view text)
@@ -167,10 +176,10 @@ Fact* LineReader::parsed(Fact& fact, const Shape& shape)
 Fact* LineReader::begins(std::string_view text, std::string_view key, const Shape& shape,
                          int deeper)
 {
-    const std::string beginning = tabs(deeper) + std::string{text};
-    const std::string_view* found = take(
-        beginning, [&](std::string_view candidate) { return candidate.starts_with(beginning); });
-    return found != nullptr ? parsed(add(key, found->substr(beginning.size())), shape) : nullptr;
+    const Beginning label = beginning(text, deeper);
+    const std::string_view* found =
+        take(label, [&label](std::string_view candidate) { return label.is_of(candidate); });
+    return found != nullptr ? parsed(add(key, found->substr(label.size())), shape) : nullptr;
 }
 
 Fact* LineReader::item(std::string_view label, std::string_view key, const Shape& shape, int deeper)
@@ -198,21 +207,21 @@ Fact* LineReader::item_with(std::string_view label, std::string_view key, std::s
 Fact* LineReader::choice(std::initializer_list<std::string_view> texts, std::string_view key,
                          int deeper)
 {
-    const std::string before = tabs(deeper);
+    const Beginning before = beginning("", deeper);
     const auto is_one = [&](std::string_view candidate) {
-        return candidate.starts_with(before) &&
-               std::find(texts.begin(), texts.end(), candidate.substr(before.size())) !=
-                   texts.end();
+        return before.is_of(candidate) && std::find(texts.begin(), texts.end(),
+                                                    candidate.substr(before.size())) != texts.end();
     };
-    const std::string_view* found = take(before + std::string{*texts.begin()}, is_one);
+    const std::string_view* found = take(beginning(*texts.begin(), deeper), is_one);
     return found != nullptr ? &add(key, found->substr(before.size())) : nullptr;
 }
 
 std::vector<std::string_view> LineReader::row(std::string_view first, std::size_t cells)
 {
-    const std::string beginning = tabs(0) + std::string{first} + '\t';
-    const std::string_view* found = take(
-        beginning, [&](std::string_view candidate) { return candidate.starts_with(beginning); });
+    const std::string text = std::string{first} + '\t';
+    const Beginning cell = beginning(text, 0);
+    const std::string_view* found =
+        take(cell, [&cell](std::string_view candidate) { return cell.is_of(candidate); });
     if (found == nullptr)
         return {};
     std::vector<std::string_view> parts;

@@ -48,7 +48,7 @@ public:
     // ---- Looking ----
 
     /// The next line begins so.
-    [[nodiscard]] bool is_next(std::string_view beginning) const;
+    [[nodiscard]] bool is_next(std::string_view text) const;
     /// The number of the line that was taken last.
     [[nodiscard]] int line_number() const { return static_cast<int>(next_); }
     /// Nothing more comes, or reading was given up.
@@ -61,15 +61,27 @@ public:
     void problem(std::string text);
 
 private:
+    /// Tabs and a text.
+    struct Beginning {
+        std::size_t tabs;
+        std::string_view text;
+
+        [[nodiscard]] std::size_t size() const { return tabs + text.size(); }
+        [[nodiscard]] bool is_of(std::string_view line) const
+        {
+            return line.size() >= size() && line.find_first_not_of('\t') >= tabs &&
+                   line.substr(tabs).starts_with(text);
+        }
+    };
+    [[nodiscard]] Beginning beginning(std::string_view text, int deeper) const
+    {
+        return {static_cast<std::size_t>(indent + deeper), text};
+    }
+
     using Matches = std::function<bool(std::string_view)>;
     /// Takes the line for which `matches` holds; null when it is missing.
-    const std::string_view* take(const std::string& expected, const Matches& matches);
-    const std::string_view* take_behind_mismatch(const std::string& expected,
-                                                 const Matches& matches);
-    [[nodiscard]] std::string tabs(int deeper) const
-    {
-        return std::string(static_cast<std::size_t>(indent + deeper), '\t');
-    }
+    const std::string_view* take(const Beginning& expected, const Matches& matches);
+    const std::string_view* take_behind_mismatch(const Beginning& expected, const Matches& matches);
     /// The number of the line that tells why the test was aborted.
     [[nodiscard]] std::size_t cause_of_abort() const;
     Fact* parsed(Fact& fact, const Shape& shape);

@@ -32,6 +32,8 @@ std::vector<std::string> Report::units() const
     std::vector<std::string> names;
     for (const Fact& fact : facts) {
         const std::string_view unit = unit_of(fact.key);
+        if (!names.empty() && unit == names.back())
+            continue; // as a rule
         if (std::find(names.begin(), names.end(), unit) == names.end())
             names.emplace_back(unit);
     }
