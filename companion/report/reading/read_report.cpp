@@ -31,9 +31,10 @@ std::vector<std::string> Report::units() const
 {
     std::vector<std::string> names;
     for (const Fact& fact : facts) {
-        const std::string_view unit = unit_of(fact.key);
-        if (!names.empty() && unit == names.back())
+        if (!names.empty() && fact.key.starts_with(names.back()) &&
+            fact.key[names.back().size()] == '/')
             continue; // as a rule
+        const std::string_view unit = unit_of(fact.key);
         if (std::find(names.begin(), names.end(), unit) == names.end())
             names.emplace_back(unit);
     }
