@@ -23,7 +23,7 @@ void register_config_reader();
 void register_device_transfers();
 
 /// What the companion makes of reports, where it is built.
-void register_companion();
+void register_reports();
 
 /// The whole acceptance test under the tests' virtual clock.
 void register_acceptance_test();

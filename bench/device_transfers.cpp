@@ -1,9 +1,9 @@
 #include "bench/benchmarks.h"
-#include "bench/child_process.h"
 #include "bench/library.h"
-#include "bench/results.h"
-#include "bench/set_file.h"
-#include "bench/temporary_file.h"
+#include "bench/support/child_process.h"
+#include "bench/support/results.h"
+#include "bench/support/set_file.h"
+#include "bench/support/temporary_file.h"
 #include "config/set_access.h"
 #include "diagnostics/memory_image.h"
 

@@ -1,7 +1,7 @@
 #include "bench/benchmarks.h"
-#include "bench/child_process.h"
-#include "bench/results.h"
-#include "bench/temporary_file.h"
+#include "bench/support/child_process.h"
+#include "bench/support/results.h"
+#include "bench/support/temporary_file.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdlib>

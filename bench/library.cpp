@@ -1,7 +1,7 @@
 #include "bench/library.h"
 
-#include "bench/system_calls.h"
-#include "bench/temporary_file.h"
+#include "bench/support/system_calls.h"
+#include "bench/support/temporary_file.h"
 #include "devlib/COM-KOV-CTRL.h"
 #include "frame/device_library.h"
 

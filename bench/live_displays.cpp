@@ -1,8 +1,8 @@
 #include "bench/benchmarks.h"
 #include "bench/displays.h"
 #include "bench/library.h"
-#include "bench/results.h"
-#include "bench/terminal.h"
+#include "bench/support/results.h"
+#include "bench/support/terminal.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -2,8 +2,8 @@
 
 #include "bench/benchmarks.h"
 #include "bench/library.h"
-#include "bench/results.h"
-#include "bench/terminal.h"
+#include "bench/support/results.h"
+#include "bench/support/terminal.h"
 #include "frame/platform/platform.h"
 
 #include <benchmark/benchmark.h>
@@ -32,7 +32,7 @@ int main(int argc, char** argv)
     bench::register_acceptance_test();
     bench::register_journal();
 #ifdef KOV_COMPANION
-    bench::register_companion();
+    bench::register_reports();
 #endif
     benchmark::RunSpecifiedBenchmarks();
     bench::print_results();

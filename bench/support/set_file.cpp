@@ -1,4 +1,4 @@
-#include "bench/set_file.h"
+#include "bench/support/set_file.h"
 
 #include "config/file_format.h"
 

@@ -1,4 +1,4 @@
-#include "bench/child_process.h"
+#include "bench/support/child_process.h"
 
 #include "bench/library.h"
 

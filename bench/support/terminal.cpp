@@ -1,4 +1,4 @@
-#include "bench/terminal.h"
+#include "bench/support/terminal.h"
 
 #include "frame/platform/platform.h"
 

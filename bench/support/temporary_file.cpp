@@ -1,4 +1,4 @@
-#include "bench/temporary_file.h"
+#include "bench/support/temporary_file.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "bench/results.h"
+#include "bench/support/results.h"
 
 #include <algorithm>
 #include <cstddef>

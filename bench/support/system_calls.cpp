@@ -1,4 +1,4 @@
-#include "bench/system_calls.h"
+#include "bench/support/system_calls.h"
 
 #include <algorithm>
 #include <csignal>

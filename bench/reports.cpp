@@ -1,8 +1,8 @@
 #include "bench/benchmarks.h"
-#include "bench/child_process.h"
 #include "bench/library.h"
-#include "bench/results.h"
-#include "bench/temporary_file.h"
+#include "bench/support/child_process.h"
+#include "bench/support/results.h"
+#include "bench/support/temporary_file.h"
 
 #include <array>
 #include <benchmark/benchmark.h>
@@ -84,7 +84,7 @@ void measure_check(benchmark::State& state)
 
 } // namespace
 
-void register_companion()
+void register_reports()
 {
     benchmark::RegisterBenchmark("checking reports", measure_check)
         ->Iterations(3)
