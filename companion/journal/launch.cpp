@@ -68,12 +68,12 @@ const DeviceLibrary* real_library(const std::string& program, const Surroundings
         forget_device_library();
         library = &device_library();
     }
-    if (library->loaded) {
-        for (const char* function : library->missing)
-            outside.complain(std::string{"the device library lacks "} + function +
-                             "; the program will not notice that, but calls of it fail");
-        return library;
-    }
+    // In front of it stands a library that has them all: the program would not notice, and begin
+    // what it cannot end in order.
+    for (const char* function : library->missing)
+        outside.complain(std::string{"the device library lacks "} + function);
+    if (library->loaded)
+        return library->missing.empty() ? library : nullptr;
     outside.complain(library->path.empty()
                          ? "there is no device library: " + valid_utf8(library->cause)
                          : "the device library '" + valid_utf8(library->path) +

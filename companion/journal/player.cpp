@@ -1,10 +1,12 @@
 #include "companion/journal/player.h"
 
+#include "companion/journal/format.h"
 #include "companion/journal/reading/values.h"
 #include "companion/journal/writer.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace journal
 {
@@ -16,12 +18,14 @@ using nlohmann::json;
 namespace
 {
 
+/// What the program gives, as it would stand in a journal.
 json inputs_of(const Call& call)
 {
     std::string text = "{";
     append_inputs(text, call);
-    const json parsed = json::parse(text + '}');
-    return parsed.at("in");
+    constexpr std::string_view none = "{}";
+    return text.ends_with(none) ? json::object()
+                                : std::move(json::parse(text + '}')[std::string{field::inputs}]);
 }
 
 template <class T>

@@ -100,6 +100,11 @@ TEST(JournalOfProgram, ThatCannotBeWrittenRefusesToStartOrIsToldLater)
     // Nothing to run, and nothing that could answer.
     EXPECT_EQ(run.run("$kov tap -o other -- no-such-program").status, 127);
     EXPECT_EQ(run.run("KOV_DEVICE_LIBRARY=/not/there $kov tap -o other -- $controller").status, 3);
+    const Ran lacking = run.run(
+        "sed s/GetBufferState/GetBufferStatX/g ${controller%/*}/libCOM-KOV-CTRL.so >lacking.so\n"
+        "KOV_DEVICE_LIBRARY=./lacking.so $kov tap -o other -- $controller 3 -u -T");
+    EXPECT_EQ(lacking.errors, "kov: the device library lacks COM_KOV_CTRL_GetBufferState\n");
+    EXPECT_EQ(lacking.status, 3);
     EXPECT_EQ(run.run("$kov tap $controller").status, 3);
     EXPECT_FALSE(std::filesystem::exists(run.file("other")));
 }

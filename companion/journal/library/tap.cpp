@@ -52,8 +52,13 @@ RealLibrary load_real_library()
                    "; every call fails");
         return real;
     }
-    for (std::size_t row = 0; row < real.functions.size(); ++row)
-        real.functions[row] = platform::library_function(devlib::function_names[row].text);
+    for (std::size_t row = 0; row < real.functions.size(); ++row) {
+        const char* const name = devlib::function_names[row].text;
+        real.functions[row] = platform::library_function(name);
+        if (real.functions[row] == nullptr)
+            host::tell(std::string{"kov tap: the device library lacks "} + name +
+                       "; calls of it fail");
+    }
     if (const auto version = real.functions[get_version]; version != nullptr)
         real.version = reinterpret_cast<std::uint16_t (*)()>(version)();
     return real;
