@@ -8,19 +8,26 @@
 
 #include <functional>
 #include <map>
+#include <set>
 
 namespace
 {
 
-/// What is left of a run: its output, its screen and the files of the folder.
+/// What is left of a run: its screen, its output and the files that it wrote, which are removed.
 std::string traces_of(const std::string& screen, const std::string& output, int exit_status)
 {
+    const std::set<std::string> files_to_read = {"current.ini", "sets.ini", "memory.txt"};
     std::map<std::string, std::string> files;
-    for (const auto& entry : std::filesystem::directory_iterator{"."})
-        files[entry.path().filename().string()] = contents(entry.path().string());
+    for (const auto& entry : std::filesystem::directory_iterator{"."}) {
+        const std::string name = entry.path().filename().string();
+        if (!files_to_read.contains(name))
+            files[name] = contents(name);
+    }
     std::string traces = screen + output + std::to_string(exit_status);
-    for (const auto& [name, text] : files)
+    for (const auto& [name, text] : files) {
         traces += '\n' + name + '\n' + text;
+        std::filesystem::remove(name);
+    }
     return traces;
 }
 
@@ -50,7 +57,6 @@ TEST_P(InJournal, EverySwitchDoesTheSameAlsoWhenCallsFail)
 {
     const TemporaryFolder folder;
     make_files_to_read();
-    std::size_t commands = 0;
     for (const Command& command : commands_of(all_switch_tables()[GetParam()])) {
         const auto compare = [&](const std::vector<std::size_t>& failing) {
             expect_same_in_journal([&](const OfferedLibrary* library) {
@@ -60,12 +66,12 @@ TEST_P(InJournal, EverySwitchDoesTheSameAlsoWhenCallsFail)
         };
         SCOPED_TRACE(command.switches);
         compare({});
-        // Of the calls that can fail another one with each command: early and late ones.
-        const std::vector<std::size_t> numbers = calls_to_fail(outcome_of(command.switches));
-        const std::size_t number = numbers[commands++ * 7 % numbers.size()];
-        SCOPED_TRACE(number);
-        compare({number});
-        compare({number, number + 1});
+        for (const std::size_t number : calls_to_fail(outcome_of(command.switches))) {
+            SCOPED_TRACE(number);
+            compare({number});
+            if (HasFailure())
+                return;
+        }
     }
 }
 
