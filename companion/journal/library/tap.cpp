@@ -106,8 +106,7 @@ private:
                                      .process = process_,
                                      .time = host::clock().now()};
         const std::optional<std::string> told = host::environment(variable::journal);
-        const std::string name =
-            told ? *told : default_name(beginning.command_line, beginning.time);
+        std::string name = told ? *told : default_name(beginning.command_line, beginning.time);
         if (const auto begun = host::environment(variable::journal_begun); told && begun) {
             std::uint64_t size = 0;
             std::from_chars(begun->data(), begun->data() + begun->size(), size);
