@@ -9,7 +9,8 @@
 #include "frame/device_library.h"
 #include "frame/platform/platform.h"
 
-#include <array>
+#include <filesystem>
+#include <system_error>
 
 namespace companion
 {
@@ -33,6 +34,12 @@ std::string library_of(const std::string& command, const Surroundings& outside)
     outside.complain("the library of kov " + command + " is not in the folder '" + command +
                      "' beside this program");
     return {};
+}
+
+bool is_file(const std::string& name)
+{
+    std::error_code failed;
+    return std::filesystem::is_regular_file(std::u8string{name.begin(), name.end()}, failed);
 }
 
 /// Finds the program that is to run; empty, with a message, when there is none.
@@ -142,7 +149,11 @@ int replay_journal(const ReplayRequest& request, const Surroundings& outside)
     if (file.empty())
         return journal::not_found;
     const std::string library = library_of("replay", outside);
-    // Whatever is wrong with it is told before anything happens.
+    // Whatever is wrong with it is told before anything happens, so it is read twice.
+    if (!is_file(request.file)) {
+        outside.complain(valid_utf8(request.file) + ": there is no such file");
+        return wrong_usage;
+    }
     if (library.empty() || !is_sound_journal(request.file, outside))
         return wrong_usage;
     journal::set_environment(journal::variable::replayed, journal::absolute(request.file));

@@ -106,6 +106,8 @@ TEST(JournalOfProgram, ThatCannotBeWrittenRefusesToStartOrIsToldLater)
     EXPECT_EQ(lacking.errors, "kov: the device library lacks COM_KOV_CTRL_GetBufferState\n");
     EXPECT_EQ(lacking.status, 3);
     EXPECT_EQ(run.run("$kov tap $controller").status, 3);
+    EXPECT_EQ(run.run("$kov replay - -- $controller <script").errors,
+              "kov: -: there is no such file\n");
     EXPECT_FALSE(std::filesystem::exists(run.file("other")));
 }
 
