@@ -31,4 +31,7 @@ void register_acceptance_test();
 /// What a journal of the library calls costs.
 void register_journal();
 
+/// Statistics of recordings.
+void register_recordings();
+
 } // namespace bench

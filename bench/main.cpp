@@ -30,6 +30,7 @@ int main(int argc, char** argv)
     bench::register_config_reader();
     bench::register_device_transfers();
     bench::register_acceptance_test();
+    bench::register_recordings();
     bench::register_journal();
 #ifdef KOV_COMPANION
     bench::register_reports();

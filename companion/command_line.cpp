@@ -185,6 +185,44 @@ std::vector<std::string> take_program(std::vector<std::string>& arguments)
     return program;
 }
 
+void add_plot(CLI::App& log, PlotRequest& request, Action& action)
+{
+    CLI::App* command =
+        add_command(log, "plot", "Draw recordings, or reports of the acceptance test");
+    command->add_option("-o,--output", request.out, "Draw into this file: .html, .svg or .png")
+        ->type_name("OUT");
+    const char* time = "TIME";
+    command->add_option("--from", request.from, "Begin so many seconds after the start, or then")
+        ->type_name(time);
+    command->add_option("--to", request.to, "End so many seconds after the start, or then")
+        ->type_name(time);
+    command->add_option("--only", request.only, "Draw these quantities")
+        ->type_name("QUANTITY,...")
+        ->delimiter(',')
+        ->take_all()
+        ->allow_extra_args(false);
+    command->add_option("FILE", request.files, "Recordings or reports; - for standard input")
+        ->required()
+        ->type_name("");
+    command->callback(
+        [&] { action = [&](const Surroundings& outside) { return plot(request, outside); }; });
+}
+
+struct LogRequests {
+    std::vector<std::string> files;
+    TableRequest table;
+    PlotRequest plot;
+};
+
+void add_log(CLI::App& app, LogRequests& requests, Action& action)
+{
+    CLI::App* log = add_command(app, "log", "What the utility recorded");
+    log->require_subcommand(1);
+    add_stats(*log, requests.files, action);
+    add_csv(*log, requests.table, action);
+    add_plot(*log, requests.plot, action);
+}
+
 } // namespace
 
 int run(std::vector<std::string> arguments, const Surroundings& outside)
@@ -208,12 +246,8 @@ int run(std::vector<std::string> arguments, const Surroundings& outside)
     add_trend(*report, trend, action);
     std::string limits_file;
     add_limits(*report, limits_file, action);
-    CLI::App* log = add_command(app, "log", "What the utility recorded");
-    log->require_subcommand(1);
-    std::vector<std::string> logs;
-    add_stats(*log, logs, action);
-    TableRequest table;
-    add_csv(*log, table, action);
+    LogRequests log;
+    add_log(app, log, action);
     JournalRequests journal{.tap = {.program = program}, .replay = {.program = program}};
     add_journals(app, journal, action);
 

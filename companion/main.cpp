@@ -43,7 +43,9 @@ int main(int argc, char** argv)
                 return std::fwrite(bytes.data(), 1, bytes.size(), stderr) == bytes.size();
             },
         .colored = shows_colors(),
-        .today = formatted("%04d-%02d-%02d", now.year, now.month, now.day)};
+        .today = formatted("%04d-%02d-%02d", now.year, now.month, now.day),
+        .columns = platform::window_size().columns,
+        .has_utf8 = platform::output_is_utf8()};
     const int status = companion::run({arguments.begin() + 1, arguments.end()}, outside);
     platform::restore_terminal();
     const int signal = platform::stop_signal();

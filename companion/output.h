@@ -23,7 +23,9 @@ using Sink = std::function<bool(std::string_view)>;
 struct Surroundings {
     Sink out, err;
     bool colored = false;
-    std::string today; ///< "2027-06-30"
+    std::string today;    ///< "2027-06-30"
+    int columns = 80;     ///< of the terminal
+    bool has_utf8 = true; ///< the terminal takes it
 
     /// A line on standard error.
     void complain(std::string_view message) const { err("kov: " + std::string{message} + '\n'); }

@@ -16,23 +16,33 @@ _kov() {
     done
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
         [[ $word == -* ]] || command+=" $word"
-        [[ $command == ' report '* || $command == ' journal '* || $command == ' tap' || $command == ' replay' ]] && break
+        [[ $command == ' report '* || $command == ' log '* || $command == ' journal '* || $command == ' tap' ||
+            $command == ' replay' ]] && break
     done
     case $before in
-    -o | --limits | --json | --junit | --html | --sql)
+    -o | --output | --limits | --json | --junit | --html | --sql)
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
         return
         ;;
-    --key) return ;;
+    --key | --from | --to) return ;;
+    --only)
+        mapfile -t COMPREPLY < <(compgen -W '3V3 5V0 24V T_CPU T_PSU Vout Vheat Iout Theat Width Period
+            Voltage Current Phase' -- "$current")
+        return
+        ;;
     esac
     local words
     case $command in
-    '') words='report library tap replay journal --help --version' ;;
+    '') words='report log library tap replay journal --help --version' ;;
     ' report') words='check diff trend limits --help --version' ;;
     ' report check') words='--limits --json --junit --html --simulated --verbose --help --version' ;;
     ' report diff') words='--limits --help --version' ;;
     ' report trend') words='--limits --key --html --sql --help --version' ;;
+    ' log') words='stats csv plot --help --version' ;;
+    ' log stats') words='--help --version' ;;
+    ' log csv') words='-o --output --help --version' ;;
+    ' log plot') words='-o --output --from --to --only --help --version' ;;
     ' library') words='--help --version' ;;
     ' tap') words='-o -- --help --version' ;;
     ' replay') words='--realtime -- --help --version' ;;
@@ -41,7 +51,7 @@ _kov() {
     ' journal stats') words='--help --version' ;;
     ' report limits') words='--limits --help --version' ;;
     esac
-    if [[ $current == -* || $command == '' || $command == @( report| journal| tap) ]]; then
+    if [[ $current == -* || $command == '' || $command == @( report| log| journal| tap) ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
     elif [[ $command != ' report limits' && $command != ' library' ]]; then
         compopt -o filenames 2>/dev/null

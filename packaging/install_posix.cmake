@@ -75,7 +75,7 @@ interlocks and a memory of configuration sets.
 A simulated instrument comes with it, behind the interface of the maker's
 device library, so that every command can be tried without hardware. The
 companion kov judges, compares and follows reports of the acceptance test, and
-records and replays library calls.")
+draws what was recorded; it records and replays library calls.")
 set(CPACK_PACKAGE_CONTACT "KOV-Controller developers <developers@kov-controller.invalid>")
 set(CPACK_PACKAGE_VENDOR "KOV-Controller developers")
 set(CPACK_STRIP_FILES ON)
@@ -85,6 +85,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gnuplot-nox | gnuplot") # kov log plot -o x.svg
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)

@@ -65,6 +65,8 @@ grep -q '^Product identification: KOV-CTRL, .*, simulated$' <<<"$output" ||
 verdict=$("$root/usr/bin/kov" report check "$source_folder/tests/protocol/expected_report.txt" || true)
 grep -q 'slot3/steps  *The device type does not fit the slot' <<<"$verdict" ||
     fail "the installed companion printed: $verdict"
+"$root/usr/bin/kov" log stats "$source_folder/tests/fuzz/seeds/recording/voltage_tuning" >"$root/statistics" ||
+    fail "kov log stats failed"
 "$root/usr/bin/kov" tap -o "$root/journal" -- "$program" 3 -p -T >"$root/tapped" || fail "kov tap failed"
 "$root/usr/bin/kov" replay "$root/journal" -- "$program" 3 -p -T | cmp - "$root/tapped" ||
     fail "the replayed program printed something else"

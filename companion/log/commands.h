@@ -18,4 +18,13 @@ namespace companion
 [[nodiscard]] int write_table(const std::string& file, const std::string& out,
                               const Surroundings& outside);
 
+struct PlotRequest {
+    std::vector<std::string> files; ///< recordings, or reports
+    std::string out;                ///< x.html, x.svg or x.png; empty = the terminal
+    std::string from, to;           ///< seconds since the start, or dates
+    std::vector<std::string> only;  ///< names of quantities; empty = all
+};
+/// Draws recordings over their time, and what reports tell of outputs and heater.
+[[nodiscard]] int plot(const PlotRequest& asked, const Surroundings& outside);
+
 } // namespace companion

@@ -123,13 +123,15 @@ std::optional<double> Statistics::drift_per_hour() const
     return (product_sum_ - time_sum_ * sum_ / count) / time_squares * ms_per_hour;
 }
 
-LogStatistics read_statistics(LogReader& reader)
+LogStatistics read_statistics(LogReader& reader, std::int64_t from_ms, std::int64_t to_ms)
 {
     LogStatistics all;
     const std::size_t columns = reader.format().columns.size();
     all.quantities.resize(columns);
     Row row;
     while (reader.next(row)) {
+        if (row.time_ms < from_ms || row.time_ms > to_ms)
+            continue;
         if (all.rows++ == 0)
             all.first_ms = all.last_ms = row.time_ms;
         all.first_ms = std::min(all.first_ms, row.time_ms);

@@ -63,7 +63,8 @@ struct LogStatistics {
     std::uint64_t rows = 0;
 };
 
-/// Reads all rows.
-[[nodiscard]] LogStatistics read_statistics(LogReader& reader);
+/// Reads all rows; those outside of the times do not count.
+[[nodiscard]] LogStatistics read_statistics(LogReader& reader, std::int64_t from_ms = INT64_MIN,
+                                            std::int64_t to_ms = INT64_MAX);
 
 } // namespace companion

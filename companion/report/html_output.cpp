@@ -1,4 +1,4 @@
-#include "companion/report/page.h"
+#include "companion/page.h"
 #include "companion/report/pictures.h"
 #include "companion/report/reading/written_forms.h"
 #include "companion/report/show.h"

@@ -1,5 +1,6 @@
 #include "companion/report/pictures.h"
 
+#include "companion/report/output_points.h"
 #include "companion/text.h"
 #include "frame/text/format.h"
 #include "protocol/report/series.h"
@@ -152,57 +153,34 @@ const Judgement* find(const Judged& judged, std::string_view key)
 
 double value_of(const Judged& judged, const std::string& key)
 {
-    const Judgement* judgement = find(judged, key);
-    return judgement != nullptr ? judgement->fact->value.value_or(NAN) : NAN;
+    return judged.report->value_of(key);
 }
 
-/// A target of an output that was judged.
-struct OutputPoint {
-    double target; ///< with the sign of its polarity
-    const Judgement* error;
-    double volts, current;
-    bool is_current_bad;
-};
-
-std::vector<OutputPoint> output_points(const Judged& judged, const std::string& unit)
+/// Whether what was found at a target is good.
+bool is_broken(const Judged& judged, const Fact* fact)
 {
-    std::vector<OutputPoint> points;
-    constexpr std::string_view ending = "/error";
-    for (const Judgement& judgement : judged.judgements) {
-        const std::string& key = judgement.fact->key;
-        if (!key.starts_with(unit + "/output/") || !key.ends_with(ending))
-            continue;
-        const std::string target = key.substr(0, key.size() - ending.size());
-        const bool negative = key.find("/negative/") != std::string::npos;
-        const Judgement* current = find(judged, target + "/current-error");
-        points.push_back({value_of(judged, target + "/set") * (negative ? -1 : 1), &judgement,
-                          value_of(judged, target + "/measured"),
-                          value_of(judged, target + "/current"),
-                          current != nullptr && current->outcome == Outcome::broken});
-    }
-    std::erase_if(points, [](const OutputPoint& point) {
-        return !std::isfinite(point.target) || !std::isfinite(point.volts) ||
-               !std::isfinite(point.current);
-    });
-    std::sort(points.begin(), points.end(),
-              [](const OutputPoint& a, const OutputPoint& b) { return a.target < b.target; });
-    return points;
+    const Judgement* judgement = fact != nullptr ? find(judged, fact->key) : nullptr;
+    return judgement != nullptr && judgement->outcome == Outcome::broken;
 }
 
 } // namespace
 
 std::string output_error_picture(const Judged& judged, const std::string& unit)
 {
-    const std::vector<OutputPoint> points = output_points(judged, unit);
+    const std::vector<OutputPoint> points = output_points(*judged.report, unit);
     if (points.empty())
         return {};
     Extent x, y;
+    const auto band_of = [&](const OutputPoint& point) {
+        const Judgement* judgement = find(judged, point.error->key);
+        return judgement != nullptr ? judgement->band : std::optional<Band>{};
+    };
     for (const OutputPoint& point : points) {
         x.take(point.target);
-        y.take(*point.error->fact->value);
-        if (point.error->band) {
-            y.take(point.error->band->low);
-            y.take(point.error->band->high);
+        y.take(*point.error->value);
+        if (const auto band = band_of(point)) {
+            y.take(band->low);
+            y.take(band->high);
         }
     }
     x.widen(0.05);
@@ -211,38 +189,38 @@ std::string output_error_picture(const Judged& judged, const std::string& unit)
     for (const bool negative : {true, false}) {
         std::vector<Point> upper, lower;
         for (const OutputPoint& point : points) {
-            if (point.error->band && (point.target < 0) == negative) {
-                upper.push_back({point.target, std::min(point.error->band->high, y.high)});
-                lower.push_back({point.target, std::max(point.error->band->low, y.low)});
+            const auto band = band_of(point);
+            if (band && (point.target < 0) == negative) {
+                upper.push_back({point.target, std::min(band->high, y.high)});
+                lower.push_back({point.target, std::max(band->low, y.low)});
             }
         }
         diagram.draw_band(upper, lower);
     }
     for (const OutputPoint& point : points)
-        diagram.draw_point({point.target, *point.error->fact->value},
-                           point.error->outcome == Outcome::broken);
+        diagram.draw_point({point.target, *point.error->value}, is_broken(judged, point.error));
     return diagram.svg();
 }
 
 std::string output_current_picture(const Judged& judged, const std::string& unit)
 {
-    const std::vector<OutputPoint> points = output_points(judged, unit);
+    const std::vector<OutputPoint> points = output_points(*judged.report, unit);
     if (points.empty())
         return {};
-    constexpr double nano = 1e-3; // of picoamperes
     Extent x, y;
     std::vector<Point> line;
     for (const OutputPoint& point : points) {
         x.take(point.volts);
-        y.take(point.current * nano);
-        line.push_back({point.volts, point.current * nano});
+        y.take(point.nanoamperes);
+        line.push_back({point.volts, point.nanoamperes});
     }
     x.widen(0.05);
     y.widen(0.1);
     Diagram diagram{"Output current", "measured voltage in V", "current in nA", x, y};
     diagram.draw_line(line);
     for (const OutputPoint& point : points)
-        diagram.draw_point({point.volts, point.current * nano}, point.is_current_bad);
+        diagram.draw_point({point.volts, point.nanoamperes},
+                           is_broken(judged, point.current_error));
     return diagram.svg();
 }
 

@@ -1,6 +1,6 @@
+#include "companion/page.h"
 #include "companion/report/commands.h"
 #include "companion/report/load.h"
-#include "companion/report/page.h"
 #include "companion/report/pictures.h"
 #include "companion/report/show.h"
 #include "companion/report/sql_output.h"

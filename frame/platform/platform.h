@@ -269,6 +269,20 @@ void mark_copy(const char* name, const char* copy_name);
 
 void remove_file(const char* name);
 
+/// What came of a program that was run.
+struct ProgramRun {
+    bool was_found = false;
+    int status = 0; ///< its exit status; not 0 when it could not be run or did not end by itself
+    std::string output, errors; ///< what it wrote
+};
+
+/// Runs a program that is looked for on PATH, without a shell, with these bytes as its input, and
+/// waits for its end. The first argument is its name.
+ProgramRun run_program(const std::vector<std::string>& arguments, std::string_view input);
+
+/// True when a text for the terminal may be UTF-8.
+bool output_is_utf8();
+
 /// The number of the signal that asks the program to end, 0 while there is none.
 int stop_signal();
 

@@ -39,7 +39,7 @@ std::string JudgedReport::findings() const
     return text;
 }
 
-KovRun run_kov(const std::vector<std::string>& arguments, bool colored)
+KovRun run_kov(const std::vector<std::string>& arguments, const TerminalOfKov& terminal)
 {
     KovRun ran;
     const auto into = [](std::string& text) {
@@ -48,6 +48,7 @@ KovRun run_kov(const std::vector<std::string>& arguments, bool colored)
             return true;
         };
     };
-    ran.status = companion::run(arguments, {into(ran.out), into(ran.err), colored, "2026-03-14"});
+    ran.status = companion::run(arguments, {into(ran.out), into(ran.err), terminal.colored,
+                                            "2026-03-14", terminal.columns, terminal.has_utf8});
     return ran;
 }

@@ -37,4 +37,10 @@ struct KovRun {
     int status = 0;
     std::string out, err;
 };
-[[nodiscard]] KovRun run_kov(const std::vector<std::string>& arguments, bool colored = false);
+struct TerminalOfKov {
+    bool colored = false;
+    int columns = 80;
+    bool has_utf8 = true;
+};
+[[nodiscard]] KovRun run_kov(const std::vector<std::string>& arguments,
+                             const TerminalOfKov& terminal = {});

@@ -200,7 +200,7 @@ TEST(Journal, IsShownAndCounted)
     write_file(
         file.name(),
         journal_of("-q -u -T", {"latency 1", "fail GetEnable always text \"no \\x1b answer\""}));
-    const KovRun shown = run_kov({"journal", "show", file.name()}, true);
+    const KovRun shown = run_kov({"journal", "show", file.name()}, {.colored = true});
     EXPECT_THAT(shown.out,
                 HasSubstr("       3  09:26:53.589     1.000          "
                           "\33[1mGetDevType()\33[m  type=36566\n"

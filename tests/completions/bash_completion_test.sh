@@ -60,4 +60,8 @@ expect_kov 'other.txt' report check --html x.html o
 expect_kov 'other.txt' report diff --limits o
 expect_kov '--key' report trend --k
 expect_kov '' report limits o
+expect_kov 'stats' log s
+expect_kov '--output|--only' log plot --o
+expect_kov 'Vout|Voltage' log plot --only Vo
+expect_kov 'other.txt' log csv o
 [ "$failed" -eq 0 ]

@@ -65,6 +65,8 @@ struct Report {
     [[nodiscard]] const Fact* find(std::string_view key) const;
     /// Its text, empty when there is none.
     [[nodiscard]] std::string_view text_of(std::string_view key) const;
+    /// Its value, nan when there is none.
+    [[nodiscard]] double value_of(std::string_view key) const;
     /// The units it tells of ("controller", "base", "slot0", ...), in their order.
     [[nodiscard]] std::vector<std::string> units() const;
 };

@@ -2,6 +2,7 @@
 #include "protocol/report/report_texts.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace companion
 {
@@ -25,6 +26,12 @@ std::string_view Report::text_of(std::string_view key) const
 {
     const Fact* fact = find(key);
     return fact != nullptr ? fact->text : std::string_view{};
+}
+
+double Report::value_of(std::string_view key) const
+{
+    const Fact* fact = find(key);
+    return fact != nullptr ? fact->value.value_or(NAN) : NAN;
 }
 
 std::vector<std::string> Report::units() const

@@ -1,4 +1,4 @@
-#include "companion/report/page.h"
+#include "companion/page.h"
 
 #include "companion/text.h"
 
@@ -53,14 +53,14 @@ svg { display: block; } svg text { fill: var(--ink); font: 11px system-ui, sans-
 
 } // namespace
 
-void begin_page(TextFile& file, const std::string& title)
+void begin_page(TextFile& file, const std::string& title, const std::string& head)
 {
     file.write("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
                "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
                "<link rel=\"icon\" href=\"data:,\">\n<title>" +
                escaped_markup(title) + "</title>\n<style>");
     file.write(style);
-    file.write("</style>\n</head>\n<body>\n");
+    file.write("</style>\n" + head + "</head>\n<body>\n");
 }
 
 void end_page(TextFile& file)

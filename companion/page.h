@@ -6,7 +6,8 @@
 namespace companion
 {
 
-void begin_page(TextFile& file, const std::string& title);
+/// Up to the body; `head` is markup of the page's own.
+void begin_page(TextFile& file, const std::string& title, const std::string& head = {});
 void end_page(TextFile& file);
 
 } // namespace companion
