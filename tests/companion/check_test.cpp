@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 
 using companion::Outcome;
 using companion::Verdict;
@@ -49,6 +50,50 @@ TEST(ReportCheck, TellsFaultyInstrumentsFromSoundOnes)
                                                       : Verdict::fail);
         EXPECT_THAT(judged.findings(), HasSubstr(c.finding));
         EXPECT_EQ(judged.findings().empty(), c.finding.empty()) << judged.findings();
+    }
+}
+
+TEST(ReportCheck, NamesWhatIsWrongWithTheShippedInstruments)
+{
+    const struct {
+        const char* scenario;
+        Verdict verdict;
+        std::vector<const char*> findings;
+    } cases[] = {
+        {"supplies-out-of-tolerance",
+         Verdict::fail,
+         {"controller/housekeeping/3V3: 3.2", "controller/housekeeping/24V: 24.6",
+          "base/housekeeping/CPU: 43", "slot0/housekeeping/5V0: 5.1",
+          "slot1/housekeeping/-22V: -23.4", "slot2/housekeeping/1V5: 1.4",
+          "slot3/housekeeping/CPU: 8"}},
+        // These do not get beyond the product data.
+        {"hot-psu",
+         Verdict::incomplete,
+         {"the test was aborted", "controller/overall-state: 0014h = Error: Overheating",
+          "controller/temperature-state/PSU: hot"}},
+        {"changed-modules",
+         Verdict::incomplete,
+         {"controller/module-scan: changed", "slot1/scan/product-number: fail",
+          "slot3/scan/product-number: fail", "slot3/scan/hardware-type: fail"}},
+        {"wrong-modules",
+         Verdict::incomplete,
+         {"controller/overall-state: 0011h = Error: Modules",
+          "controller/device-state/module-configuration: fail"}},
+        {"empty-slots",
+         Verdict::incomplete,
+         {"controller/module-scan: changed", "slot3/scan/presence: invalid"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.scenario);
+        std::ifstream file{std::string{KOV_SOURCE_FOLDER "/simulator/scenarios/"} + c.scenario +
+                           ".txt"};
+        Scenario lines;
+        for (std::string line; std::getline(file, line);)
+            lines.push_back(line);
+        const JudgedReport judged{acceptance_report(lines)};
+        EXPECT_EQ(judged.verdict(), c.verdict);
+        for (const char* finding : c.findings)
+            EXPECT_THAT(judged.findings(), HasSubstr(finding));
     }
 }
 
