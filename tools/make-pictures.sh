@@ -26,13 +26,15 @@ slot3.voltage18 16.9
 SCENARIO
 "$program" 3 -q -UY -HT120 -MA0 y -VV1 1250 -MA1 y -VV2 1500 -MA2 y -T >/dev/null
 
-# screen NAME WINDOW SECONDS ARGUMENTS
+# screen NAME WINDOW SECONDS PROGRAM ARGUMENTS
 screen() {
-    "$build_folder/tests/screen_picture" "$2" "$3" "$program" "$4" "$pictures/$1.svg"
+    "$build_folder/tests/screen_picture" "$2" "$3" "$build_folder/bin/$4" "$5" "$pictures/$1.svg"
 }
-screen live-display 120x12 6 "3 -HM -T"
-screen narrow-display 80x24 3 "3 -VT1 -T"
-screen full-screen 132x60 12 "3"
+screen live-display 120x12 6 KOV-Controller "3 -HM -T"
+screen narrow-display 80x24 3 KOV-Controller "3 -VT1 -T"
+screen full-screen 132x60 12 KOV-Controller "3"
+sleep 10 | "$program" 3 -q -HT85 -HS heater.txt -T >/dev/null
+screen plot 100x30 2 kov "log plot --only Theat,Iout heater.txt"
 
 # Two diagrams of the companion's page on an acceptance test, with the page's own style.
 echo 'slot1.load 8e9' >scenario

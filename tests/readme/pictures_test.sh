@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The pictures in docs/pictures show what the programs show today: made anew they have the same texts
-# in the same colours, but for the numbers and the turning mark.
+# in the same colours, except for numbers, the turning mark and plotted curves.
 #   pictures_test.sh SOURCE_FOLDER BUILD_FOLDER
 set -euo pipefail
 folder=$(mktemp -d)

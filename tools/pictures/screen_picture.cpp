@@ -42,6 +42,7 @@ text { font: 14px "DejaVu Sans Mono", Menlo, Consolas, monospace; white-space: p
 .red { font-weight: bold; fill: #b3261e }
 .magenta { font-weight: bold; fill: #a3107c }
 .yellow { font-weight: bold; fill: #7d5300 }
+.dots { fill: #0550ae }
 .window { fill: #fff; stroke: #c5cbd3 }
 @media (prefers-color-scheme: dark) {
 text { fill: #b8bfc8 }
@@ -53,6 +54,7 @@ text { fill: #b8bfc8 }
 .red { fill: #ff7b72 }
 .magenta { fill: #ff7bd5 }
 .yellow { fill: #e3b341 }
+.dots { fill: #79b8ff }
 .window { fill: #15181d; stroke: #3d444d }
 }
 </style>
@@ -73,13 +75,38 @@ std::string escaped(const std::string& text)
     return safe;
 }
 
+bool is_braille(char32_t character)
+{
+    return character >= U'\u2800' && character <= U'\u28FF';
+}
+
+/// The dots of a row's braille patterns, which few monospaced fonts have.
+std::string dots_of_row(const std::vector<EmulatedCell>& cells, int row)
+{
+    // Column and row of the dot that each bit of a pattern stands for.
+    constexpr int places[8][2] = {{0, 0}, {0, 1}, {0, 2}, {1, 0}, {1, 1}, {1, 2}, {0, 3}, {1, 3}};
+    std::string path;
+    for (std::size_t at = 0; at < cells.size(); ++at) {
+        if (!is_braille(cells[at].character))
+            continue;
+        for (unsigned bit = 0; bit < 8; ++bit) {
+            if ((cells[at].character >> bit & 1U) == 0)
+                continue;
+            const double x = cell_width * (static_cast<double>(at) + places[bit][0] / 2.0);
+            const double y = cell_height * (row - 1 + places[bit][1] / 4.0);
+            path += 'M' + number(margin + x + 1) + ' ' + number(margin + y + 1) + "h2v2h-2z";
+        }
+    }
+    return path.empty() ? path : "<path class=\"dots\" d=\"" + path + "\"/>\n";
+}
+
 /// A row's texts, each at its place and as wide as its cells, whatever the font is: one for what
 /// has one colour and no gap of two blanks.
 std::string picture_of_row(const std::vector<EmulatedCell>& cells, int row)
 {
     std::string picture;
     const auto is_blank = [&](std::size_t at) {
-        return at >= cells.size() || cells[at].character == U' ';
+        return at >= cells.size() || cells[at].character == U' ' || is_braille(cells[at].character);
     };
     for (std::size_t begin = 0; begin < cells.size();) {
         if (is_blank(begin)) {
@@ -107,7 +134,8 @@ std::string picture_of(const TerminalEmulator& screen)
     int rows = 0;
     std::string texts;
     for (int row = 1; row <= screen.size().rows; ++row) {
-        const std::string picture = picture_of_row(screen.cells(row), row);
+        const std::string picture =
+            picture_of_row(screen.cells(row), row) + dots_of_row(screen.cells(row), row);
         texts += picture;
         rows = picture.empty() ? rows : row;
     }
