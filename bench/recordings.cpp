@@ -1,7 +1,7 @@
 #include "bench/benchmarks.h"
 #include "bench/library.h"
-#include "bench/results.h"
-#include "bench/temporary_file.h"
+#include "bench/support/results.h"
+#include "bench/support/temporary_file.h"
 #include "companion/log/statistics.h"
 #include "frame/text/format.h"
 

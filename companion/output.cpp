@@ -59,6 +59,14 @@ bool Printer::flush()
     return good_;
 }
 
+bool told_completely(Printer& printer, const Surroundings& outside)
+{
+    if (printer.flush())
+        return true;
+    outside.complain("-: could not be written completely");
+    return false;
+}
+
 TextFile::~TextFile()
 {
     if (file_ != nullptr)

@@ -49,6 +49,9 @@ private:
     std::string buffer_;
 };
 
+/// Hands on what was printed. False, with a message, when something could not be written.
+[[nodiscard]] bool told_completely(Printer& printer, const Surroundings& outside);
+
 /// A file that is written piece by piece; "-" is standard output.
 class TextFile
 {

@@ -63,7 +63,7 @@ bool write_form(Form form, const Drawing& drawing, const std::string& out,
     if (form == Form::terminal) {
         Printer printer{outside.out, outside.colored};
         show_drawing(printer, drawing, outside.columns, outside.has_utf8);
-        return printer.flush();
+        return told_completely(printer, outside);
     }
     std::string image;
     TextFile file;

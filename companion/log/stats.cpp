@@ -144,7 +144,7 @@ int show_statistics(const std::vector<std::string>& files, const Surroundings& o
         if (platform::stop_signal() != 0)
             break;
     }
-    return printer.flush() ? worst : wrong_usage;
+    return told_completely(printer, outside) ? worst : wrong_usage;
 }
 
 } // namespace companion
