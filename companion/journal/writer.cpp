@@ -216,12 +216,25 @@ std::string time_text(Moment moment)
 {
     const CalendarTime time = local_time(moment);
     const int offset = std::abs(moment.offset_minutes);
-    std::array<char, 64> text;
-    std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02ld:%02ld:%02ld.%06ld%c%02d:%02d",
-                  time.year, time.month, time.day, time.hour, time.minute, time.second,
-                  time.microsecond, moment.offset_minutes < 0 ? '-' : '+', offset / 60,
-                  offset % 60);
-    return text.data();
+    std::string text;
+    // For each line of a journal; the formats of printf() would take half of a line's time.
+    const auto add = [&text](long number, std::size_t digits, char behind) {
+        text.append(digits, '0');
+        for (std::size_t at = text.size(); number != 0 && digits > 0; number /= 10, --digits)
+            text[--at] = static_cast<char>('0' + number % 10);
+        text += behind;
+    };
+    add(time.year, 4, '-');
+    add(static_cast<long>(time.month), 2, '-');
+    add(static_cast<long>(time.day), 2, 'T');
+    add(time.hour, 2, ':');
+    add(time.minute, 2, ':');
+    add(time.second, 2, '.');
+    add(time.microsecond, 6, moment.offset_minutes < 0 ? '-' : '+');
+    add(offset / 60, 2, ':');
+    add(offset % 60, 2, ' ');
+    text.pop_back();
+    return text;
 }
 
 std::string default_name(const std::vector<std::string>& command_line, Moment moment)
