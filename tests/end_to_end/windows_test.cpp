@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -174,6 +175,31 @@ TEST(Windows, EndsWhenNobodyReadsIt)
     EXPECT_TRUE(was_called(run, "Close"));
     EXPECT_FALSE(was_called(run, "GetProductID"));
 }
+
+#ifdef COMPANION_PROGRAM
+TEST(Windows, JournalsAreReplayedOnTheOtherSystem)
+{
+    ControllerRun here{""};
+    here.program = COMPANION_PROGRAM;
+    WindowsRun there{""};
+    std::string companion = there.arguments; // ends with the program and a blank
+    const std::string name = "KOV-Controller.exe";
+    const std::string controller =
+        companion.substr(companion.find_last_of(' ', companion.size() - 2));
+    companion.replace(companion.rfind(name), name.size(), "kov.exe");
+    const auto run = [&](const std::string& command, const std::string& switches, int exit_status) {
+        here.arguments = command + " -- " CONTROLLER_PROGRAM + switches;
+        there.arguments = companion + command + " --" + controller + switches;
+        return expect_same_runs(here, there, "", exit_status);
+    };
+    const std::string switches = " 3 -UY -HT80 -p -m -vg1 -T";
+    const std::string tapped = run("tap -o journal", switches, 0);
+    std::filesystem::rename(here.folder + "/journal", there.folder + "/theirs");
+    std::filesystem::rename(there.folder + "/journal", here.folder + "/theirs");
+    EXPECT_EQ(without_numbers(run("replay theirs", switches, 0)), without_numbers(tapped));
+    EXPECT_THAT(run("replay theirs", " 3 -UN -T", 120), Not(HasSubstr("disabled")));
+}
+#endif
 
 TEST(Windows, AnInstrumentIsKeptAndUsedByOneProgram)
 {
