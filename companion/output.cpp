@@ -2,7 +2,9 @@
 
 #include "companion/text.h"
 #include "frame/platform/platform.h"
+#include "protocol/report/report_texts.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -107,17 +109,73 @@ bool TextFile::close()
     return good_;
 }
 
+namespace
+{
+
+std::filesystem::path path_of(const std::string& name)
+{
+    return std::u8string{name.begin(), name.end()};
+}
+
+/// Also of files that are not there yet.
+bool is_same_file(const std::string& one, const std::string& other)
+{
+    if (one == "-" || other == "-")
+        return one == other;
+    namespace fs = std::filesystem;
+    std::error_code error;
+    if (fs::equivalent(path_of(one), path_of(other), error))
+        return true;
+    const fs::path whole = fs::weakly_canonical(fs::absolute(path_of(one), error), error);
+    const fs::path other_whole = fs::weakly_canonical(fs::absolute(path_of(other), error), error);
+    return !whole.empty() && whole == other_whole;
+}
+
+bool is_report_file(const std::string& name)
+{
+    std::error_code error;
+    // What is no regular file could wait for ever.
+    if (!std::filesystem::is_regular_file(path_of(name), error))
+        return false;
+    std::FILE* file = platform::open_file(name.c_str(), "rb");
+    if (file == nullptr)
+        return false;
+    std::string begin(std::strlen(report_text::created_on), '\0');
+    begin.resize(std::fread(begin.data(), 1, begin.size(), file));
+    std::fclose(file);
+    return begin == report_text::created_on;
+}
+
+} // namespace
+
 bool may_be_written(const std::string& name, const std::vector<std::string>& read,
                     const Surroundings& outside)
 {
-    const auto path = [](const std::string& text) {
-        return std::filesystem::path{std::u8string{text.begin(), text.end()}};
-    };
-    for (const std::string& file : read) {
-        std::error_code not_there;
-        if (!name.empty() && name != "-" && file != "-" &&
-            std::filesystem::equivalent(path(name), path(file), not_there)) {
-            outside.complain(valid_utf8(name) + ": this file is read, so it cannot be written");
+    if (name.empty() || name == "-")
+        return true;
+    const bool is_read = std::any_of(read.begin(), read.end(), [&](const std::string& file) {
+        return !file.empty() && file != "-" && is_same_file(name, file);
+    });
+    if (is_read)
+        outside.complain(valid_utf8(name) + ": this file is read, so it cannot be written");
+    else if (is_report_file(name))
+        outside.complain(valid_utf8(name) + ": this is a report, so it is not overwritten");
+    else
+        return true;
+    return false;
+}
+
+bool may_be_written(const std::vector<std::string>& names, const std::vector<std::string>& read,
+                    const Surroundings& outside)
+{
+    for (auto name = names.begin(); name != names.end(); ++name) {
+        if (!may_be_written(*name, read, outside))
+            return false;
+        const bool is_twice = std::any_of(names.begin(), name, [&](const std::string& before) {
+            return !name->empty() && !before.empty() && is_same_file(*name, before);
+        });
+        if (is_twice) {
+            outside.complain(valid_utf8(*name) + ": two outputs cannot be written to one file");
             return false;
         }
     }

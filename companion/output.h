@@ -75,9 +75,13 @@ private:
     bool good_ = true;
 };
 
-/// False, with a message, when the file that shall be written is one of those that are read:
-/// nothing shall be lost.
+/// False, with a message, when the file that shall be written is one of those that are read, or a
+/// report: nothing shall be lost. Empty names stand for no file.
 [[nodiscard]] bool may_be_written(const std::string& name, const std::vector<std::string>& read,
+                                  const Surroundings& outside);
+/// The same of several files, of which no two may be one.
+[[nodiscard]] bool may_be_written(const std::vector<std::string>& names,
+                                  const std::vector<std::string>& read,
                                   const Surroundings& outside);
 
 /// Reads a whole file, standard input for "-". False, with a message, when that is not possible.

@@ -16,10 +16,13 @@ bool load_limits(const std::string& file, const Surroundings& outside, Limits& l
     if (!file.empty() && !read_whole_file(file, outside, text))
         return false;
     std::string problem;
-    if (read_limits(std::move(text), limits, problem))
-        return true;
-    outside.complain(valid_utf8(file) + ':' + valid_utf8(problem));
-    return false;
+    if (!read_limits(std::move(text), limits, problem)) {
+        outside.complain(valid_utf8(file) + ':' + valid_utf8(problem));
+        return false;
+    }
+    if (!file.empty())
+        limits.own_patterns = patterns_of_the_user(limits);
+    return true;
 }
 
 bool load_report(const std::string& name, const Surroundings& outside, Report& report)
@@ -88,7 +91,11 @@ int check_reports(const CheckRequest& request, const Surroundings& outside)
 {
     Limits limits;
     WrittenForms forms;
-    if (!load_limits(request.limits, outside, limits) || !forms.open(request, outside))
+    std::vector<std::string> read = request.reports;
+    read.push_back(request.limits);
+    if (!load_limits(request.limits, outside, limits) ||
+        !may_be_written({request.json, request.junit, request.html}, read, outside) ||
+        !forms.open(request, outside))
         return wrong_usage;
     const JudgeOptions options{outside.today, request.accept_simulated};
     const bool output_is_taken = request.json == "-" || request.junit == "-" || request.html == "-";

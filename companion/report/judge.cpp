@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 namespace companion
@@ -37,7 +38,8 @@ std::string value_text(const Fact& fact)
     const std::string unit = fact.unit.empty() ? "" : " " + std::string{fact.unit};
     std::string text = formatted("%.6g", *fact.value) + unit;
     if (fact.spread)
-        text += formatted(" (+%.3g, -%.3g)", fact.spread->above, fact.spread->below);
+        text += formatted(" \xB1 %.4g (+%.3g, -%.3g)", fact.spread->deviation, fact.spread->above,
+                          fact.spread->below);
     return text;
 }
 
@@ -144,8 +146,8 @@ void judge_number(Judgement& judgement)
 void judge_word(Judgement& judgement)
 {
     const std::vector<std::string>& words = judgement.limit->words;
-    const bool is_allowed =
-        std::find(words.begin(), words.end(), judgement.fact->text) != words.end();
+    const std::string text = plain_signs(utf8(judgement.fact->text));
+    const bool is_allowed = std::find(words.begin(), words.end(), text) != words.end();
     judgement.outcome = is_allowed ? Outcome::kept : Outcome::broken;
     judgement.broken_by = is_allowed ? "" : "word";
 }
@@ -163,8 +165,8 @@ Judgement judge_fact(const Fact& fact, const Limits& limits)
             judgement.outcome = Outcome::broken;
             judgement.broken_by = "word";
         }
-    } else if (!judgement.limit->words.empty()) {
-        judge_word(judgement);
+    } else if (!judgement.limit->words.empty() || !fact.value) {
+        judge_word(judgement); // where a number is due, no word is allowed
     } else {
         judge_number(judgement);
     }
@@ -178,9 +180,9 @@ std::string limit_text(const Judgement& judgement)
     std::string text = valid_utf8(judgement.limit->rule);
     if (judgement.band && !judgement.limit->tolerance.empty())
         text += " = " + utf8(band_text(*judgement.band, judgement.fact->unit));
-    if (*judgement.broken_by != '\0' && !judgement.fact->text.empty() &&
-        judgement.limit->words.empty())
-        text += std::string{" ("} + judgement.broken_by + ')';
+    const std::string_view by = judgement.broken_by;
+    if (!by.empty() && by != "mean" && by != "word")
+        text += " (" + std::string{by} + ')';
     return text;
 }
 
@@ -203,8 +205,10 @@ public:
         for (const Fact& fact : report_.facts)
             add(judge_fact(fact, limits_));
         check_expectations();
-        if (report_.problems.empty())
+        if (report_.is_report && report_.problems.empty()) {
             check_that_something_was_tested();
+            check_that_limits_act();
+        }
         check_source();
         std::stable_sort(judged_.findings.begin(), judged_.findings.end(),
                          [](const Finding& a, const Finding& b) { return a.kind < b.kind; });
@@ -283,14 +287,34 @@ private:
             fail("modules", "none", "at least one module that was tested", 0);
     }
 
+    /// Limits that judge nothing must not let pass, and one that fits nothing may be mistyped.
+    void check_that_limits_act()
+    {
+        if (judged_.judged == 0)
+            judged_.findings.push_back({Finding::Kind::failure, "limits", "nothing was judged",
+                                        "at least one fact that has a limit"});
+        std::vector<Finding> notes;
+        for (const OwnPattern& own : limits_.own_patterns) {
+            const auto fits = [&](const auto& what) { return fits_pattern(what.key, own.pattern); };
+            const bool fits_fact = std::any_of(report_.facts.begin(), report_.facts.end(), fits);
+            const bool fits_finding = own.is_waiver && std::any_of(judged_.findings.begin(),
+                                                                   judged_.findings.end(), fits);
+            if (!fits_fact && !fits_finding)
+                notes.push_back({Finding::Kind::note, own.pattern,
+                                 formatted("line %d of the limits", own.line),
+                                 "it fits no fact of this report"});
+        }
+        std::move(notes.begin(), notes.end(), std::back_inserter(judged_.findings));
+    }
+
     void check_source()
     {
-        if (!report_.is_simulated)
+        const Fact* told = report_.simulated_unit();
+        if (told == nullptr)
             return;
         judged_.findings.push_back(
-            {options_.accept_simulated ? Finding::Kind::note : Finding::Kind::failure,
-             "controller/product-identification",
-             utf8(report_.text_of("controller/product-identification")),
+            {options_.accept_simulated ? Finding::Kind::note : Finding::Kind::failure, told->key,
+             utf8(told->text),
              options_.accept_simulated ? "a real instrument; accepted for --simulated"
                                        : "a real instrument (--simulated accepts this one)",
              0});

@@ -5,8 +5,9 @@
 #include "protocol/report/report.h"
 
 #include <algorithm>
-#include <array>
+#include <chrono>
 #include <cmath>
+#include <set>
 
 namespace companion
 {
@@ -86,6 +87,24 @@ std::optional<double> unit_ratio(std::string_view from, std::string_view to)
 }
 
 // ---- Reading ----
+
+std::string plain_signs(std::string_view given)
+{
+    constexpr struct {
+        std::string_view sign, plain;
+    } signs[] = {{"\xC2\xB1", "+-"},
+                 {"\xC2\xB0"
+                  "C",
+                  "degC"},
+                 {"\xCE\xA9", "Ohm"},
+                 {"\xC2\xB5", "u"}};
+    std::string text{given};
+    for (const auto& [sign, plain] : signs) {
+        for (std::size_t at = text.find(sign); at != std::string::npos; at = text.find(sign))
+            text.replace(at, sign.size(), plain);
+    }
+    return text;
+}
 
 namespace
 {
@@ -269,9 +288,13 @@ bool is_date(std::string_view text)
         if (form[i] == '-' ? text[i] != '-' : text[i] < '0' || text[i] > '9')
             return false;
     }
-    const std::string_view month = text.substr(5, 2);
-    const std::string_view day = text.substr(8, 2);
-    return month >= "01" && month <= "12" && day >= "01" && day <= "31";
+    const auto number = [&](std::size_t at, std::size_t count) {
+        return static_cast<int>(number_of(text.substr(at, count)).value_or(0));
+    };
+    const std::chrono::year_month_day date{std::chrono::year{number(0, 4)},
+                                           std::chrono::month{static_cast<unsigned>(number(5, 2))},
+                                           std::chrono::day{static_cast<unsigned>(number(8, 2))}};
+    return date.ok();
 }
 
 Complaint read_waiver(Words& words, Waiver& waiver)
@@ -286,25 +309,6 @@ Complaint read_waiver(Words& words, Waiver& waiver)
         return words.wrong("a reason");
     waiver.reason = words.take();
     return words.is_over() ? Complaint{} : words.wrong("the end of the line");
-}
-
-/// Signs that a keyboard may lack have a form of plain characters; both are understood.
-std::string plain_line(std::string_view line)
-{
-    constexpr struct {
-        std::string_view sign, plain;
-    } signs[] = {{"\xC2\xB1", "+-"},
-                 {"\xC2\xB0"
-                  "C",
-                  "degC"},
-                 {"\xCE\xA9", "Ohm"},
-                 {"\xC2\xB5", "u"}};
-    std::string text{line};
-    for (const auto& [sign, plain] : signs) {
-        for (std::size_t at = text.find(sign); at != std::string::npos; at = text.find(sign))
-            text.replace(at, sign.size(), plain);
-    }
-    return text;
 }
 
 Complaint read_line(Words& words, int line, const std::string& reason, Limits& limits)
@@ -353,12 +357,15 @@ struct Reason {
 
 bool read_limits(std::string text, Limits& limits, std::string& problem)
 {
+    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF"; // editors may begin files with it
+    if (text.starts_with(byte_order_mark))
+        text.erase(0, byte_order_mark.size());
     limits.source = std::move(text);
     std::string_view rest = limits.source;
     Reason reason;
     for (int number = 1; !rest.empty(); ++number) {
         const std::size_t end = rest.find('\n');
-        std::string line = plain_line(rest.substr(0, end));
+        std::string line = plain_signs(rest.substr(0, end));
         rest.remove_prefix(std::min(end, rest.size() - 1) + 1);
         if (line.ends_with('\r'))
             line.pop_back();
@@ -373,13 +380,32 @@ bool read_limits(std::string text, Limits& limits, std::string& problem)
     return true;
 }
 
+std::vector<OwnPattern> patterns_of_the_user(const Limits& limits)
+{
+    Limits defaults;
+    std::string problem;
+    (void)read_limits(default_limits(), defaults, problem);
+    std::set<std::string_view> usual;
+    for (const Limit& rule : defaults.rules)
+        usual.insert(rule.pattern);
+    std::vector<OwnPattern> own;
+    for (const Limit& rule : limits.rules) {
+        if (usual.count(rule.pattern) == 0)
+            own.push_back({rule.pattern, false, rule.line});
+    }
+    for (const Waiver& waiver : limits.waivers)
+        own.push_back({waiver.pattern, true, waiver.line});
+    return own;
+}
+
 const Limit* Limits::find(const Fact& fact) const
 {
-    const bool is_text = !fact.value;
+    const bool is_text = !fact.value && fact.unit.empty();
     const auto [known, is_new] = known_[is_text ? 1 : 0].try_emplace(fact.key, nullptr);
     if (is_new) {
         const auto found = std::find_if(rules.rbegin(), rules.rend(), [&](const Limit& rule) {
-            return (!is_text || !rule.words.empty()) && fits_pattern(fact.key, rule.pattern);
+            const bool suits = !is_text || !rule.words.empty() || rule.pattern == fact.key;
+            return suits && fits_pattern(fact.key, rule.pattern);
         });
         if (found != rules.rend())
             known->second = &*found;

@@ -44,6 +44,13 @@ struct Limit {
     std::optional<Term> noise; ///< the standard deviation that is allowed
 };
 
+/// A pattern that the user wrote and the default limits lack: it may be mistyped.
+struct OwnPattern {
+    std::string pattern;
+    bool is_waiver;
+    int line;
+};
+
 struct Expectation {
     std::string unit; ///< "slot2"
     std::string type; ///< "HVPS"
@@ -70,8 +77,10 @@ public:
     std::vector<Limit> rules;
     std::vector<Expectation> expectations;
     std::vector<Waiver> waivers;
+    std::vector<OwnPattern> own_patterns; ///< none when there is no file
 
-    /// The limit of a fact: numbers have bands, texts words. Null when there is none.
+    /// The limit of a fact; null when there is none. A band is for numbers, and for a text only
+    /// where a number is due ("off") or its whole key is named.
     [[nodiscard]] const Limit* find(const Fact& fact) const;
     [[nodiscard]] const Waiver* find_waiver(std::string_view key, std::string_view today) const;
 
@@ -85,6 +94,13 @@ private:
 
 /// The text of the limits that hold when there is no file.
 [[nodiscard]] std::string default_limits();
+
+/// The patterns of a user's limits that are worth a note when they fit nothing.
+[[nodiscard]] std::vector<OwnPattern> patterns_of_the_user(const Limits& limits);
+
+/// UTF-8 in which signs that a keyboard may lack have their form of plain characters, as words of
+/// rules have them.
+[[nodiscard]] std::string plain_signs(std::string_view text);
 
 /// `*` = anything but '/', `**` = anything.
 [[nodiscard]] bool fits_pattern(std::string_view key, std::string_view pattern);

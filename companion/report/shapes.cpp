@@ -70,7 +70,10 @@ bool parse_number(std::string_view text, const Shape& shape, Fact& fact)
 
 bool parse_number_or_off(std::string_view text, const Shape& shape, Fact& fact)
 {
-    return text == "off" || parse_number(text, shape, fact);
+    if (text != "off")
+        return parse_number(text, shape, fact);
+    fact.unit = shape.unit;
+    return true;
 }
 
 bool parse_quantity(std::string_view text, const Shape&, Fact& fact)

@@ -141,7 +141,10 @@ public:
 
     int run()
     {
-        if (!load_limits(request_.limits, outside_, limits_))
+        std::vector<std::string> read = request_.sources;
+        read.push_back(request_.limits);
+        if (!load_limits(request_.limits, outside_, limits_) ||
+            !may_be_written({request_.sql, request_.html}, read, outside_))
             return wrong_usage;
         if (!request_.sql.empty()) {
             if (!sql_.open(request_.sql, outside_))

@@ -21,6 +21,8 @@ TEST(ReportCheck, TellsFaultyInstrumentsFromSoundOnes)
     } cases[] = {
         {"latency 45", ""},
         {"uptime 95", ""},
+        {"heater.resistance 6", ""},   // the voltage limit is reached before that of the power
+        {"heater.resistance 3.4", ""}, // the limit of the current
         {"slot1.voltage 270", "slot1/output/positive/600V/error: -330 V"},
         {"slot1.current 0", "slot1/output/positive/load: inf GOhm\n"},
         {"slot1.load 1e9", "slot1/output/positive/load: 0.99"},
@@ -230,10 +232,12 @@ TEST(ReportCheck, ReadsTheFactsOfAReport)
         {"slot1/housekeeping/-22V", 278, "-22.004V \xB1 69.09mV (+103.6mV, -92.7mV)",
          "-23.1..-20.9 V"},
         {"slot1/output/positive/300V/measured", 0, "300.000V \xB1 10.64mV (+16.5mV, -18.4mV)", ""},
-        {"slot1/output/negative/3000V/error", 0, "0.001 V (+0.0181, -0.0209)", "-45..45 V"},
+        {"slot1/output/negative/3000V/error", 0, "0.001 V \xB1 0.01093 (+0.0181, -0.0209)",
+         "-45..45 V"},
         {"slot1/output/positive/load", 0, "9.99983 GOhm", "5..20 GOhm"},
         {"slot0/heater/power-limited/power", 0, "9.000W \xB1 6.37mW (+12.4mW, -11.7mW)", ""},
-        {"slot0/heater/power-limited/limit-error", 0, "0 W (+0.0124, -0.0117)", "-0.18..0.18 W"},
+        {"slot0/heater/power-limited/limit-error", 0, "0 W \xB1 0.00637 (+0.0124, -0.0117)",
+         "-0.18..0.18 W"},
         {"controller/communication/response-time", 222, "5.10ms (5..6ms)", "..50 ms"},
         {"controller/housekeeping/period", 235, "1000ms", "500..2000 ms"},
         {"controller/interlock-state/heat-controller/interlock-1-last", 36, "OK", ""},
@@ -255,8 +259,12 @@ TEST(ReportCheck, ReadsTheFactsOfAReport)
 
 TEST(ReportCheck, CommandLine)
 {
-    const TemporaryFile sound, limits, other;
-    write_file(sound.name(), acceptance_report({"latency 40", short_run[0], short_run[1]}));
+    const TemporaryFile sound, limits, other, mixed;
+    std::string report = acceptance_report({"latency 40", short_run[0], short_run[1]});
+    write_file(sound.name(), report);
+    const std::string mark = ", simulated";
+    report.erase(report.find(mark), mark.size()); // of the controller
+    write_file(mixed.name(), report);
     write_file(other.name(), "another text\n");
     const struct {
         std::vector<std::string> arguments;
@@ -266,6 +274,7 @@ TEST(ReportCheck, CommandLine)
     } cases[] = {
         {{"check", sound.name(), "--simulated"}, "", 0, ": PASS (SIMULATED instrument), "},
         {{"check", sound.name()}, "", 1, "FAIL        controller/product-identification  KOV-CTRL"},
+        {{"check", mixed.name()}, "", 1, "FAIL        base/product-identification  KOV-BASE"},
         {{"check", sound.name(), other.name(), "--simulated"}, "", 3, ": NOT A REPORT\n"},
         {{"check", "no-such-file"}, "", 3, "kov: no-such-file: No such file or directory\n"},
         {{"check"}, "", 3, "REPORT is required"},
@@ -277,7 +286,8 @@ TEST(ReportCheck, CommandLine)
          1,
          "  missing  limit: expect HVPS\n"},
         {{"check", "--simulated", "--limits", limits.name(), sound.name()},
-         "expect slot2 HVPS\nwaive slot2 until 2026-03-15 \"is being repaired\"\n",
+         "**/24V 24 V +-5 %\nexpect slot2 HVPS\nwaive slot2 until 2026-03-15 \"is being "
+         "repaired\"\n",
          0,
          "              waived until 2026-03-15: is being repaired\n"},
         {{"check", "--simulated", "--limits", limits.name(), sound.name()},
@@ -285,9 +295,31 @@ TEST(ReportCheck, CommandLine)
          1,
          "FAIL        slot2"},
         {{"check", "--simulated", "--limits", limits.name(), sound.name()},
-         "**/24V 24 V +-0.2 %\n",
+         "\xEF\xBB\xBF**/24V 24 V +-0.2 %\n", // with a byte order mark
          1,
          "limit: 24 V +-0.2 % = 23.952..24.048 V (largest deviation)  line "},
+        {{"check", "--simulated", "--limits", limits.name(), sound.name()},
+         "**/error +-90 V noise 1 mV\n",
+         1,
+         "limit: +-90 V noise 1 mV = -90..90 V (noise)"},
+        {{"check", "--simulated", "--limits", limits.name(), sound.name()},
+         "slot0/target-heater-* 1..90 W\n",
+         1,
+         "off  limit: 1..90 W  line "},
+        {{"check", "--simulated", "--limits", limits.name(), sound.name()},
+         "slot0/limits/temperature is \"200.000\u00B0C\"\n",
+         0,
+         ": PASS "},
+        {{"check", "--simulated", "--limits", limits.name(), sound.name()},
+         "controller/voltage-state/24V 24 V +-5 %\n",
+         1,
+         "OK  limit: 24 V +-5 %  line "},
+        {{"check", "--simulated", "--limits", limits.name(), sound.name()},
+         "\ncontroler/** is OK\n",
+         1,
+         "  nothing was judged  limit: at least one fact that has a limit\n"
+         "  note        controler/**                       line 2 of the limits  limit: it fits "
+         "no"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.arguments) + c.limits);
@@ -351,6 +383,7 @@ TEST(Limits, TellsWhatIsWrong)
         {"expect slot4 HVPS\n", "1: \"slot4\" is not a unit (base, slot0, slot1, slot2, slot3)"},
         {"expect slot1 HV\n", "1: \"HV\" is not a device type (KOVCT-BASE, HTCTRL, HVPS)"},
         {"waive a until 2026-13-01 \"x\"\n", "1: \"2026-13-01\" is not a day (2027-06-30)"},
+        {"waive a until 2027-02-31 \"x\"\n", "1: \"2027-02-31\" is not a day (2027-06-30)"},
         {"waive a until 2026-12-01\n", "1: the line ends where a reason is expected"},
         {"waive a 2026-12-01 x\n", "1: \"2026-12-01\" is not \"until\" behind a key"},
         {"a is \"OK\nb is \x01\n", "1: a quotation mark is missing"},

@@ -166,6 +166,39 @@ TEST(ReportForms, AFileThatCannotBeWrittenIsToldAndFails)
     EXPECT_EQ(ran.err, "kov: no/such/folder: No such file or directory\n");
 }
 
+TEST(ReportForms, WhatIsReadAndReportsAreNeverOverwritten)
+{
+    const TemporaryFile report, limits, free;
+    write_file(report.name(), contents(expected_report));
+    write_file(limits.name(), "**/24V 24 V +-2 %\n");
+    write_file(free.name(), "kept");
+    const std::string folder = report.name().substr(0, report.name().rfind('/') + 1);
+    const std::string name = report.name().substr(folder.size());
+    const std::vector<std::string> cases[] = {
+        {"check", "--json", report.name(), report.name()},
+        {"check", "--json", folder + "./" + name, report.name()},
+        {"check", "--json", free.name(), "--html", report.name(), expected_report},
+        {"check", "--limits", limits.name(), "--junit", limits.name(), expected_report},
+        {"check", "--json", free.name(), "--junit", free.name(), expected_report},
+        {"check", "--json", folder + "new", "--html", folder + "./new", expected_report},
+        {"check", "--json", "-", "--html", "-", expected_report},
+        {"trend", "--sql", free.name(), "--html", report.name(), expected_report},
+        {"trend", "--limits", limits.name(), "--sql", limits.name(), expected_report},
+        {"trend", "--sql", free.name(), "--html", free.name(), expected_report},
+    };
+    for (std::vector<std::string> arguments : cases) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        arguments.insert(arguments.begin(), "report");
+        const KovRun ran = run_kov(arguments);
+        EXPECT_EQ(ran.status, 3);
+        EXPECT_EQ(ran.out, "");
+        EXPECT_THAT(ran.err, testing::ContainsRegex("is read|is a report|two outputs"));
+        EXPECT_EQ(report.text(), contents(expected_report));
+        EXPECT_EQ(limits.text(), "**/24V 24 V +-2 %\n");
+        EXPECT_EQ(free.text(), "kept");
+    }
+}
+
 TEST(CompanionText, Encodings)
 {
     EXPECT_EQ(companion::utf8("\xB1\xFF\x01\x80"

@@ -63,13 +63,16 @@ Fact shifted(std::string key, const Fact& from, double zero)
 
 // ---- The heater ----
 
-/// What a run measures of what limits it.
-const char* limited_quantity(std::string_view run)
-{
-    if (run == heater_runs[0])
-        return "heater-voltage";
-    return run == heater_runs[1] ? "current" : "power";
-}
+struct LimitedQuantity {
+    const char* measured; ///< behind the key of a run
+    const char* limit;    ///< where the run does not have its own
+    const char* run;      ///< that has its own limit of it
+};
+constexpr LimitedQuantity limited_quantities[] = {
+    {"heater-voltage", "slot0/heater/voltage-limit", heater_runs[0]},
+    {"current", "slot0/heater/current-limit", heater_runs[1]},
+    {"power", "slot0/heater/power-limit", heater_runs[2]},
+};
 
 class HeaterRuns
 {
@@ -91,22 +94,14 @@ private:
     void add_run(const char* run)
     {
         const std::string key = std::string{"slot0/heater/"} + run + '/';
-        const Fact* limit = facts_.number(key + "limit");
-        if (limit == nullptr && run == std::string_view{heater_runs[3]})
-            limit = facts_.number("slot0/heater/power-limit");
         const Fact* volts = facts_.number(key + "heater-voltage");
         const Fact* amperes = facts_.number(key + "current");
         const Fact* watts = facts_.number(key + "power");
         const Fact* temperature = facts_.number(key + "heater-temperature");
-        const Fact* measured = facts_.number(key + limited_quantity(run));
         if (volts == nullptr || amperes == nullptr || watts == nullptr)
             return;
         first_ = first_ == nullptr ? volts : first_;
-        if (limit != nullptr && measured != nullptr) {
-            Fact error = shifted(key + "limit-error", *measured, *limit->value);
-            error.references = {{"limit", *limit->value}};
-            added_.push_back(std::move(error));
-        }
+        add_limit_error(run, key);
         Fact error = derived(key + "power-error", *watts,
                              *watts->value - *volts->value * *amperes->value, "W");
         error.references = {{"power", *watts->value}};
@@ -117,6 +112,32 @@ private:
         smallest_resistance_ = std::min(smallest_resistance_, resistance);
         if (temperature != nullptr)
             add_temperature(key, *temperature);
+    }
+
+    /// Which limit a run reaches first depends on the resistance of the heater: what limits is
+    /// what comes nearest to its limit.
+    void add_limit_error(std::string_view run, const std::string& key)
+    {
+        const Fact *measured = nullptr, *limit = nullptr;
+        double nearest = 0;
+        for (const LimitedQuantity& quantity : limited_quantities) {
+            const Fact* amount = facts_.number(key + quantity.measured);
+            const Fact* its_limit =
+                facts_.number(run == quantity.run ? key + "limit" : quantity.limit);
+            if (amount == nullptr || its_limit == nullptr)
+                continue;
+            const double part = *amount->value / *its_limit->value;
+            if (measured != nullptr && !(part > nearest))
+                continue;
+            measured = amount;
+            limit = its_limit;
+            nearest = part;
+        }
+        if (measured == nullptr)
+            return;
+        Fact error = shifted(key + "limit-error", *measured, *limit->value);
+        error.references = {{"limit", *limit->value}};
+        added_.push_back(std::move(error));
     }
 
     void add_temperature(const std::string& key, const Fact& temperature)

@@ -32,7 +32,7 @@ struct Fact {
     std::string key;
     std::string_view text; ///< empty when it is computed from others
     std::optional<double> value = {};
-    std::string_view unit = {};
+    std::string_view unit = {}; ///< also of a number that is not there ("off")
     std::optional<Spread> spread = {};
     std::size_t samples = 0; ///< 0 = told once
     int line = 0;            ///< where it stands, from 1; of the first one when it is computed
@@ -57,7 +57,7 @@ struct Report {
     std::string name; ///< of the file
     std::string bytes;
     bool is_report = false;    ///< it begins as one
-    bool is_simulated = false; ///< the instrument says so
+    bool is_simulated = false; ///< one of its units says so
     std::vector<Fact> facts = {};
     std::vector<Problem> problems = {}; ///< none = it is whole, and the test was completed
 
@@ -67,6 +67,8 @@ struct Report {
     [[nodiscard]] std::string_view text_of(std::string_view key) const;
     /// Its value, nan when there is none.
     [[nodiscard]] double value_of(std::string_view key) const;
+    /// The product identification that says that the instrument is simulated; null when none does.
+    [[nodiscard]] const Fact* simulated_unit() const;
     /// The units it tells of ("controller", "base", "slot0", ...), in their order.
     [[nodiscard]] std::vector<std::string> units() const;
 };

@@ -34,6 +34,14 @@ double Report::value_of(std::string_view key) const
     return fact != nullptr ? fact->value.value_or(NAN) : NAN;
 }
 
+const Fact* Report::simulated_unit() const
+{
+    const auto found = std::find_if(facts.begin(), facts.end(), [](const Fact& fact) {
+        return fact.key.ends_with("/product-identification") && fact.text.ends_with(simulated_mark);
+    });
+    return found != facts.end() ? &*found : nullptr;
+}
+
 std::vector<std::string> Report::units() const
 {
     std::vector<std::string> names;
@@ -62,8 +70,7 @@ Report read_report(std::string name, std::string bytes)
     UnitsFound found;
     read_product_data(reader, found);
     read_steps(reader, found);
-    report.is_simulated =
-        report.text_of("controller/product-identification").ends_with(simulated_mark);
+    report.is_simulated = report.simulated_unit() != nullptr;
     add_derived_facts(report);
     return report;
 }
