@@ -30,6 +30,7 @@ th { text-align: left; font-weight: 600; color: var(--faint); font-size: .85em; 
 th, td { padding: .18rem .5rem .18rem 0; border-bottom: 1px solid var(--rule); vertical-align: top; }
 tr.bad td { color: var(--bad); font-weight: 600; } tr.warn td { color: var(--warn); }
 td.picture { width: 130px; } td.outcome { white-space: nowrap; width: 6rem; }
+td.kind, td.unit { white-space: nowrap; }
 .key { font-family: ui-monospace, monospace; font-size: .88em; }
 .others { columns: 3 20rem; font-size: .85em; padding: 0; list-style: none; margin: .4rem 0; }
 .others li { break-inside: avoid; }
@@ -45,7 +46,7 @@ svg { display: block; } svg text { fill: var(--ink); font: 11px system-ui, sans-
 .signature { display: grid; grid-template-columns: 2fr 1fr 2fr; gap: 2rem; margin-top: 4rem; break-inside: avoid; }
 .signature span { border-top: 1px solid var(--ink); padding-top: .2rem; }
 @media (max-width: 44rem) { thead { display: none; } tr { display: block; padding: .3rem 0; border-bottom: 1px solid var(--rule); }
-  td, td.picture, td.outcome { display: block; width: auto; border: 0; padding: 0; } .signature { grid-template-columns: 1fr; gap: 3rem; } }
+  td, td.picture, td.outcome { display: block; width: auto; border: 0; padding: 0; white-space: normal; } .signature { grid-template-columns: 1fr; gap: 3rem; } }
 @page { size: A4; margin: 15mm; }
 @media print { body { font-size: 9pt; } main { padding: 0; max-width: none; } h2 { break-after: avoid; }
   tr, svg { break-inside: avoid; } main + main { break-before: page; } .verdict, .band, .track, .good, .bar { print-color-adjust: exact; } }

@@ -69,10 +69,20 @@ struct WrittenForms {
         is_first_ = false;
     }
 
+    /// A report that could not be read is missing nowhere.
+    void write_unreadable(const std::string& name)
+    {
+        if (junit.is_open())
+            write_unreadable_junit(junit, name);
+        if (html.is_open())
+            write_unreadable_html(html, name);
+        unreadable_.push_back(name);
+    }
+
     [[nodiscard]] bool close()
     {
         if (json.is_open())
-            end_json(json);
+            end_json(json, unreadable_);
         if (junit.is_open())
             end_junit(junit);
         if (html.is_open())
@@ -83,6 +93,7 @@ struct WrittenForms {
 
 private:
     bool is_first_ = true;
+    std::vector<std::string> unreadable_;
 };
 
 } // namespace
@@ -105,6 +116,7 @@ int check_reports(const CheckRequest& request, const Surroundings& outside)
         Report report;
         if (!load_report(name, outside, report)) {
             worst = wrong_usage;
+            forms.write_unreadable(name);
             continue;
         }
         const Judged judged = judge(report, limits, options);

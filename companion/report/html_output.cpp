@@ -40,7 +40,7 @@ void write_units(TextFile& file, const Report& report)
     file.write("<h2>Tested</h2>\n<table><thead><tr><th>Unit</th><th>Product number</th>"
                "<th>Identification</th><th>Type</th></tr></thead><tbody>\n");
     for (const TestedUnit& unit : tested_units(report))
-        file.write("<tr>" + cell(unit.unit, "key") + cell("P/N " + unit.product_number) +
+        file.write("<tr>" + cell(unit.unit, "key unit") + cell("P/N " + unit.product_number) +
                    cell(unit.identification + (unit.was_skipped ? " (skipped)" : "")) +
                    cell(unit.type) + "</tr>\n");
     file.write("</tbody></table>\n");
@@ -60,8 +60,8 @@ void write_findings(TextFile& file, const Judged& judged)
             finding.kind == Finding::Kind::failure || finding.kind == Finding::Kind::incomplete;
         file.write(
             std::string{"<tr class=\""} + (is_severe ? "bad" : "warn") + "\">" +
-            cell(finding_kind_name(finding.kind)) + cell(finding.key, "key") + cell(finding.value) +
-            "<td>" + escaped_markup(finding.limit) +
+            cell(finding_kind_name(finding.kind), "kind") + cell(finding.key, "key") +
+            cell(finding.value) + "<td>" + escaped_markup(finding.limit) +
             (finding.reason.empty()
                  ? ""
                  : "<br><span class=\"faint\">" + escaped_markup(finding.reason) + "</span>") +
@@ -140,6 +140,12 @@ void write_html(TextFile& file, const Judged& judged)
             "</div>\n");
     }
     file.write("</main>\n");
+}
+
+void write_unreadable_html(TextFile& file, const std::string& name)
+{
+    file.write("<main>\n<header class=\"verdict none\">\n<h1>Acceptance test " +
+               escaped_markup(name) + "</h1>\n<strong>UNREADABLE</strong>\n</header>\n</main>\n");
 }
 
 void end_html(TextFile& file)

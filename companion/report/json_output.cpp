@@ -107,9 +107,12 @@ void write_json(TextFile& file, const Judged& judged, bool is_first)
     file.write(std::string{is_first ? "\n" : ",\n"} + report_json(judged).dump(1));
 }
 
-void end_json(TextFile& file)
+void end_json(TextFile& file, const std::vector<std::string>& unreadable)
 {
-    file.write("\n]}\n");
+    Json names = Json::array();
+    for (const std::string& name : unreadable)
+        names.push_back(valid_utf8(name));
+    file.write("\n], \"unreadable\": " + names.dump() + "}\n");
 }
 
 } // namespace companion

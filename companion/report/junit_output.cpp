@@ -1,8 +1,10 @@
 #include "companion/report/reading/written_forms.h"
+#include "companion/report/show.h"
 #include "companion/text.h"
 #include "frame/text/format.h"
 
 #include <algorithm>
+#include <map>
 
 namespace companion
 {
@@ -85,24 +87,39 @@ void add_fact(Suite& suite, const Judgement& judgement)
         suite.add(fact.key);
 }
 
+/// How many findings of a kind and key are test cases of their facts: what was expected of a whole
+/// module may have the key of a fact, and more to say than it.
+std::map<std::pair<Finding::Kind, std::string>, int> told_with_facts(const Judged& judged)
+{
+    std::map<std::pair<Finding::Kind, std::string>, int> told;
+    for (const Judgement& judgement : judged.judgements) {
+        if (judgement.outcome == Outcome::broken)
+            ++told[{Finding::Kind::failure, judgement.fact->key}];
+        else if (judgement.outcome == Outcome::waived)
+            ++told[{Finding::Kind::waived, judgement.fact->key}];
+    }
+    return told;
+}
+
 /// What concerns no single fact: the report as a whole, and modules.
 Suite whole_suite(const Judged& judged, const std::string& prefix)
 {
-    Suite suite{.name = prefix + "report", .cases = {}};
+    Suite suite{.name = prefix + "report" + simulated_mark(judged.report->is_simulated),
+                .cases = {}};
     if (judged.verdict == Verdict::not_a_report)
         suite.add("report", "error", "this is not a report");
+    auto told = told_with_facts(judged);
     for (const Finding& finding : judged.findings) {
-        const bool is_of_fact = std::any_of(judged.judgements.begin(), judged.judgements.end(),
-                                            [&](const Judgement& judgement) {
-                                                return judgement.fact->key == finding.key &&
-                                                       judgement.outcome != Outcome::not_judged;
-                                            });
         const std::string message =
             finding.value + (finding.limit.empty() ? "" : ", expected: ") + finding.limit;
         if (finding.kind == Finding::Kind::incomplete)
             suite.add(formatted("line %d", finding.line), "error", message);
-        else if (finding.kind == Finding::Kind::failure && !is_of_fact)
+        else if (int& count = told[{finding.kind, finding.key}]; count > 0)
+            --count;
+        else if (finding.kind == Finding::Kind::failure)
             suite.add(finding.key, "failure", message);
+        else if (finding.kind == Finding::Kind::waived)
+            suite.add(finding.key, "skipped", message + ", " + finding.reason);
     }
     if (suite.tests == 0)
         suite.add("whole");
@@ -126,7 +143,8 @@ void write_junit(TextFile& file, const Judged& judged)
         Suite suite{.name = prefix + unit +
                             (report.find(unit + "/product-number") != nullptr
                                  ? " P/N " + utf8(report.text_of(unit + "/product-number"))
-                                 : ""),
+                                 : "") +
+                            simulated_mark(report.is_simulated),
                     .cases = {}};
         for (const Judgement& judgement : judged.judgements) {
             if (unit_of(judgement.fact->key) == unit && judgement.outcome != Outcome::not_judged)
@@ -134,6 +152,13 @@ void write_junit(TextFile& file, const Judged& judged)
         }
         suite.write(file, time);
     }
+}
+
+void write_unreadable_junit(TextFile& file, const std::string& name)
+{
+    Suite suite{.name = valid_utf8(name) + ": report", .cases = {}};
+    suite.add("report", "error", "cannot be read");
+    suite.write(file, xml_time(""));
 }
 
 void end_junit(TextFile& file)

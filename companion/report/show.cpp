@@ -73,7 +73,30 @@ void show_facts(Printer& printer, const Judged& judged, std::size_t key_width)
     }
 }
 
+/// How wide the keys of its findings are.
+std::size_t key_width_of(const Judged& judged)
+{
+    std::size_t width = 0;
+    for (const Finding& finding : judged.findings)
+        width = std::max(width, finding.key.size());
+    return width;
+}
+
 } // namespace
+
+const char* simulated_mark(bool is_simulated)
+{
+    return is_simulated ? " (SIMULATED instrument)" : "";
+}
+
+void show_waived(Printer& printer, const Judged& judged)
+{
+    const std::size_t key_width = key_width_of(judged);
+    for (const Finding& finding : judged.findings) {
+        if (finding.kind == Finding::Kind::waived)
+            show_finding(printer, finding, key_width);
+    }
+}
 
 std::vector<TestedUnit> tested_units(const Report& report)
 {
@@ -111,14 +134,11 @@ void show_verdict(Printer& printer, const Judged& judged, bool all_facts)
         printer.print("\n");
         return;
     }
-    printer.print(report.is_simulated ? " (SIMULATED instrument), " : ", ");
-    printer.print(counts_text(judged) + '\n');
+    printer.print(simulated_mark(report.is_simulated) + (", " + counts_text(judged)) + '\n');
     for (const TestedUnit& unit : tested_units(report))
         printer.print("  " + padded(unit.unit, 10) + "  P/N " + padded(unit.product_number, 8) +
                       "  " + unit.identification + (unit.was_skipped ? " (skipped)" : "") + '\n');
-    std::size_t key_width = 0;
-    for (const Finding& finding : judged.findings)
-        key_width = std::max(key_width, finding.key.size());
+    std::size_t key_width = key_width_of(judged);
     for (const Finding& finding : judged.findings)
         show_finding(printer, finding, key_width);
     if (!all_facts)

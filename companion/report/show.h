@@ -10,6 +10,12 @@ namespace companion
 /// Verdict, who was tested, and each finding in a line; all facts, too, when asked for.
 void show_verdict(Printer& printer, const Judged& judged, bool all_facts);
 
+/// Its waived findings, each in a line.
+void show_waived(Printer& printer, const Judged& judged);
+
+/// " (SIMULATED instrument)" behind what comes from one, else "".
+[[nodiscard]] const char* simulated_mark(bool is_simulated);
+
 /// A unit that was tested: "slot1", its product number and identification, in UTF-8.
 struct TestedUnit {
     std::string unit, product_number, identification, type;

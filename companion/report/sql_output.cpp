@@ -20,6 +20,9 @@ CREATE TABLE IF NOT EXISTS units (report TEXT NOT NULL REFERENCES reports, unit 
 CREATE TABLE IF NOT EXISTS facts (report TEXT NOT NULL REFERENCES reports, key TEXT NOT NULL,
   line INTEGER NOT NULL, text TEXT NOT NULL, value REAL, unit TEXT NOT NULL, deviation REAL, above REAL,
   below REAL, low REAL, high REAL, outcome TEXT NOT NULL, PRIMARY KEY (report, key));
+CREATE TABLE IF NOT EXISTS findings (report TEXT NOT NULL REFERENCES reports DEFERRABLE INITIALLY DEFERRED,
+  unit TEXT NOT NULL, key TEXT NOT NULL, kind TEXT NOT NULL, value TEXT NOT NULL, expected TEXT NOT NULL,
+  line INTEGER NOT NULL, reason TEXT NOT NULL);
 )";
 
 /// A text of UTF-8.
@@ -45,6 +48,23 @@ std::string id_of(const Report& report)
     return formatted("%016llx", static_cast<unsigned long long>(hash));
 }
 
+/// Findings belong to one verdict: those of a report that is there already stay as they are.
+void write_findings(TextFile& file, const Judged& judged, const std::string& id)
+{
+    const std::string unless_there =
+        " WHERE NOT EXISTS (SELECT 1 FROM reports WHERE id = " + id + ");\n";
+    for (const Finding& finding : judged.findings) {
+        file.write("INSERT INTO findings SELECT " + id);
+        for (const std::string_view text :
+             {unit_of(finding.key), std::string_view{finding.key},
+              std::string_view{finding_kind_name(finding.kind)}, std::string_view{finding.value},
+              std::string_view{finding.limit}})
+            file.write(", " + quoted(text));
+        file.write(", " + std::to_string(finding.line) + ", " + quoted(valid_utf8(finding.reason)) +
+                   unless_there);
+    }
+}
+
 } // namespace
 
 void begin_sql(TextFile& file)
@@ -56,6 +76,7 @@ void write_sql(TextFile& file, const Judged& judged)
 {
     const Report& report = *judged.report;
     const std::string id = quoted(id_of(report));
+    write_findings(file, judged, id); // while its report is not there yet
     file.write("INSERT OR IGNORE INTO reports VALUES (" + id + ", " +
                quoted(utf8(report.text_of("run/created"))) + ", " +
                quoted(valid_utf8(report.name)) + ", " + quoted(verdict_name(judged.verdict)) +

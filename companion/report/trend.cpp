@@ -13,6 +13,7 @@
 #include <cmath>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <tuple>
 
 namespace companion
@@ -53,12 +54,35 @@ struct Sighting {
     std::optional<Band> band;
 };
 
-/// What is followed: a key of a unit, wherever the unit sat.
+/// A unit, wherever it sat.
+struct Unit {
+    std::string product_number;
+    bool is_simulated;
+    std::string place; ///< where several have its number in one report; else empty
+
+    [[nodiscard]] bool operator<(const Unit& other) const
+    {
+        return std::tie(product_number, is_simulated, place) <
+               std::tie(other.product_number, other.is_simulated, other.place);
+    }
+    [[nodiscard]] std::string name() const
+    {
+        return "P/N " + product_number + (place.empty() ? "" : " in " + place);
+    }
+    [[nodiscard]] std::string title() const
+    {
+        return name() + (place.empty() ? "" : ", one of several with this number") +
+               simulated_mark(is_simulated);
+    }
+};
+
+/// What is followed: a key of a unit.
 struct Followed {
-    std::string product_number, key;
+    Unit unit;
+    std::string key;
     [[nodiscard]] bool operator<(const Followed& other) const
     {
-        return std::tie(product_number, key) < std::tie(other.product_number, other.key);
+        return std::tie(unit, key) < std::tie(other.unit, other.key);
     }
 };
 
@@ -110,11 +134,13 @@ double days_left(const Course& course, const Slope& slope)
     return std::max(0.0, (end - last.value) / slope.per_day);
 }
 
-/// A course as a row of small bars.
-std::string bars(const std::vector<Sighting>& sightings)
+/// A course as a row of small bars; in ASCII, of characters that are fuller the higher they stand.
+std::string bars(const std::vector<Sighting>& sightings, bool has_utf8)
 {
-    constexpr const char* heights[] = {"\u2581", "\u2582", "\u2583", "\u2584",
-                                       "\u2585", "\u2586", "\u2587", "\u2588"};
+    constexpr const char* blocks[] = {"\u2581", "\u2582", "\u2583", "\u2584",
+                                      "\u2585", "\u2586", "\u2587", "\u2588"};
+    constexpr const char* characters[] = {"_", ".", "-", "=", "+", "*", "%", "#"};
+    const auto& heights = has_utf8 ? blocks : characters;
     constexpr std::size_t most = 24;
     const auto [low, high] =
         std::minmax_element(sightings.begin(), sightings.end(),
@@ -155,6 +181,7 @@ public:
             take(name);
         if (sql_.is_open())
             end_sql(sql_);
+        join_places();
         for (auto& [followed, course] : courses_)
             std::stable_sort(course.sightings.begin(), course.sightings.end(),
                              [](const Sighting& a, const Sighting& b) { return a.day < b.day; });
@@ -211,8 +238,43 @@ private:
             return;
         }
         ++reports_;
-        for (const TestedUnit& unit : tested_units(report))
+        std::set<std::string> numbers;
+        for (const TestedUnit& unit : tested_units(report)) {
             take_unit(judged, unit, *day);
+            if (!numbers.insert(unit.product_number).second)
+                several_.insert({unit.product_number, report.is_simulated, ""});
+        }
+        note_waived(judged);
+    }
+
+    void note_waived(const Judged& judged)
+    {
+        std::set<std::string> texts; // each once for a report
+        for (const Finding& finding : judged.findings) {
+            if (finding.kind != Finding::Kind::waived)
+                continue;
+            const std::string_view number =
+                judged.report->text_of(std::string{unit_of(finding.key)} + "/product-number");
+            texts.insert((number.empty() ? "" : "P/N " + utf8(number) + ' ') + finding.key + ' ' +
+                         valid_utf8(finding.reason));
+        }
+        for (const std::string& text : texts)
+            ++waived_[text];
+    }
+
+    /// A unit that moved is one unit, unless its number does not tell which one.
+    void join_places()
+    {
+        Courses joined;
+        for (auto& [followed, course] : courses_) {
+            Followed whole = followed;
+            whole.unit.place.clear();
+            Course& into = joined[several_.count(whole.unit) != 0 ? followed : whole];
+            into.sightings.insert(into.sightings.end(), course.sightings.begin(),
+                                  course.sightings.end());
+            into.unit = course.unit;
+        }
+        courses_ = std::move(joined);
     }
 
     void take_unit(const Judged& judged, const TestedUnit& unit, double day)
@@ -224,7 +286,9 @@ private:
             if (!is_wanted || !fact.value || !std::isfinite(*fact.value) ||
                 unit_of(fact.key) != unit.unit)
                 continue;
-            Course& course = courses_[{unit.product_number, fact.key.substr(unit.unit.size() + 1)}];
+            Course& course =
+                courses_[{{unit.product_number, judged.report->is_simulated, unit.unit},
+                          fact.key.substr(unit.unit.size() + 1)}];
             course.sightings.push_back({day, *fact.value, judgement.band});
             course.unit = utf8(fact.unit);
         }
@@ -245,8 +309,17 @@ private:
         }
         if (first == nullptr)
             return "Nothing moves towards the end of its band.";
-        return "First to leave its band if it goes on: P/N " + first->product_number + ' ' +
-               first->key + formatted(", in %.0f days.", least);
+        return "First to leave its band if it goes on: " + first->unit.name() + ' ' + first->key +
+               formatted(", in %.0f days.", least);
+    }
+
+    /// What was waived, and in how many reports.
+    [[nodiscard]] std::vector<std::string> waived_texts() const
+    {
+        std::vector<std::string> texts;
+        for (const auto& [text, count] : waived_)
+            texts.push_back(formatted("In %zu of %zu reports: ", count, reports_) + text);
+        return texts;
     }
 
     [[nodiscard]] bool print()
@@ -260,18 +333,20 @@ private:
             width = std::max(width, followed.key.size());
         std::string unit;
         for (const auto& [followed, course] : courses_) {
-            if (unit != followed.product_number)
-                printer.print("P/N " + followed.product_number + '\n');
-            unit = followed.product_number;
+            if (unit != followed.unit.title())
+                printer.print(followed.unit.title() + '\n');
+            unit = followed.unit.title();
             const Slope slope = slope_of(course.sightings);
             printer.print("  " + followed.key + std::string(width - followed.key.size(), ' '));
             printer.print(Color::value,
                           formatted("  %12.6g  %12.6g ", course.sightings.front().value,
                                     course.sightings.back().value) +
                               course.unit);
-            printer.print(formatted("  %+.3g a day  ", slope.per_day) + bars(course.sightings) +
-                          '\n');
+            printer.print(formatted("  %+.3g a day  ", slope.per_day) +
+                          bars(course.sightings, outside_.has_utf8) + '\n');
         }
+        for (const std::string& text : waived_texts())
+            printer.print(Color::warning, text + '\n');
         printer.print(Color::warning, first_to_leave() + '\n');
         return printer.flush();
     }
@@ -286,14 +361,16 @@ private:
         begin_page(page, "Trends of acceptance tests");
         page.write(formatted("<main>\n<h1>Trends of %zu acceptance tests</h1>\n<p>", reports_) +
                    escaped_markup(first_to_leave()) + "</p>\n");
+        for (const std::string& text : waived_texts())
+            page.write("<p>" + escaped_markup(text) + "</p>\n");
         std::string unit;
         for (const auto& [followed, course] : courses_) {
-            if (unit != followed.product_number)
-                page.write(std::string{unit.empty() ? "" : "</tbody></table>\n"} + "<h2>P/N " +
-                           escaped_markup(followed.product_number) +
+            if (unit != followed.unit.title())
+                page.write(std::string{unit.empty() ? "" : "</tbody></table>\n"} + "<h2>" +
+                           escaped_markup(followed.unit.title()) +
                            "</h2>\n<table><thead><tr><th>What</th><th>First</th><th>Last</th>"
                            "<th>A day</th><th>Course</th></tr></thead><tbody>\n");
-            unit = followed.product_number;
+            unit = followed.unit.title();
             write_row(page, followed, course);
         }
         page.write(std::string{unit.empty() ? "" : "</tbody></table>\n"} + "</main>\n");
@@ -321,6 +398,8 @@ private:
     Limits limits_;
     TextFile sql_;
     Courses courses_;
+    std::set<Unit> several_;                    ///< whose numbers occurred twice in a report
+    std::map<std::string, std::size_t> waived_; ///< what was waived, in how many reports
     std::size_t reports_ = 0;
     bool all_read_ = true;
 };

@@ -102,6 +102,10 @@ TEST(ReportForms, JsonHoldsEverythingAndFollowsItsSchema)
             EXPECT_EQ(fact["outcome"], "kept");
         }
     }
+    const json one_missing = json::parse(
+        run_kov({"report", "check", "--json", "-", "no-such-file", expected_report}).out);
+    expect_valid(one_missing, schema, schema, "unreadable");
+    EXPECT_EQ(one_missing["unreadable"], json::array({"no-such-file"}));
     EXPECT_EQ(keys.count("slot1/housekeeping/24V"), 1U);
     EXPECT_EQ(report["findings"][0]["key"], "slot3/steps");
     EXPECT_EQ(report["units"].size(), 5U);
@@ -145,10 +149,13 @@ TEST(ReportForms, MarkupStaysWellFormedWhateverTheDeviceSays)
             << form;
     }
     const std::string junit = form_of(expected_report, "--junit", 1);
-    EXPECT_THAT(junit, HasSubstr(": slot1 P/N 240321\" tests=\""));
-    EXPECT_THAT(junit, HasSubstr("<testcase classname=\"" + expected_report +
-                                 ": report\" name=\"slot3/steps\" time=\"0\">\n      <failure "
-                                 "message=\"The device type does not fit the slot, skipped"));
+    EXPECT_THAT(junit, HasSubstr(": slot1 P/N 240321 (SIMULATED instrument)\" tests=\""));
+    EXPECT_THAT(
+        junit,
+        HasSubstr(
+            "<testcase classname=\"" + expected_report +
+            ": report (SIMULATED instrument)\" name=\"slot3/steps\" time=\"0\">\n      <failure "
+            "message=\"The device type does not fit the slot, skipped"));
     const std::string page = form_of(nasty.name(), "--html", 1);
     EXPECT_THAT(page, HasSubstr("]]&gt;&#39;&quot;&lt;&amp;\u00E4\u00FF--&gt; \\ &lt;/script&gt;"));
     for (const char* part : {"<strong>FAIL</strong>", "<title>Error of the output voltage</title>",
@@ -157,6 +164,26 @@ TEST(ReportForms, MarkupStaysWellFormedWhateverTheDeviceSays)
         EXPECT_THAT(page, HasSubstr(part));
     for (const char* outside : {"http:", "https:", "src=", "<script", "@import", "url("})
         EXPECT_THAT(page, Not(HasSubstr(outside)));
+}
+
+TEST(ReportForms, JUnitTellsEveryFailureAndWaiver)
+{
+    const TemporaryFile limits;
+    write_file(limits.name(), "slot1/device-type is \"0A0Dh (HVPS)\"\n"
+                              "slot0/device-type is other\n"
+                              "expect slot1 HTCTRL\nexpect slot0 HVPS\n"
+                              "waive slot3/steps until 2027-06-30 \"wrong slot\"\n");
+    const KovRun ran = run_kov({"report", "check", "--simulated", "--limits", limits.name(),
+                                "--junit", "-", "no-such-file", expected_report});
+    EXPECT_EQ(ran.status, 3);
+    for (const char* part :
+         {"<testsuite name=\"no-such-file: report\" tests=\"1\" failures=\"0\" errors=\"1\"",
+          "report (SIMULATED instrument)\" tests=\"3\" failures=\"2\" errors=\"0\" skipped=\"1\"",
+          "<failure message=\"0A0Dh (HVPS), expected: expect HTCTRL\"",
+          "<failure message=\"DB1Ch (HTCTRL), expected: expect HVPS\"",
+          "<failure message=\"DB1Ch (HTCTRL) breaks is other (line 120)\"",
+          "expected: tested, since it is there, waived until 2027-06-30: wrong slot\"/>"})
+        EXPECT_THAT(ran.out, HasSubstr(part));
 }
 
 TEST(ReportForms, AFileThatCannotBeWrittenIsToldAndFails)

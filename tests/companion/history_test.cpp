@@ -22,7 +22,7 @@ TEST(ReportDiff, FindsShiftsAtTheirKeysOnly)
     const struct {
         Scenario lines;
         int status;
-        const char* shown; ///< behind the first line
+        const char* shown; ///< behind the lines on the reports
     } cases[] = {
         {{"uptime 300"}, 0, "no drift\n"},
         {{"slot1.voltage18 17.85"}, 1, "P/N 240321, slot1:\n  drift    housekeeping/18V: 17.995V "},
@@ -39,12 +39,45 @@ TEST(ReportDiff, FindsShiftsAtTheirKeysOnly)
         EXPECT_EQ(ran.status, c.status) << ran.err;
         EXPECT_THAT(ran.out, HasSubstr(c.shown));
         if (c.lines.front() == "slot1.voltage18 17.85") {
-            EXPECT_EQ(std::count(ran.out.begin(), ran.out.end(), '\n'), 4) << ran.out;
+            EXPECT_EQ(std::count(ran.out.begin(), ran.out.end(), '\n'), 6) << ran.out;
         }
     }
     EXPECT_EQ(run_kov({"report", "diff", before.name(), "no-such-file"}).status, 3);
     write_file(after.name(), "Test protocol created on \n");
     EXPECT_EQ(run_kov({"report", "diff", before.name(), after.name()}).status, 2);
+}
+
+TEST(ReportDiff, TellsWhatBreaksALimitAndWhatIsWaived)
+{
+    const std::string before = std::string{KOV_TEST_DATA} + "/expected_report.txt";
+    const std::string key = "controller/communication/response-time";
+    const TemporaryFile after, limits;
+    const struct {
+        const char *now, *rules;
+        int status;
+        const char* shown;
+    } cases[] = {
+        {"45.00ms (44..46ms)", "..50 ms\n", 1, ": 5.10ms (5..6ms) -> 45.00ms (44..46ms)"},
+        {"5.50ms (5..7ms)", "..8 ms\n", 0, "no drift\n"},
+        {"5.50ms (5..7ms)", "..6 ms\n", 1, "  limit: ..6 ms  marginal -> broken\n"},
+        {"5.50ms (5..7ms)", "..6 ms\nwaive controller/** until 2027-06-30 \"slow port\"\n", 0,
+         "(SIMULATED instrument)\n  waived      controller/communication/response-time  5.50ms"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.rules);
+        std::string text = contents(before);
+        const std::string old = "5.10ms (5..6ms)";
+        write_file(after.name(), text.replace(text.find(old), old.size(), c.now));
+        write_file(limits.name(), key + ' ' + c.rules);
+        const KovRun ran =
+            run_kov({"report", "diff", "--limits", limits.name(), before, after.name()});
+        EXPECT_EQ(ran.status, c.status) << ran.err;
+        EXPECT_THAT(ran.out, HasSubstr(c.shown));
+    }
+    // The last of them is waived in the course of reports, too.
+    const KovRun ran = run_kov({"report", "trend", "--limits", limits.name(), after.name()});
+    EXPECT_THAT(ran.out, HasSubstr("In 1 of 1 reports: P/N 240101 " + key +
+                                   " waived until 2027-06-30: slow port\n"));
 }
 
 TEST(ReportDiff, FollowsAModuleThatMoved)
@@ -70,6 +103,19 @@ TEST(ReportDiff, FollowsAModuleThatMoved)
     const KovRun ran = run_kov({"report", "diff", before.name(), after.name()});
     EXPECT_THAT(ran.out, HasSubstr("P/N 240322, slot1, before in slot2:\n"));
     EXPECT_THAT(ran.out, HasSubstr("P/N 240321, slot2, before in slot1:\n"));
+
+    // Both have one number: each is that of its slot.
+    std::string text = contents(before.name());
+    for (std::size_t at = text.find("240322"); at != std::string::npos; at = text.find("240322"))
+        text.replace(at, 6, "240321");
+    write_file(after.name(), text);
+    const std::string mark = " (SIMULATED instrument)\n";
+    const KovRun same = run_kov({"report", "diff", after.name(), after.name()});
+    EXPECT_THAT(same.out, EndsWith(after.name() + mark + after.name() + mark + "no drift\n"));
+    const KovRun course = run_kov({"report", "trend", "--key", "**/CPU/load", after.name()});
+    for (const char* slot : {"slot1", "slot2"})
+        EXPECT_THAT(course.out, HasSubstr("P/N 240321 in " + std::string{slot} +
+                                          ", one of several with this number" + mark));
 }
 
 TEST(ReportDiff, SoundRunsPassAndDoNotDrift)
@@ -110,9 +156,14 @@ TEST(ReportTrend, TellsWhatMovesAndWhatLeavesItsBandFirst)
                                    "housekeeping/18V, in 1"));
     const KovRun one = run_kov(
         {"report", "trend", "--key", "slot1/CPU/load", "--html", "page.html", "reports/0.txt"});
-    EXPECT_THAT(one.out, HasSubstr("1 reports\nP/N 240321\n  CPU/load "));
+    EXPECT_THAT(one.out, HasSubstr("1 reports\nP/N 240321 (SIMULATED instrument)\n  CPU/load "));
     EXPECT_THAT(one.out, EndsWith("Nothing moves towards the end of its band.\n"));
     EXPECT_THAT(contents("page.html"), HasSubstr("<svg class=\"trend\""));
+    EXPECT_THAT(contents("page.html"), HasSubstr("<h2>P/N 240321 (SIMULATED instrument)</h2>"));
+    const KovRun plain = run_kov({"report", "trend", "--key", "slot1/housekeeping/18V", "reports"},
+                                 {.has_utf8 = false});
+    EXPECT_THAT(plain.out, HasSubstr(" a day  #"));
+    EXPECT_THAT(plain.out, HasSubstr("_\n"));
     EXPECT_EQ(run_kov({"report", "trend", "reports/notes.txt"}).status, 3);
 
     const std::string sql = run_kov({"report", "trend", "--sql", "-", "reports"}).out;

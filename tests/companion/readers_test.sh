@@ -53,8 +53,9 @@ if is_there sqlite3; then
     done
     counts=$(sqlite3 lab.db "SELECT (SELECT count(*) FROM reports), (SELECT count(*) FROM units),
         (SELECT value FROM facts WHERE key = 'slot1/output/positive/300V/set'),
-        (SELECT count(*) > 400 FROM facts)")
-    [ "$counts" = '1|5|300.0|1' ] || fail "the database holds $counts"
+        (SELECT count(*) > 400 FROM facts),
+        (SELECT group_concat(kind || ' ' || key) FROM findings WHERE kind <> 'note')")
+    [ "$counts" = '1|5|300.0|1|failure slot3/steps' ] || fail "the database holds $counts"
 fi
 
 # Chromium: how wide the page is in windows of a telephone and of a desk, what it says on its
@@ -65,18 +66,25 @@ in_browser() {
 }
 check_page() {
     local width found
-    for width in 360 1400; do
+    for width in 360 794 1400; do
         python3 - "$width" <<'END' >frame.html
 import html, sys
 page = html.escape(open("report.html", encoding="utf-8").read())
 print(f'''<!DOCTYPE html><iframe id=f width={sys.argv[1]} height=900 srcdoc="{page}"></iframe>
-<script>f.onload = () => document.title =
-  "scroll " + f.contentDocument.documentElement.scrollWidth + " of " + f.contentWindow.innerWidth</script>''')
+<script>f.onload = () => {{
+  const page = f.contentDocument, lines = page.createRange()
+  const broken = [...page.querySelectorAll("td.kind, td.unit")].filter(cell => {{
+    lines.selectNodeContents(cell)
+    return lines.getClientRects().length != 1
+  }})
+  document.title = broken.length ? "broken: " + broken[0].textContent :
+    "scroll " + page.documentElement.scrollWidth + " of " + f.contentWindow.innerWidth
+}}</script>''')
 END
         in_browser --dump-dom "file://$folder/frame.html" >dom.html
         found=$(sed -n 's/.*<title>scroll \([0-9]* of [0-9]*\)<.*/\1/p' dom.html | head -n 1)
         [ -n "$found" ] && [ "${found% of *}" -le "${found#* of }" ] ||
-            fail "at $width pixels the page needs $found pixels"
+            fail "at $width pixels the page needs $found pixels, or a word is broken"
     done
     in_browser --log-net-log="$folder/net.json" --print-to-pdf=page.pdf "file://$folder/report.html"
     ! grep -i 'CONSOLE' browser.log || fail "the page has something to say on the browser's console"
