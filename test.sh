@@ -16,7 +16,7 @@ run_tests() {
 # The unit tests as a Windows program, and the Windows program beside that of this system.
 test_windows() {
     need_tools "${windows_tools[@]}" "${wine_tools[@]}"
-    (cd "$source_folder" && cmake --preset windows >/dev/null) # Wine may be there only now
+    (cd "$source_folder" && cmake --preset windows -DKOV_TESTS=ON >/dev/null) # Wine may be there only now
     build windows all
     build debug windows_tests
     export KOV_WINE=${wine_tools[0]% *}
