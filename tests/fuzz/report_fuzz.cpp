@@ -59,7 +59,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const std::string json = written([&](companion::TextFile& file) {
         companion::begin_json(file);
         companion::write_json(file, judged, true);
-        companion::end_json(file);
+        companion::end_json(file, {});
     });
     require(nlohmann::json::accept(json));
     const std::string markup = written([&](companion::TextFile& file) {
