@@ -1,10 +1,10 @@
 #include "companion/text.h"
 
-#include <algorithm>
+#include "companion/utf8.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <iterator>
 
 namespace companion
 {
@@ -30,41 +30,15 @@ std::string utf8(std::string_view latin1)
 namespace
 {
 
-/// The sound characters of UTF-8 by their first two bytes. Left out are the longer forms of shorter
-/// characters, surrogates, what is beyond Unicode, and the control characters C1.
-struct CharacterForm {
-    unsigned first_from, first_to, second_from, second_to;
-    std::size_t length;
-};
-constexpr CharacterForm character_forms[] = {
-    {0xC2, 0xC2, 0xA0, 0xBF, 2}, {0xC3, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3},
-    {0xE1, 0xEC, 0x80, 0xBF, 3}, {0xED, 0xED, 0x80, 0x9F, 3}, {0xEE, 0xEF, 0x80, 0xBF, 3},
-    {0xF0, 0xF0, 0x90, 0xBF, 4}, {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4},
-};
-
-/// How many bytes the character at the begin takes; 0 when it is no sound one.
-std::size_t character_length(std::string_view text)
+/// How many bytes the character at the beginning takes; 0 when it is no sound one, or one that
+/// means nothing in a text: a control character or a noncharacter.
+std::size_t printable_length(std::string_view text)
 {
-    const auto byte = [&](std::size_t i) {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-    };
-    const unsigned first = byte(0);
-    if (first < 0x80)
-        return first >= ' ' && first != 0x7F ? 1 : 0;
-    const auto has_form = [&](const CharacterForm& form) {
-        return first >= form.first_from && first <= form.first_to && byte(1) >= form.second_from &&
-               byte(1) <= form.second_to;
-    };
-    const auto* const form =
-        std::find_if(std::begin(character_forms), std::end(character_forms), has_form);
-    if (form == std::end(character_forms))
-        return 0;
-    for (std::size_t i = 2; i < form->length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80)
-            return 0;
-    }
-    const bool is_noncharacter = first == 0xEF && byte(1) == 0xBF && byte(2) >= 0xBE;
-    return is_noncharacter ? 0 : form->length;
+    const std::size_t length = character_length(text);
+    const std::string_view bytes = text.substr(0, length);
+    const bool is_control =
+        bytes < " " || bytes == "\x7F" || (bytes >= "\xC2\x80" && bytes < "\xC2\xA0");
+    return is_control || bytes == "\xEF\xBF\xBE" || bytes == "\xEF\xBF\xBF" ? 0 : length;
 }
 
 } // namespace
@@ -74,7 +48,7 @@ std::string valid_utf8(std::string_view text)
     std::string valid;
     valid.reserve(text.size());
     while (!text.empty()) {
-        const std::size_t length = character_length(text);
+        const std::size_t length = printable_length(text);
         if (length == 0)
             valid += '?';
         else

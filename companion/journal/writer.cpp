@@ -1,6 +1,7 @@
 #include "companion/journal/writer.h"
 
 #include "companion/journal/format.h"
+#include "companion/utf8.h"
 
 #include <algorithm>
 #include <charconv>
@@ -51,33 +52,10 @@ void append_hexadecimal(std::string& line, std::span<const unsigned char> bytes)
     line += '"';
 }
 
-/// Bytes of the UTF-8 character at the beginning; 0 where there is none.
-std::size_t character_length(std::string_view text)
-{
-    const auto byte = [&text](std::size_t i) {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-    };
-    const unsigned first = byte(0);
-    if (first < 0x80)
-        return 1;
-    if (first < 0xC2 || first > 0xF4)
-        return 0;
-    const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80)
-            return 0;
-    }
-    const unsigned second = byte(1);
-    const bool too_long = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
-    const bool no_character =
-        (first == 0xED && second >= 0xA0) || (first == 0xF4 && second >= 0x90);
-    return too_long || no_character ? 0 : length;
-}
-
 bool is_utf8(std::string_view text)
 {
     while (!text.empty()) {
-        const std::size_t length = character_length(text);
+        const std::size_t length = companion::character_length(text);
         if (length == 0)
             return false;
         text.remove_prefix(length);

@@ -68,11 +68,11 @@ void show_table(Printer& printer, const std::vector<std::vector<std::string>>& r
             widths[i] = std::max(widths[i], width_of(row[i]));
     }
     for (const auto& row : rows) {
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            const std::string blanks(widths[i] - width_of(row[i]), ' ');
-            printer.print(i == 0 ? "  " + row[i] + blanks : "  " + blanks);
-            if (i > 0)
-                printer.print(&row == &rows.front() ? Color::label : Color::value, row[i]);
+        const Color color = &row == &rows.front() ? Color::label : Color::value;
+        printer.print("  " + row.front() + std::string(widths[0] - width_of(row.front()), ' '));
+        for (std::size_t i = 1; i < row.size(); ++i) {
+            printer.print(std::string(2 + widths[i] - width_of(row[i]), ' '));
+            printer.print(color, row[i]);
         }
         printer.print("\n");
     }
