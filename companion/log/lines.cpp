@@ -65,31 +65,35 @@ bool LineSource::fill()
     return count > 0;
 }
 
+bool LineSource::take_line(std::string_view& line)
+{
+    const char* begin = buffer_.data() + start_;
+    const std::size_t length = end_ - start_;
+    const char* found =
+        length > 0 ? static_cast<const char*>(std::memchr(begin, '\n', length)) : nullptr;
+    const bool is_overlong = found == nullptr && file_ != nullptr && length == buffer_.size();
+    if (found == nullptr && !is_overlong)
+        return false;
+    line = {begin, found != nullptr ? static_cast<std::size_t>(found - begin) : length};
+    start_ += line.size() + (found != nullptr ? 1 : 0);
+    if (line.ends_with('\r'))
+        line.remove_suffix(1);
+    ++number_;
+    return true;
+}
+
 LineSource::Got LineSource::next(std::string_view& line)
 {
-    for (;;) {
-        const char* begin = buffer_.data() + start_;
-        const std::size_t length = end_ - start_;
-        const char* found =
-            length > 0 ? static_cast<const char*>(std::memchr(begin, '\n', length)) : nullptr;
-        const bool is_overlong = found == nullptr && file_ != nullptr && length == buffer_.size();
-        if (found != nullptr || is_overlong) {
-            line = {begin, found != nullptr ? static_cast<std::size_t>(found - begin) : length};
-            start_ += line.size() + (found != nullptr ? 1 : 0);
-            if (line.ends_with('\r'))
-                line.remove_suffix(1);
-            ++number_;
+    do {
+        if (take_line(line))
             return Got::line;
-        }
-        if (fill())
-            continue;
-        if (length == 0)
-            return Got::end;
-        line = {buffer_.data() + start_, end_ - start_};
-        start_ = end_;
-        ++number_;
-        return Got::torn;
-    }
+    } while (fill());
+    if (start_ == end_)
+        return Got::end;
+    line = {buffer_.data() + start_, end_ - start_};
+    start_ = end_;
+    ++number_;
+    return Got::torn;
 }
 
 void LineSource::rewind()

@@ -43,6 +43,8 @@ public:
     [[nodiscard]] bool is_good() const { return good_; }
 
 private:
+    /// A line that is there as a whole, or is too long for the buffer.
+    [[nodiscard]] bool take_line(std::string_view& line);
     [[nodiscard]] bool fill();
 
     std::string name_;
