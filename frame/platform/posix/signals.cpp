@@ -227,8 +227,8 @@ void watch_signals()
     }
     if (output_is_terminal())
         watch(SIGWINCH, {.handler = on_window_change, .flags = SA_RESTART});
-    watch(SIGTSTP, {.handler = on_terminal_stop, .flags = SA_RESTART});
-    watch(SIGCONT, {.handler = on_continue, .flags = SA_RESTART});
+    watch(SIGTSTP, {.handler = on_terminal_stop, .flags = SA_RESTART, .alone = true});
+    watch(SIGCONT, {.handler = on_continue, .flags = SA_RESTART, .alone = true});
     watch(reminder_signal, {.handler = on_reminder, .flags = SA_RESTART, .alone = true});
     sigevent event = {};
     event.sigev_notify = SIGEV_SIGNAL;

@@ -20,7 +20,7 @@ termios original_modes;
 termios raw_modes;
 volatile std::sig_atomic_t have_original_modes = 0;
 volatile std::sig_atomic_t raw_input_wanted = 0; ///< by the program
-volatile std::sig_atomic_t raw_input_active = 0; ///< on the terminal
+volatile std::sig_atomic_t raw_input_active = 0; ///< on the terminal, or about to be
 volatile std::sig_atomic_t screen_wanted = 0;
 volatile std::sig_atomic_t screen_in_use = 0;
 volatile std::sig_atomic_t in_background = 0; ///< when keys were last looked for
@@ -43,6 +43,14 @@ void leave_screen(std::string_view text)
         add("\r\n");
     add(text);
     (void)!write(posix::unblocked_output(), bytes.data(), size);
+}
+
+/// Noted before it is done: a signal that comes in between has to take it back.
+void set_raw_modes()
+{
+    raw_input_active = 1;
+    if (tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) != 0)
+        raw_input_active = 0;
 }
 
 } // namespace
@@ -101,14 +109,15 @@ bool keys_are_ours()
 
 void hand_terminal_back()
 {
+    // Each flag falls when its work is done: a signal in between does it once more.
     if (screen_in_use != 0) {
-        screen_in_use = 0;
         leave_screen("");
+        screen_in_use = 0;
     }
     if (raw_input_active != 0) {
-        raw_input_active = 0;
         if (!is_in_background(STDIN_FILENO))
             tcsetattr(STDIN_FILENO, TCSANOW, &original_modes);
+        raw_input_active = 0;
     }
 }
 
@@ -119,8 +128,8 @@ bool take_terminal_again()
     if (have_original_modes != 0 && is_in_background(STDIN_FILENO))
         return false;
     in_background = 0;
-    if (raw_input_wanted != 0 && tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
-        raw_input_active = 1;
+    if (raw_input_wanted != 0)
+        set_raw_modes();
     if (screen_wanted != 0)
         screen_in_use = 1;
     return screen_wanted != 0;
@@ -185,8 +194,8 @@ void start_raw_input()
         in_background = 1;
         return;
     }
-    if (raw_input_active == 0 && tcsetattr(STDIN_FILENO, TCSANOW, &raw_modes) == 0)
-        raw_input_active = 1;
+    if (raw_input_active == 0)
+        set_raw_modes();
 }
 
 void drop_input()
