@@ -36,7 +36,7 @@ int show_library(const Surroundings& outside)
         outside.complain("there is no device library: " + valid_utf8(library.cause));
         return 3;
     }
-    Printer printer{outside.out, outside.colored};
+    Printer printer{outside};
     printer.print("Device library: ");
     printer.print(Color::value, valid_utf8(library.path));
     printer.print(std::string{", "} + place_name(library.place) + '\n');

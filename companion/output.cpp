@@ -38,7 +38,10 @@ const char* terminal_color(Color color)
 
 void Printer::print(std::string_view text)
 {
-    buffer_ += text;
+    if (outside_.has_utf8)
+        buffer_ += text;
+    else
+        buffer_ += ascii_signs(text);
     constexpr std::size_t much = 1 << 16;
     if (buffer_.size() > much)
         (void)flush();
@@ -46,17 +49,25 @@ void Printer::print(std::string_view text)
 
 void Printer::print(Color color, std::string_view text)
 {
-    if (colored_)
+    if (outside_.colored)
         print(terminal_color(color));
     print(text);
-    if (colored_)
+    if (outside_.colored)
         print("\33[m");
+}
+
+std::size_t Printer::columns_of(std::string_view text) const
+{
+    const std::string shown = outside_.has_utf8 ? std::string{text} : ascii_signs(text);
+    return static_cast<std::size_t>(std::count_if(shown.begin(), shown.end(), [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0) != 0x80; // the begin of a character
+    }));
 }
 
 bool Printer::flush()
 {
     if (!buffer_.empty())
-        good_ = sink_(buffer_) && good_;
+        good_ = outside_.out(buffer_) && good_;
     buffer_.clear();
     return good_;
 }

@@ -31,20 +31,22 @@ struct Surroundings {
     void complain(std::string_view message) const { err("kov: " + std::string{message} + '\n'); }
 };
 
-/// Text for standard output, buffered, with colours where they are shown.
+/// Text in UTF-8 for standard output, buffered, with colours where they are shown, and with signs
+/// of units that the terminal takes.
 class Printer
 {
 public:
-    Printer(const Sink& sink, bool colored) : sink_{sink}, colored_{colored} {}
+    explicit Printer(const Surroundings& outside) : outside_{outside} {}
 
     void print(std::string_view text);
     void print(Color color, std::string_view text);
+    /// How many columns a text takes.
+    [[nodiscard]] std::size_t columns_of(std::string_view text) const;
     /// Hands on what was printed. False when something could not be written.
     [[nodiscard]] bool flush();
 
 private:
-    const Sink& sink_;
-    bool colored_;
+    const Surroundings& outside_;
     bool good_ = true;
     std::string buffer_;
 };

@@ -2,9 +2,12 @@
 
 #include "companion/utf8.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <iterator>
+#include <utility>
 
 namespace companion
 {
@@ -56,6 +59,22 @@ std::string valid_utf8(std::string_view text)
         text.remove_prefix(length == 0 ? 1 : length);
     }
     return valid;
+}
+
+std::string ascii_signs(std::string_view text)
+{
+    constexpr std::pair<std::string_view, std::string_view> signs[] = {
+        {"\u00B0", "deg"}, {"\u00B1", "+-"}, {"\u00B5", "u"}, {"\u03A9", "Ohm"}};
+    std::string ascii;
+    while (!text.empty()) {
+        const auto sign =
+            std::find_if(std::begin(signs), std::end(signs),
+                         [text](const auto& each) { return text.starts_with(each.first); });
+        const bool is_sign = sign != std::end(signs);
+        ascii += is_sign ? sign->second : text.substr(0, 1);
+        text.remove_prefix(is_sign ? sign->first.size() : 1);
+    }
+    return ascii;
 }
 
 std::string escaped_markup(std::string_view text)

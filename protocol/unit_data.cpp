@@ -3,7 +3,6 @@
 #include "frame/text/format.h"
 #include "instrument/addresses.h"
 #include "instrument/controller_readings.h"
-#include "instrument/device_types.h"
 #include "instrument/presence.h"
 #include "instrument/words.h"
 #include "protocol/report/hardware_text.h"
@@ -12,14 +11,6 @@
 
 namespace
 {
-
-const char* device_type_name(const ReportedUnit& unit, std::uint16_t code)
-{
-    if (!unit.address)
-        return code == controller_device_type ? controller_type_name : nullptr;
-    const ModuleType* type = find_module_type(code);
-    return type != nullptr ? type->name : nullptr;
-}
 
 /// The hardware type with the name that is made of it and its properties, as far as the device
 /// type tells what it means.
@@ -70,10 +61,8 @@ bool report_kind(Report& report, const ReportedUnit& unit, UnitKind& kind)
     unit.announce("device type");
     if (!unit.ask(LIB(GetDevType), LIB(GetModuleDevType), &kind.device_type))
         return false;
-    const char* name = device_type_name(unit, kind.device_type);
     report.item({.label = report_text::device_type,
-                 .value = hex_text(kind.device_type, 4) +
-                          (name != nullptr ? std::string{" ("} + name + ')' : "")});
+                 .value = device_type_text(kind.device_type, !unit.address)});
     unit.announce("hardware type");
     if (!unit.ask(LIB(GetHwType), LIB(GetModuleHwType), &kind.hardware_type))
         return false;

@@ -86,7 +86,7 @@ void print_end(Printer& printer, const journal::Reader& reader)
 
 int show_journal(const ShowRequest& request, const Surroundings& outside)
 {
-    Printer printer{outside.out, outside.colored};
+    Printer printer{outside};
     const bool is_sound = read_journal(
         request.file, outside,
         [&](const journal::Heading& heading) { print_heading(printer, heading); },

@@ -139,7 +139,7 @@ int count_journal(const std::string& file, const Surroundings& outside)
         file, outside, [](const auto&) {},
         [&](const journal::RecordedCall& call) { counts.add(call); },
         [&](const journal::Reader& reader) { is_complete = reader.ending().has_value(); });
-    Printer printer{outside.out, outside.colored};
+    Printer printer{outside};
     print_counts(printer, counts);
     if (is_sound && !is_complete)
         printer.print(Color::warning, "The journal has no end: it does not tell all calls.\n");

@@ -61,7 +61,7 @@ bool write_form(Form form, const Drawing& drawing, const std::string& out,
                 const Surroundings& outside)
 {
     if (form == Form::terminal) {
-        Printer printer{outside.out, outside.colored};
+        Printer printer{outside};
         show_drawing(printer, drawing, outside.columns, outside.has_utf8);
         return told_completely(printer, outside);
     }

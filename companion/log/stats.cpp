@@ -52,26 +52,19 @@ std::vector<std::string> cells_of(const RecordedColumn& column, const Statistics
     return cells;
 }
 
-/// How many columns of a terminal a text in UTF-8 takes.
-std::size_t width_of(const std::string& text)
-{
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-    }));
-}
-
 void show_table(Printer& printer, const std::vector<std::vector<std::string>>& rows)
 {
     std::vector<std::size_t> widths(rows.front().size());
     for (const auto& row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], width_of(row[i]));
+            widths[i] = std::max(widths[i], printer.columns_of(row[i]));
     }
     for (const auto& row : rows) {
         const Color color = &row == &rows.front() ? Color::label : Color::value;
-        printer.print("  " + row.front() + std::string(widths[0] - width_of(row.front()), ' '));
+        printer.print("  " + row.front() +
+                      std::string(widths[0] - printer.columns_of(row.front()), ' '));
         for (std::size_t i = 1; i < row.size(); ++i) {
-            printer.print(std::string(2 + widths[i] - width_of(row[i]), ' '));
+            printer.print(std::string(2 + widths[i] - printer.columns_of(row[i]), ' '));
             printer.print(color, row[i]);
         }
         printer.print("\n");
@@ -137,7 +130,7 @@ int show_log(const std::string& name, Printer& printer, const Surroundings& outs
 
 int show_statistics(const std::vector<std::string>& files, const Surroundings& outside)
 {
-    Printer printer{outside.out, outside.colored};
+    Printer printer{outside};
     int worst = 0;
     for (const std::string& file : files) {
         worst = std::max(worst, show_log(file, printer, outside));

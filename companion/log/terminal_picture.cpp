@@ -135,27 +135,6 @@ std::string on_the_right(const std::string& text, int columns)
     return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
 }
 
-std::string fitting(const std::string& text, bool has_utf8)
-{
-    if (has_utf8)
-        return text;
-    std::string ascii;
-    std::string_view left = text;
-    while (!left.empty()) {
-        const char32_t character = take_character(left);
-        if (character < 0x80)
-            ascii += static_cast<char>(character);
-        else
-            ascii += character == U'\u00B0' ? "deg" : "?";
-    }
-    return ascii;
-}
-
-} // namespace
-
-namespace
-{
-
 void show_curve(Printer& printer, const Drawing& drawing, const Picture& picture,
                 const Curve& curve, int columns, bool has_utf8)
 {
@@ -169,8 +148,7 @@ void show_curve(Printer& printer, const Drawing& drawing, const Picture& picture
     draw(canvas, curve, {picture.low, picture.high}, y_range);
     const auto labels = end_labels(y_range);
     printer.print(std::string(label_columns + 1, ' '));
-    printer.print(Color::value,
-                  fitting(drawing.label_of(curve) + " in " + curve.unit + '\n', has_utf8));
+    printer.print(Color::value, drawing.label_of(curve) + " in " + curve.unit + '\n');
     for (int row = 0; row < rows; ++row) {
         const std::string label = row == 0 ? labels[1] : row == rows - 1 ? labels[0] : "";
         printer.print(on_the_right(label, label_columns) + (has_utf8 ? "\u2502" : "|") +
@@ -199,7 +177,7 @@ void show_drawing(Printer& printer, const Drawing& drawing, int columns, bool ha
 {
     const int wide = std::clamp(columns - label_columns - 2, fewest_columns, most_columns);
     for (const Drawing::Source& source : drawing.sources)
-        printer.print(fitting(source.file + ": " + source.about + '\n', has_utf8));
+        printer.print(source.file + ": " + source.about + '\n');
     for (const Picture& picture : drawing.pictures) {
         for (const Curve& curve : picture.curves)
             show_curve(printer, drawing, picture, curve, wide, has_utf8);

@@ -110,7 +110,7 @@ int check_reports(const CheckRequest& request, const Surroundings& outside)
         return wrong_usage;
     const JudgeOptions options{outside.today, request.accept_simulated};
     const bool output_is_taken = request.json == "-" || request.junit == "-" || request.html == "-";
-    Printer printer{outside.out, outside.colored};
+    Printer printer{outside};
     int worst = 0;
     for (const std::string& name : request.reports) {
         Report report;

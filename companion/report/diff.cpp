@@ -247,7 +247,7 @@ int compare_reports(const DiffRequest& request, const Surroundings& outside)
     }
     if (worst != 0)
         return worst;
-    Printer printer{outside.out, outside.colored};
+    Printer printer{outside};
     const bool drift = Comparison{printer, judged[0], judged[1]}.show();
     if (!printer.flush())
         return wrong_usage;

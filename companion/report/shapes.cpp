@@ -1,7 +1,9 @@
 #include "companion/report/shapes.h"
 
 #include <charconv>
+#include <chrono>
 #include <cmath>
+#include <iterator>
 
 namespace companion
 {
@@ -20,6 +22,26 @@ std::optional<double> take_number(std::string_view& text)
     if (*(end - 1) == '.') // of a range: "5..6"
         text = {end - 1, text.size() + 1};
     return value;
+}
+
+std::optional<double> days_of(std::string_view created)
+{
+    constexpr std::string_view behind[] = {"/", "/", ", ", ":", ":", ".", ""};
+    unsigned number[std::size(behind)] = {};
+    for (std::size_t i = 0; i < std::size(behind); ++i) {
+        const auto [end, error] =
+            std::from_chars(created.data(), created.data() + created.size(), number[i]);
+        created.remove_prefix(static_cast<std::size_t>(end - created.data()));
+        if (error != std::errc{} || number[i] > 9999 || !take(created, behind[i]))
+            return std::nullopt;
+    }
+    const auto& [year, month, day, hour, minute, second, millisecond] = number;
+    const std::chrono::year_month_day date{std::chrono::year{static_cast<int>(year)},
+                                           std::chrono::month{month}, std::chrono::day{day}};
+    if (!created.empty() || !date.ok() || hour > 23 || minute > 59 || second > 60)
+        return std::nullopt;
+    const auto days = static_cast<double>(std::chrono::sys_days{date}.time_since_epoch().count());
+    return days + (hour * 3600 + minute * 60 + second + millisecond / 1000.0) / 86400;
 }
 
 namespace
@@ -111,6 +133,11 @@ bool parse_time(std::string_view text, const Shape& shape, Fact& fact)
             break;
     }
     return text == " sec." && set(fact, seconds, {}, shape.unit);
+}
+
+bool parse_created(std::string_view text, const Shape&, Fact&)
+{
+    return days_of(text).has_value();
 }
 
 bool parse_statistics(std::string_view text, const Shape& shape, Fact& fact)

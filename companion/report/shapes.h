@@ -26,6 +26,7 @@ struct Shape {
 [[nodiscard]] bool parse_code(std::string_view text, const Shape& shape, Fact& fact);
 [[nodiscard]] bool parse_version(std::string_view text, const Shape& shape, Fact& fact);
 [[nodiscard]] bool parse_time(std::string_view text, const Shape& shape, Fact& fact);
+[[nodiscard]] bool parse_created(std::string_view text, const Shape& shape, Fact& fact);
 [[nodiscard]] bool parse_statistics(std::string_view text, const Shape& shape, Fact& fact);
 [[nodiscard]] bool parse_range(std::string_view text, const Shape& shape, Fact& fact);
 [[nodiscard]] bool parse_transfer(std::string_view text, const Shape& shape, Fact& fact);
@@ -37,6 +38,7 @@ inline constexpr Shape integer = {parse_number};
 inline constexpr Shape version = {parse_version}; ///< "1-05"
 inline constexpr Shape code = {parse_code};       ///< "8ED6h", with a name behind it or without
 inline constexpr Shape time = {parse_time, "s"};  ///< "1:35.14 sec."
+inline constexpr Shape created = {parse_created}; ///< "2026/03/14, 09:26:53.624"
 inline constexpr Shape period = {parse_number, "ms"};
 inline constexpr Shape volts = {parse_number, "V"};
 inline constexpr Shape transfer = {parse_transfer, "ms"}; ///< "5.10ms (5..6ms)"
@@ -46,5 +48,8 @@ inline constexpr Shape property = {parse_quantity};
 
 /// Takes a number off the begin of a text; nothing when there is none.
 [[nodiscard]] std::optional<double> take_number(std::string_view& text);
+
+/// Days since 1970 of "2026/03/14, 09:26:53.624"; nothing when it is no time.
+[[nodiscard]] std::optional<double> days_of(std::string_view created);
 
 } // namespace companion

@@ -2,6 +2,7 @@
 #include "companion/report/commands.h"
 #include "companion/report/load.h"
 #include "companion/report/pictures.h"
+#include "companion/report/shapes.h"
 #include "companion/report/show.h"
 #include "companion/report/sql_output.h"
 #include "companion/text.h"
@@ -9,7 +10,6 @@
 #include "frame/text/format.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <filesystem>
 #include <map>
@@ -23,30 +23,6 @@ namespace
 {
 
 // ---- What is read ----
-
-/// Days since 1970 of "2026/03/14, 09:26:53.624"; nothing when it is no time.
-std::optional<double> days_of(std::string_view created)
-{
-    int number[6] = {};
-    std::size_t index = 0;
-    for (const char c : created) {
-        if (c >= '0' && c <= '9')
-            number[index] = number[index] * 10 + (c - '0');
-        else if (c == '/' || c == ':' || c == ',')
-            ++index;
-        else if (c != ' ')
-            break;
-        if (index > 5 || number[index] > 9999)
-            return std::nullopt;
-    }
-    const std::chrono::year_month_day date{std::chrono::year{number[0]},
-                                           std::chrono::month{static_cast<unsigned>(number[1])},
-                                           std::chrono::day{static_cast<unsigned>(number[2])}};
-    if (index < 3 || !date.ok())
-        return std::nullopt;
-    const auto days = static_cast<double>(std::chrono::sys_days{date}.time_since_epoch().count());
-    return days + (number[3] * 3600 + number[4] * 60 + number[5]) / 86400.0;
-}
 
 struct Sighting {
     double day;
@@ -326,7 +302,7 @@ private:
     {
         if (request_.sql == "-" || request_.html == "-")
             return true;
-        Printer printer{outside_.out, outside_.colored};
+        Printer printer{outside_};
         printer.print(formatted("%zu reports\n", reports_));
         std::size_t width = 0;
         for (const auto& [followed, course] : courses_)

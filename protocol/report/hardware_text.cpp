@@ -47,7 +47,21 @@ HardwareText hv_supply_text(std::uint32_t word)
              {"negative outputs", formatted("%u", unipolar)}}};
 }
 
+const char* device_type_name(std::uint16_t code, bool is_controller)
+{
+    if (is_controller)
+        return code == controller_device_type ? controller_type_name : nullptr;
+    const ModuleType* type = find_module_type(code);
+    return type != nullptr ? type->name : nullptr;
+}
+
 } // namespace
+
+std::string device_type_text(std::uint16_t code, bool is_controller)
+{
+    const char* name = device_type_name(code, is_controller);
+    return hex_text(code, 4) + (name != nullptr ? std::string{" ("} + name + ')' : "");
+}
 
 HardwareText controller_hardware_text(std::uint32_t word)
 {

@@ -1,9 +1,13 @@
-/// What a unit's hardware-type word means, in the words of the acceptance test's report.
+/// What a unit's device type and hardware-type word mean, in the words of the acceptance test's
+/// report.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
+
+/// "DB1Ch (HTCTRL)"; without a name when none is known.
+[[nodiscard]] std::string device_type_text(std::uint16_t code, bool is_controller);
 
 struct HardwareProperty {
     std::string label, value;

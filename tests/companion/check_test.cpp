@@ -134,6 +134,11 @@ TEST(ReportCheck, NeverPassesWhatIsNotWhole)
         EXPECT_NE(verdict(before + behind), Verdict::pass) << "without " << line;
         EXPECT_EQ(verdict(before + line + line + behind), Verdict::incomplete) << "twice " << line;
         EXPECT_EQ(verdict(before + line + "\t?\n" + behind), Verdict::incomplete) << line;
+        const bool is_free_text = line.find("Product identification") != std::string::npos ||
+                                  line.find("Firmware date") != std::string::npos;
+        EXPECT_NE(verdict(before + line.substr(0, line.size() - 1) + "x\n" + behind),
+                  is_free_text ? Verdict::incomplete : Verdict::pass)
+            << "longer: " << line;
         // Where a line is cut makes no difference, but in the last one.
         const std::size_t step =
             end == whole.size() ? 1 : std::max<std::size_t>(1, line.size() - 1);
@@ -141,6 +146,9 @@ TEST(ReportCheck, NeverPassesWhatIsNotWhole)
             EXPECT_NE(verdict(whole.substr(0, length)), Verdict::pass) << length;
         begin = end;
     }
+    std::string never = whole;
+    never.replace(whole.find("20"), whole.find('\n') - whole.find("20"), "never");
+    EXPECT_EQ(verdict(never), Verdict::incomplete);
     std::string other_ends;
     for (const char c : whole)
         other_ends += c == '\n' ? std::string{"\r\n"} : std::string{c};

@@ -164,6 +164,9 @@ TEST(ReportTrend, TellsWhatMovesAndWhatLeavesItsBandFirst)
                                  {.has_utf8 = false});
     EXPECT_THAT(plain.out, HasSubstr(" a day  #"));
     EXPECT_THAT(plain.out, HasSubstr("_\n"));
+    const KovRun degrees =
+        run_kov({"report", "trend", "--key", "slot1/**/CPU", "reports/0.txt"}, {.has_utf8 = false});
+    EXPECT_THAT(degrees.out, HasSubstr("degC  +0 a day"));
     EXPECT_EQ(run_kov({"report", "trend", "reports/notes.txt"}).status, 3);
 
     const std::string sql = run_kov({"report", "trend", "--sql", "-", "reports"}).out;

@@ -204,6 +204,17 @@ Fact* LineReader::item_with(std::string_view label, std::string_view key, std::s
     return fact;
 }
 
+Fact* LineReader::word(std::string_view label, std::string_view key,
+                       std::initializer_list<std::string_view> words, int deeper)
+{
+    Fact* fact = item(label, key, shape::text, deeper);
+    if (fact != nullptr && std::find(words.begin(), words.end(), fact->text) == words.end()) {
+        problem("none of the words that belong here: \"" + std::string{fact->text} + '"');
+        return nullptr;
+    }
+    return fact;
+}
+
 Fact* LineReader::choice(std::initializer_list<std::string_view> texts, std::string_view key,
                          int deeper)
 {

@@ -39,6 +39,9 @@ public:
     /// The same where the value is known already.
     Fact* item_with(std::string_view label, std::string_view key, std::string_view value,
                     int deeper = 0);
+    /// The same where the value is one of these words.
+    Fact* word(std::string_view label, std::string_view key,
+               std::initializer_list<std::string_view> words, int deeper = 0);
     /// One of these texts, as a fact.
     Fact* choice(std::initializer_list<std::string_view> texts, std::string_view key,
                  int deeper = 0);

@@ -1,13 +1,18 @@
 #include "companion/report/reading/layout.h"
 #include "frame/text/format.h"
 #include "instrument/module_state.h"
+#include "instrument/presence.h"
 #include "instrument/status_words.h"
+#include "instrument/supply_output.h"
 #include "instrument/words.h"
 #include "protocol/report/hardware_text.h"
 #include "protocol/report/report_items.h"
 #include "protocol/report/report_texts.h"
 
+#include <algorithm>
 #include <initializer_list>
+#include <iterator>
+#include <limits>
 
 namespace companion
 {
@@ -26,10 +31,26 @@ constexpr Shape watts_or_off = {parse_number_or_off, "W"};
 constexpr Shape volts_or_off = {parse_number_or_off, "V"};
 constexpr Shape amperes = {parse_number, "A"};
 
+/// "COM3"
+bool parse_port(std::string_view text, const Shape&, Fact&)
+{
+    return companion::take(text, "COM") && take_number(text) && text.empty();
+}
+
+/// "CW07 2024"
+bool parse_week(std::string_view text, const Shape&, Fact&)
+{
+    return companion::take(text, "CW") && take_number(text) && companion::take(text, " ") &&
+           take_number(text) && text.empty();
+}
+
+/// The value of a fact; 0 where there is none, or none that fits.
 template <class Number>
 Number number_of(const Fact* fact)
 {
-    return fact != nullptr && fact->value ? static_cast<Number>(*fact->value) : Number{};
+    constexpr double largest{std::numeric_limits<Number>::max()};
+    const double value = fact != nullptr ? fact->value.value_or(0.0) : 0.0;
+    return value <= largest ? static_cast<Number>(value) : Number{};
 }
 
 // ---- Status words and flags ----
@@ -94,10 +115,7 @@ void flags(LineReader& reader, const char* title, const std::array<FlagField<Rec
     FieldKeys keys{key_of_label(title)};
     for (const FlagField<Record>& field : table) {
         const std::string_view label = bare_label(field.label);
-        const Fact* fact = reader.item(label, keys.next(label), shape::text, 1);
-        if (fact != nullptr && fact->text != bare(field.set.text) &&
-            fact->text != bare(field.clear.text))
-            reader.problem("neither of the words that belong here");
+        reader.word(label, keys.next(label), {bare(field.set.text), bare(field.clear.text)}, 1);
     }
 }
 
@@ -117,9 +135,10 @@ void leds(LineReader& reader, const char* title)
     bool on[3] = {};
     const char* const labels[] = {red, green, blue};
     for (std::size_t i = 0; i < std::size(labels); ++i) {
-        const Fact* fact =
-            reader.item(labels[i], std::string{"LED/"} + key_of_label(labels[i]), shape::text, 1);
-        on[i] = fact != nullptr && fact->text == bare(on_word.text);
+        const std::string on_text = bare(on_word.text);
+        const Fact* fact = reader.word(labels[i], std::string{"LED/"} + key_of_label(labels[i]),
+                                       {on_text, bare(off_word.text)}, 1);
+        on[i] = fact != nullptr && fact->text == on_text;
     }
     reader.item_with(color, "LED/color", led_color_name(on[0], on[1], on[2]), 1);
 }
@@ -145,7 +164,10 @@ void identification(LineReader& reader)
 UnitsFound::Slot kind(LineReader& reader, bool is_controller)
 {
     UnitsFound::Slot slot{.is_present = true};
-    slot.device_type = number_of<std::uint16_t>(reader.item(device_type, shape::code));
+    const Fact* type = reader.item(device_type, shape::code);
+    slot.device_type = number_of<std::uint16_t>(type);
+    if (type != nullptr && type->text != device_type_text(slot.device_type, is_controller))
+        reader.problem("the name of this device type contradicts its number");
     const Fact* fact = reader.item(hardware_type, shape::code);
     slot.hardware_type = number_of<std::uint32_t>(fact);
     const HardwareText expected = is_controller
@@ -165,8 +187,9 @@ void controller(LineReader& reader, UnitsFound& found)
     reader.prefix = "controller/";
     identification(reader);
     kind(reader, true);
-    reader.item(manufacturing_date, shape::text);
-    reader.item(device_enabled, shape::text);
+    reader.item(manufacturing_date, {parse_week});
+    reader.word(device_enabled, key_of_label(device_enabled),
+                {bare(yes_word.text), bare(no_word.text)});
     const Fact* word = reader.item(report_text::overall, shape::code);
     if (word != nullptr) {
         const auto state = number_of<std::uint16_t>(word);
@@ -215,6 +238,15 @@ bool comparison(LineReader& reader, std::string_view& rest, const std::string& k
     return verdict == (scanned == saved ? bare(ok_word.text) : bare(fail_word.text));
 }
 
+bool is_presence(std::string_view word)
+{
+    constexpr std::uint8_t any_other = 0xFF;
+    constexpr std::uint8_t all[] = {presence_flag::absent, presence_flag::present,
+                                    presence_flag::invalid, any_other};
+    return std::any_of(std::begin(all), std::end(all),
+                       [word](std::uint8_t flag) { return word == presence_text(flag); });
+}
+
 bool scan_row(LineReader& reader, unsigned address, const std::string& label)
 {
     reader.prefix = unit_key(address) + '/';
@@ -225,7 +257,7 @@ bool scan_row(LineReader& reader, unsigned address, const std::string& label)
     const std::string_view presence = rest.substr(0, rest.find(','));
     fact->text = presence;
     rest.remove_prefix(presence.size());
-    const bool is_good = companion::take(rest, ", P/N scanned:") &&
+    const bool is_good = is_presence(presence) && companion::take(rest, ", P/N scanned:") &&
                          comparison(reader, rest, "scan/product-number") &&
                          companion::take(rest, "   HW type scanned:") &&
                          comparison(reader, rest, "scan/hardware-type") && rest.empty();
@@ -237,7 +269,8 @@ bool scan_row(LineReader& reader, unsigned address, const std::string& label)
 void scan(LineReader& reader, UnitsFound& found)
 {
     reader.prefix = "controller/";
-    reader.item(module_state, "module-scan", shape::text);
+    reader.word(module_state, "module-scan",
+                {bare(scan_state_word(true).text), bare(scan_state_word(false).text)});
     for (unsigned slot = 0; slot < found.slots.size(); ++slot) {
         const std::string label = slot_text(slot);
         if (slot <= highest_slot || reader.is_next(label))
@@ -264,8 +297,10 @@ void hv_supply_data(LineReader& reader)
 {
     reader.item(target_voltage, volts_or_off);
     reader.line(std::string{channels} + ':');
-    reader.item(voltage_channel, "channels/voltage", shape::text, 1);
-    reader.item(current_channel, "channels/current", shape::text, 1);
+    constexpr MeasurementRanges one{.negative = 0, .high = 0}, other{.negative = 1, .high = 1};
+    reader.word(voltage_channel, "channels/voltage", {one.polarity(), other.polarity()}, 1);
+    reader.word(current_channel, "channels/current", {one.current_range(), other.current_range()},
+                1);
 }
 
 void unit(LineReader& reader, unsigned address, UnitsFound::Slot& slot, UnitsFound& found)
@@ -281,8 +316,9 @@ void unit(LineReader& reader, unsigned address, UnitsFound::Slot& slot, UnitsFou
         !is_base && address != heat_controller && slot.device_type == module_type::hv_supply;
     if (is_supply)
         reader.item(fpga_version, shape::version);
-    reader.item(manufacturing_date, shape::text);
-    reader.item(activation_state, shape::text);
+    reader.item(manufacturing_date, {parse_week});
+    reader.word(activation_state, key_of_label(activation_state),
+                {bare(on_word.text), bare(off_word.text)});
     leds(reader, report_text::leds);
     status_word(reader, module_state, 16, {module_state_fields_of(address)});
     if (address == heat_controller && slot.device_type == module_type::heat_controller)
@@ -309,11 +345,11 @@ std::string unit_key(unsigned address)
 void read_product_data(LineReader& reader, UnitsFound& found)
 {
     reader.prefix = "run/";
-    reader.begins(created_on, "created", shape::text);
+    reader.begins(created_on, "created", shape::created);
     reader.blank();
     reader.item(dll_version, "library-version", shape::version);
     reader.blank();
-    reader.item(communication_port, "port", shape::text);
+    reader.item(communication_port, "port", {parse_port});
     reader.item(data_rate, "data-rate", baud, 1);
     reader.blank();
     controller(reader, found);

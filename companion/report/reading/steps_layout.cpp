@@ -47,9 +47,7 @@ void fan(LineReader& reader)
 {
     const auto rpm = statistics(quantity::rpm, series::fan.count);
     reader.line(std::string{fan_data} + ':');
-    const Fact* fact = reader.item(state, "fan/state", shape::text, 1);
-    if (fact != nullptr && fact->text != fan_good && fact->text != fan_failed)
-        reader.problem("neither of the words that belong here");
+    reader.word(state, "fan/state", {fan_good, fan_failed}, 1);
     reader.item("speed set", "fan/speed-set", rpm, 1);
     reader.item("measured", "fan/measured", rpm, 1);
     reader.item("PWM control", "fan/PWM-control",
