@@ -34,6 +34,10 @@ inline constexpr const char* housekeeping_values =
     "C  PSU:   -1.0\xC2\xB0"
     "C\n";
 
+/// What the program says at its end, and where the acceptance test has restored the settings.
+inline constexpr const char* completed = "Program completed";
+inline constexpr const char* settings_restored = "Current configuration data has been restored";
+
 /// The program's own trace (switch -G) tells of this call.
 [[nodiscard]] bool was_called(const ControllerRun& run, std::string_view function);
 

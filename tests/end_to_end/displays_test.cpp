@@ -15,7 +15,6 @@ namespace
 {
 
 constexpr const char* opened = "COM3 opened for the communication stream\n";
-constexpr const char* completed = "Program completed\n";
 constexpr const char* marked_values =
     "  Voltages:  24V: {W}24.000V  {.}5V0: {C}4.800V  {.}3V3: {M}3.400V  {.}"
     "Temperature CPU:  {M}+65.5\xC2\xB0"
@@ -66,7 +65,8 @@ TEST(Display, StandsWhereItBelongs)
         }
         terminal.type("\033");
         EXPECT_EQ(terminal.exit_status(), 0);
-        EXPECT_EQ(transcript(terminal.screen), before + opened + display(size.columns) + completed);
+        EXPECT_EQ(transcript(terminal.screen),
+                  before + opened + display(size.columns) + completed + '\n');
         EXPECT_EQ(terminal.screen.cursor().column, 1);
         EXPECT_EQ(terminal.screen.cursor_hidings(), 1);
         expect_terminal_restored(terminal);
@@ -108,7 +108,7 @@ TEST(Resize, ShowsMoreOrLessOfTheSameLines)
     EXPECT_EQ(terminal.exit_status(), 0);
     // The last key is echoed two rows above the display's header.
     EXPECT_EQ(transcript(terminal.screen), "COM3 opened for the communication stream01Bh\n" + type +
-                                               '\n' + display(160) + completed);
+                                               '\n' + display(160) + completed + '\n');
     expect_terminal_restored(terminal);
 }
 

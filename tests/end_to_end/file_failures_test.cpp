@@ -5,18 +5,11 @@
 #include "tests/support/full_disk.h"
 #include "tests/support/temporary_file.h"
 
-#include <algorithm>
-#include <array>
 #include <csignal>
 #include <cstdio>
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
-#ifndef KOV_UNDER_WINE
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
 
 using testing::ContainsRegex;
 using testing::EndsWith;
@@ -190,34 +183,6 @@ TEST_P(FileFailures, InEachCall)
 
 INSTANTIATE_TEST_SUITE_P(Writing, FileFailures, testing::ValuesIn(writing));
 INSTANTIATE_TEST_SUITE_P(Reading, FileFailures, testing::ValuesIn(reading));
-#endif
-
-#ifndef KOV_UNDER_WINE
-// ---- A report that is written to a pipe whose reader takes nothing ----
-
-class StuckReader
-{
-public:
-    explicit StuckReader(const std::string& name)
-    {
-        EXPECT_EQ(mkfifo(name.c_str(), 0600), 0);
-        descriptor_ = open(name.c_str(), O_RDWR | O_NONBLOCK);
-        EXPECT_GE(fcntl(descriptor_, F_SETPIPE_SZ, 4096), 0);
-    }
-    ~StuckReader() { close(descriptor_); }
-    StuckReader(const StuckReader&) = delete;
-    StuckReader& operator=(const StuckReader&) = delete;
-
-    std::string take()
-    {
-        std::array<char, 4096> bytes{};
-        const ssize_t count = read(descriptor_, bytes.data(), bytes.size());
-        return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
-    }
-
-private:
-    int descriptor_;
-};
 
 TEST(StuckReport, IsGivenUpAndTheOneBeforeKept)
 {
@@ -238,41 +203,6 @@ TEST(StuckReport, IsGivenUpAndTheOneBeforeKept)
                               "The file before is kept as 'report~'\n"
                               "Cannot close the data file report\n"));
     EXPECT_EQ(contents(run.folder + "/report~"), "an older report\n");
-}
-
-TEST(StuckReport, KeepsNoSettingsFromBeingRestored)
-{
-    for (const bool is_read_at_last : {true, false}) {
-        SCOPED_TRACE(is_read_at_last);
-        ControllerRun run{"3 -UY -HT50 -xs before -T", "uptime 200\n"};
-        run.environment["KOV_SIMULATOR_STATE"] = run.folder + "/state";
-        run.size = {.columns = 140, .rows = 60};
-        EXPECT_EQ(PseudoTerminal{run}.exit_status(), 0);
-        {
-            StuckReader reader{run.folder + "/report"};
-            run.set_command_line("3 -G -R report -T");
-            PseudoTerminal terminal{run};
-            ASSERT_TRUE(terminal.wait_until([&] { return was_called(run, "SetEnable"); }));
-            terminal.send_signal(SIGTERM);
-            ASSERT_TRUE(terminal.shows("State of the instrument: settings restored"));
-            std::string report;
-            if (is_read_at_last) {
-                EXPECT_TRUE(terminal.wait_until([&] {
-                    report += reader.take();
-                    return terminal.has_ended();
-                }));
-            }
-            EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
-            const bool told = terminal.screen.screen().find("Cannot close the data file report") !=
-                              std::string::npos;
-            EXPECT_NE(told, is_read_at_last);
-            report += reader.take();
-            EXPECT_EQ(testing::Value(report, EndsWith("\tsettings restored\n")), is_read_at_last);
-        }
-        run.set_command_line("3 -xs after -T");
-        EXPECT_EQ(PseudoTerminal{run}.exit_status(), 0);
-        EXPECT_EQ(contents(run.folder + "/before"), contents(run.folder + "/after"));
-    }
 }
 #endif
 

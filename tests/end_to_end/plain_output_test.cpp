@@ -7,10 +7,12 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
+#include <vector>
 
 using Stream = Launch::Stream;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace
 {
@@ -23,10 +25,9 @@ TEST(PlainOutput, HasEachLineOnceInItsFinalForm)
         run.output = Stream::pipe;
         PseudoTerminal terminal{run};
         EXPECT_EQ(terminal.exit_status(), 0);
-        EXPECT_EQ(terminal.piped_out(), "COM3 opened for the communication stream\n"
-                                        "Device housekeeping:\n" +
-                                            std::string{housekeeping_values} +
-                                            "Program completed\n");
+        EXPECT_EQ(terminal.piped_out(),
+                  std::string{"COM3 opened for the communication stream\nDevice housekeeping:\n"} +
+                      housekeeping_values + completed + '\n');
         EXPECT_EQ(terminal.terminal_bytes(), "");
         expect_terminal_restored(terminal);
     }
@@ -110,6 +111,82 @@ TEST(PlainOutput, EndsWhenNobodyReadsIt)
         EXPECT_EQ(was_called(run, "GetHousekeeping"), output == Stream::pipe);
         EXPECT_FALSE(was_called(run, "GetProductID"));
         expect_terminal_restored(terminal);
+    }
+}
+
+TEST(RedirectedOutput, KeepsWhatIsThereWhateverEndsTheProgram)
+{
+    const struct {
+        const char* switches;
+        const char* shown; ///< by the calls that were made
+        std::vector<int> signals;
+    } cases[] = {
+        {"-PE -pk", "", {0}},
+        {"-PE -PK", "GetHousekeeping", {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGUSR1}},
+        {"-R report", "SetEnable", {SIGINT, SIGTERM}},
+    };
+    for (const auto& [switches, shown, signals] : cases) {
+        for (const int number : signals) {
+            for (const Stream output : {Stream::file, Stream::new_file}) {
+                SCOPED_TRACE(std::string{switches} + ' ' + std::to_string(number));
+                ControllerRun run{std::string{"3 -G "} + switches + " -T", "uptime 200\n"};
+                run.output = output;
+                run.output_file = run.folder + "/out";
+                write_file(run.output_file, "yesterday\n");
+                PseudoTerminal terminal{run};
+                if (number != 0) {
+                    ASSERT_TRUE(terminal.wait_until(
+                        [&, call = std::string{shown}] { return was_called(run, call); }));
+                    terminal.send_signal(number);
+                }
+                EXPECT_EQ(terminal.exit_status(), number == 0 ? 0 : 128 + number);
+                const std::string begin = output == Stream::file ? "yesterday\n" : "";
+                const std::string text = contents(run.output_file);
+                EXPECT_THAT(text, StartsWith(begin + "Checking DLL Version...\n"));
+                EXPECT_THAT(text, EndsWith(std::string{completed} + "\n"));
+                EXPECT_EQ(text.find('\0'), std::string::npos);
+            }
+        }
+    }
+}
+
+TEST(RedirectedOutput, ToAFullDiskKeepsNoCommandFromItsTurn)
+{
+    ControllerRun run{"3 -G -MA0 n -HT-1 -UN -T"};
+    run.output = Stream::file;
+    run.output_file = "/dev/full";
+    PseudoTerminal terminal{run};
+    EXPECT_EQ(terminal.exit_status(), 1);
+    EXPECT_EQ(terminal.screen.row(1), "Error writing standard output: No space left on device");
+    for (const char* function :
+         {"SetModuleActivationState", "SetHeatCtrlHeaterTemperature", "SetEnable", "Close"})
+        EXPECT_TRUE(was_called(run, function)) << function;
+}
+
+TEST(RedirectedOutput, ThatNobodyTakesKeepsTheProgramFromNoEnd)
+{
+    const struct {
+        const char* switches;
+        const char* at_work; ///< when this has been called
+        const char* cleaned_up;
+    } cases[] = {
+        {"-PK", "GetHousekeeping", "Close"},
+        {"-HS data -PK", "GetHeatCtrlMonitoring", "Close"},
+        {"-R report", "SetEnable", "SetCurrentConfig"},
+    };
+    for (const auto& [switches, at_work, cleaned_up] : cases) {
+        SCOPED_TRACE(switches);
+        ControllerRun run{std::string{"3 -G "} + switches + " -T", "uptime 200\n"};
+        run.output = Stream::pipe;
+        PseudoTerminal terminal{run};
+        ASSERT_TRUE(terminal.wait_until(
+            [&, call = std::string{at_work}] { return was_called(run, call); }));
+        terminal.fill_output_pipe();
+        terminal.send_signal(SIGTERM);
+        ASSERT_TRUE(terminal.wait_until([&] { return terminal.has_ended(); }));
+        EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
+        EXPECT_TRUE(was_called(run, cleaned_up));
+        EXPECT_TRUE(was_called(run, "Close"));
     }
 }
 

@@ -1,30 +1,21 @@
 // However the program ends, it closes the port and leaves the terminal as it found it.
 #include "tests/end_to_end/controller_run.h"
 
-#include <array>
 #include <csignal>
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <set>
 #include <sstream>
 #include <string>
-#include <sys/ioctl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <vector>
 
 using testing::AnyOf;
 using testing::ContainsRegex;
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
-using testing::StartsWith;
 
 namespace
 {
-
-constexpr const char* completed = "Program completed";
 
 TEST(WayOut, OfADisplayLeavesTheTerminalAsItWas)
 {
@@ -101,12 +92,7 @@ TEST(WayOut, IsToldAndTakenWhenACallBlocks)
     ASSERT_TRUE(terminal.shows(waiting_notice));
     EXPECT_THAT(terminal.screen.screen(),
                 ContainsRegex("\\.[0-9] s; Ctrl-C again leaves the instrument as it is\n"));
-    // A repeat within half a second is the same wish: go on until it has ended.
-    ASSERT_TRUE(terminal.wait_until([&] {
-        terminal.send_signal(SIGINT);
-        return terminal.has_ended();
-    }));
-    EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
+    EXPECT_EQ(terminal.status_after_repeated(SIGINT), 128 + SIGINT);
     EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr(completed)));
     expect_terminal_restored(terminal);
 }
@@ -121,85 +107,6 @@ TEST(WayOut, IsInOrderWhenSignalsComeTogether)
     EXPECT_GT(terminal.exit_status(), 128); // any of them may be taken first
     EXPECT_TRUE(was_called(run, "Close"));
     expect_terminal_restored(terminal);
-}
-
-// ---- Output that is no terminal ----
-
-TEST(RedirectedOutput, KeepsWhatIsThereWhateverEndsTheProgram)
-{
-    const struct {
-        const char* switches;
-        const char* shown; ///< by the calls that were made
-        std::vector<int> signals;
-    } cases[] = {
-        {"-PE -pk", "", {0}},
-        {"-PE -PK", "GetHousekeeping", {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGUSR1}},
-        {"-R report", "SetEnable", {SIGINT, SIGTERM}},
-    };
-    using Stream = Launch::Stream;
-    for (const auto& [switches, shown, signals] : cases) {
-        for (const int number : signals) {
-            for (const Stream output : {Stream::file, Stream::new_file}) {
-                SCOPED_TRACE(std::string{switches} + ' ' + std::to_string(number));
-                ControllerRun run{std::string{"3 -G "} + switches + " -T", "uptime 200\n"};
-                run.output = output;
-                run.output_file = run.folder + "/out";
-                write_file(run.output_file, "yesterday\n");
-                PseudoTerminal terminal{run};
-                if (number != 0) {
-                    ASSERT_TRUE(terminal.wait_until(
-                        [&, call = std::string{shown}] { return was_called(run, call); }));
-                    terminal.send_signal(number);
-                }
-                EXPECT_EQ(terminal.exit_status(), number == 0 ? 0 : 128 + number);
-                const std::string begin = output == Stream::file ? "yesterday\n" : "";
-                const std::string text = contents(run.output_file);
-                EXPECT_THAT(text, StartsWith(begin + "Checking DLL Version...\n"));
-                EXPECT_THAT(text, EndsWith(std::string{completed} + "\n"));
-                EXPECT_EQ(text.find('\0'), std::string::npos);
-            }
-        }
-    }
-}
-
-TEST(RedirectedOutput, ToAFullDiskKeepsNoCommandFromItsTurn)
-{
-    ControllerRun run{"3 -G -MA0 n -HT-1 -UN -T"};
-    run.output = Launch::Stream::file;
-    run.output_file = "/dev/full";
-    PseudoTerminal terminal{run};
-    EXPECT_EQ(terminal.exit_status(), 1);
-    EXPECT_EQ(terminal.screen.row(1), "Error writing standard output: No space left on device");
-    for (const char* function :
-         {"SetModuleActivationState", "SetHeatCtrlHeaterTemperature", "SetEnable", "Close"})
-        EXPECT_TRUE(was_called(run, function)) << function;
-}
-
-TEST(RedirectedOutput, ThatNobodyTakesKeepsTheProgramFromNoEnd)
-{
-    const struct {
-        const char* switches;
-        const char* at_work; ///< when this has been called
-        const char* cleaned_up;
-    } cases[] = {
-        {"-PK", "GetHousekeeping", "Close"},
-        {"-HS data -PK", "GetHeatCtrlMonitoring", "Close"},
-        {"-R report", "SetEnable", "SetCurrentConfig"},
-    };
-    for (const auto& [switches, at_work, cleaned_up] : cases) {
-        SCOPED_TRACE(switches);
-        ControllerRun run{std::string{"3 -G "} + switches + " -T", "uptime 200\n"};
-        run.output = Launch::Stream::pipe;
-        PseudoTerminal terminal{run};
-        ASSERT_TRUE(terminal.wait_until(
-            [&, call = std::string{at_work}] { return was_called(run, call); }));
-        terminal.fill_output_pipe();
-        terminal.send_signal(SIGTERM);
-        ASSERT_TRUE(terminal.wait_until([&] { return terminal.has_ended(); }));
-        EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
-        EXPECT_TRUE(was_called(run, cleaned_up));
-        EXPECT_TRUE(was_called(run, "Close"));
-    }
 }
 
 // ---- Whatever holds the screen or waits, and whatever comes in between ----
@@ -382,83 +289,6 @@ TEST(Suspended, LosesNoLineAndSendsNoneLate)
     EXPECT_LE(shown, count + 2); // the last line is shown again
 }
 
-// ---- While settings are changed ----
-
-/// The acceptance test, with outputs on.
-struct SettingsChanged : ControllerRun {
-    explicit SettingsChanged(const char* scenario = "")
-        : ControllerRun{"3 -G -R report -T", std::string{"uptime 200\n"} + scenario}
-    {
-        size = {.columns = 140, .rows = 60};
-    }
-
-    [[nodiscard]] bool are_changed(PseudoTerminal& terminal, const char* call = "SetEnable") const
-    {
-        return terminal.wait_until([&] { return was_called(*this, call); });
-    }
-};
-
-constexpr const char* restored = "Current configuration data has been restored";
-
-TEST(SettingsChanged, AreNotLeftSoByCtrlZ)
-{
-    const SettingsChanged run;
-    PseudoTerminal terminal{run};
-    ASSERT_TRUE(run.are_changed(terminal));
-    terminal.type("\032");
-    ASSERT_TRUE(terminal.shows("Not stopped: outputs would stay on. Ctrl-C ends the run"));
-    terminal.type("\003");
-    EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
-    EXPECT_THAT(terminal.screen.screen(), HasSubstr(restored));
-    expect_terminal_restored(terminal);
-}
-
-/// Asks for the end until it comes.
-void leave_blocked_test(PseudoTerminal& terminal)
-{
-    ASSERT_TRUE(terminal.shows("abling the device..."));
-    terminal.send_signal(SIGTERM);
-    ASSERT_TRUE(terminal.shows("; outputs may still be on, Ctrl-C again leaves them so"));
-    ASSERT_TRUE(terminal.wait_until([&] {
-        terminal.send_signal(SIGINT);
-        return terminal.has_ended();
-    }));
-    EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
-    EXPECT_THAT(terminal.screen.screen(),
-                HasSubstr("Settings are not restored, outputs may still be on!"));
-    expect_terminal_restored(terminal);
-}
-
-TEST(SettingsChanged, AreLeftSoOnlyAfterAWarning)
-{
-    const SettingsChanged run{"block SetEnable at 1 for 600000\n"};
-    const std::string report = run.folder + "/report";
-    write_file(report, "an older report\n");
-    PseudoTerminal terminal{run};
-    leave_blocked_test(terminal);
-    EXPECT_THAT(terminal.screen.screen(), HasSubstr("!\n\nThe file before is kept as 'report~'\n"));
-    EXPECT_EQ(contents(report + '~'), "an older report\n");
-    EXPECT_THAT(contents(report),
-                ContainsRegex("abling the device...\n\n"
-                              "First error:\tCOM_KOV_CTRL_SetEnable: no answer\n\n"
-                              "\\*\\*\\* Test protocol aborted due to an error \\*\\*\\*\n"
-                              "State of the instrument:\tUNKNOWN, OUTPUTS MAY STILL BE ON! The "
-                              "settings could not be restored\n$"));
-}
-
-TEST(SettingsChanged, AreLeftSoAlsoWhenTheReportIsNotTaken)
-{
-    const SettingsChanged run{"block SetEnable at 1 for 600000\n"};
-    const std::string report = run.folder + "/report";
-    ASSERT_EQ(mkfifo(report.c_str(), 0600), 0);
-    const int pipe = open(report.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC); // nobody reads
-    while (write(pipe, "12345678", 8) == 8) {
-    }
-    PseudoTerminal terminal{run};
-    leave_blocked_test(terminal);
-    close(pipe);
-}
-
 TEST(Background, TakesNoKeyAndIsNotStopped)
 {
     for (const char* switches : {"-R report", "-PK"}) {
@@ -479,135 +309,9 @@ TEST(Background, TakesNoKeyAndIsNotStopped)
         } else {
             terminal.send_signal(SIGTERM);
             EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
-            EXPECT_THAT(terminal.piped_out(), HasSubstr(restored));
+            EXPECT_THAT(terminal.piped_out(), HasSubstr(settings_restored));
         }
         expect_terminal_restored(terminal);
-    }
-}
-
-TEST(SlowPipe, IsWrittenToItsEndWhateverSignalComes)
-{
-    for (const int signal : {SIGWINCH, SIGCONT, SIGINT}) {
-        SCOPED_TRACE(signal);
-        const bool stops = signal == SIGINT;
-        const ControllerRun run{"3 -y pipe -T", "latency 0\n"};
-        const std::string pipe_name = run.folder + "/pipe";
-        ASSERT_EQ(mkfifo(pipe_name.c_str(), 0600), 0);
-        const int pipe = open(pipe_name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-        PseudoTerminal terminal{run};
-        const int full = fcntl(pipe, F_GETPIPE_SZ);
-        int waiting = 0;
-        int looks = 0; // the program is waiting for the reader when the pipe stays full
-        ASSERT_TRUE(terminal.wait_until([&] {
-            looks = ioctl(pipe, FIONREAD, &waiting) == 0 && waiting == full ? looks + 1 : 0;
-            return looks == 5;
-        }));
-        terminal.send_signal(signal);
-        std::array<char, 4096> bytes;
-        EXPECT_TRUE(terminal.wait_until([&] {
-            while (--looks < 0 && read(pipe, bytes.data(), bytes.size()) > 0) {
-            }
-            return terminal.has_ended();
-        }));
-        close(pipe);
-        EXPECT_EQ(terminal.exit_status(), stops ? 128 + SIGINT : 0);
-        EXPECT_THAT(terminal.screen.screen(), HasSubstr(stops ? "stopped at address" : "saved to"));
-        EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("Error")));
-    }
-}
-
-/// The write of a pipe that is full already, to a disk or to a reader that hangs.
-TEST(SlowPipe, IsToldWhenItKeepsTheProgramFromItsEnd)
-{
-    ControllerRun run{"3 -y pipe -T", "latency 0\n"};
-    run.size = {.columns = 140, .rows = 25};
-    const std::string pipe_name = run.folder + "/pipe";
-    ASSERT_EQ(mkfifo(pipe_name.c_str(), 0600), 0);
-    const int pipe = open(pipe_name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    PseudoTerminal terminal{run};
-    const int full = fcntl(pipe, F_GETPIPE_SZ);
-    int waiting = 0;
-    ASSERT_TRUE(terminal.wait_until(
-        [&] { return ioctl(pipe, FIONREAD, &waiting) == 0 && waiting == full; }));
-    terminal.send_signal(SIGINT);
-    ASSERT_TRUE(terminal.shows("Waiting for a file to take what is written since "));
-    EXPECT_THAT(terminal.screen.screen(), HasSubstr(" s; Ctrl-C again ends the program at once\n"));
-    ASSERT_TRUE(terminal.wait_until([&] {
-        terminal.send_signal(SIGINT);
-        return terminal.has_ended();
-    }));
-    close(pipe);
-    EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
-    EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr(completed)));
-    expect_terminal_restored(terminal);
-}
-
-TEST(SlowPipe, IsWaitedForUntilSomebodyReadsIt)
-{
-    for (const char* letters : {"-xs", "-y", "-R"}) {
-        for (const bool stopped : {false, true}) {
-            SCOPED_TRACE(std::string{letters} + (stopped ? " stopped" : ""));
-            const ControllerRun run{"3 " + std::string{letters} + " pipe -T",
-                                    "latency 0\nstate.overall 11h\n"};
-            const std::string pipe_name = run.folder + "/pipe";
-            ASSERT_EQ(mkfifo(pipe_name.c_str(), 0600), 0);
-            PseudoTerminal terminal{run};
-            ASSERT_TRUE(terminal.shows("Waiting for somebody to read the pipe 'pipe'; Ctrl-C "));
-            if (stopped) {
-                terminal.send_signal(SIGINT);
-                EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
-                EXPECT_THAT(terminal.screen.screen(), HasSubstr("interrupted\n"));
-                EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("annot open")));
-                continue;
-            }
-            const int pipe = open(pipe_name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-            std::array<char, 4096> bytes;
-            ssize_t count = 0, all = 0;
-            EXPECT_TRUE(terminal.wait_until([&] {
-                while ((count = read(pipe, bytes.data(), bytes.size())) > 0)
-                    all += count;
-                return terminal.has_ended();
-            }));
-            close(pipe);
-            EXPECT_EQ(terminal.exit_status(), 0);
-            EXPECT_GT(all, 500);
-        }
-    }
-}
-
-TEST(SlowPipe, IsReadToItsEndUnlessTheProgramIsAskedToEnd)
-{
-    std::signal(SIGPIPE, SIG_IGN); // a reader that ends early fails the write
-    for (const bool stopped : {false, true}) {
-        SCOPED_TRACE(stopped);
-        const ControllerRun run{"3 -G -Y pipe -T", "latency 0\n"};
-        const std::string pipe_name = run.folder + "/pipe";
-        ASSERT_EQ(mkfifo(pipe_name.c_str(), 0600), 0);
-        PseudoTerminal terminal{run};
-        ASSERT_TRUE(terminal.shows("Restore memory data?"));
-        terminal.type("y");
-        ASSERT_TRUE(terminal.shows("proceed?"));
-        terminal.type("y");
-        const int pipe = open(pipe_name.c_str(), O_WRONLY | O_CLOEXEC); // waits for the reader
-        std::string image; // up to the end of the last block
-        for (int i = 0; i < 0x400A0; ++i)
-            image += "12\n";
-        const std::size_t first = 1000;
-        EXPECT_EQ(write(pipe, image.data(), first), 1000);
-        ASSERT_TRUE(terminal.shows("address: 00000h"));
-        int looks = 0; // the program waits for more by then
-        EXPECT_TRUE(terminal.wait_until([&] { return ++looks == 5; }));
-        terminal.resize({100, 30});
-        EXPECT_TRUE(terminal.wait_until([&] { return ++looks == 10; }));
-        if (stopped)
-            terminal.send_signal(SIGTERM);
-        else
-            EXPECT_GT(write(pipe, image.data() + first, image.size() - first), 0);
-        close(pipe);
-        EXPECT_EQ(terminal.exit_status(), stopped ? 128 + SIGTERM : 0);
-        EXPECT_THAT(terminal.screen.screen(), HasSubstr(stopped ? "interrupted" : "loaded from"));
-        EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("Error")));
-        EXPECT_TRUE(was_called(run, "Close"));
     }
 }
 

@@ -287,6 +287,15 @@ int PseudoTerminal::exit_status()
     return WIFEXITED(status_) ? WEXITSTATUS(status_) : -WTERMSIG(status_);
 }
 
+int PseudoTerminal::status_after_repeated(int signal)
+{
+    (void)wait_until([this, signal] {
+        send_signal(signal);
+        return ended_;
+    });
+    return exit_status();
+}
+
 bool PseudoTerminal::is_waiting_for_terminal() const
 {
     const auto deadline = std::chrono::steady_clock::now() + patience;

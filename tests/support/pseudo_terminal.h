@@ -63,6 +63,10 @@ public:
     /// of the signal that killed it. A program that hangs is killed with SIGKILL.
     [[nodiscard]] int exit_status();
 
+    /// Sends a signal until the program has ended: its exit status. One repeat is not enough, since
+    /// within half a second it is the same wish.
+    [[nodiscard]] int status_after_repeated(int signal);
+
     void type(std::string_view bytes);
     /// Waits until the program has read what was typed.
     [[nodiscard]] bool keys_are_taken();
