@@ -28,7 +28,10 @@ test_windows() {
     echo "Starting Wine..." >&2
     mkdir -p "$WINEPREFIX"
     "$server" -p
-    timeout 120 "$KOV_WINE" cmd /c exit 2>/dev/null
+    timeout 120 "$KOV_WINE" cmd /c exit 2>/dev/null || {
+        echo "Wine does not start. Remove $WINEPREFIX and try again; without the tests, tools/check-zip.sh builds for Windows." >&2
+        return 1
+    }
     run_tests windows
     echo "Testing the Windows program in its console..." >&2
     timeout 600 "$source_folder/build/debug/tests/windows_tests" --gtest_brief=1
@@ -37,6 +40,15 @@ test_windows() {
 }
 
 need_tools "${build_tools[@]}" "${companion_tools[@]}" "${test_tools[@]}"
+for preset in "$@"; do
+    case $preset in
+    debug | sanitize | windows) ;;
+    *)
+        echo "Usage: ./test.sh [debug] [sanitize] [windows]" >&2
+        exit 2
+        ;;
+    esac
+done
 [ $# -gt 0 ] || set -- debug sanitize
 for preset in "$@"; do
     if [ "$preset" = windows ]; then

@@ -15,7 +15,10 @@ folders=(bench companion config controller devlib diagnostics frame instrument i
 
 check_layout() {
     need_tools "${format_tools[@]}"
-    find "${folders[@]}" -name '*.cpp' -o -name '*.h' | xargs clang-format-14 --dry-run -Werror
+    find "${folders[@]}" -name '*.cpp' -o -name '*.h' | xargs clang-format-14 --dry-run -Werror || {
+        echo "clang-format-14 -i FILE puts the layout right." >&2
+        exit 1
+    }
     mandoc -Tlint -Wwarning docs/KOV-Controller.1 docs/kov.1
 }
 
@@ -89,10 +92,14 @@ changed)
     prepare_analysis
     check_changed
     ;;
-*)
+all)
     check_layout
     prepare_analysis
     check_all
+    ;;
+*)
+    echo "Usage: tools/check-code.sh [quick|changed]" >&2
+    exit 2
     ;;
 esac
 echo "Nothing found."

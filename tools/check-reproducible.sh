@@ -17,5 +17,8 @@ for copy in "$folder/one" "$folder/another/one/further/down"; do
     packages+=("$("$copy/tools/package.sh")")
 done
 sha256sum "${packages[@]}"
-cmp "${packages[@]}"
+cmp "${packages[@]}" || {
+    echo "The packages differ: a file holds a time or the path of its folder." >&2
+    exit 1
+}
 echo "Both packages are identical."

@@ -43,7 +43,8 @@ done
 wine=${wine_tools[0]% *}
 if is_there "$wine"; then
     output=$(WINEPREFIX=$source_folder/build/windows/wine WINEDEBUG=-all KOV_SIMULATOR_STATE=none \
-        WINEDLLOVERRIDES=mscoree,mshtml= timeout 120 "$wine" KOV-Controller.exe 3 -p -T </dev/null 2>/dev/null)
+        WINEDLLOVERRIDES=mscoree,mshtml= timeout 120 "$wine" KOV-Controller.exe 3 -p -T </dev/null 2>/dev/null) ||
+        fail "the unpacked program ended with status $?"
     grep -q '^Product identification: KOV-CTRL, ' <<<"$output" ||
         fail "the unpacked program printed: $output"
     verdict=$(WINEPREFIX=$source_folder/build/windows/wine WINEDEBUG=-all timeout 120 "$wine" kov.exe report \

@@ -1,5 +1,9 @@
 # Shared by run.sh, test.sh and the scripts in tools/: installing the tools of a build, and building.
 
+# What ends a script without a message of its own is told with its place.
+set -E
+trap 'echo "${BASH_SOURCE[0]##*/}, line $LINENO: this failed with status $?" >&2' ERR
+
 source_folder=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # Each entry is a command or file, and the Debian package that has it.
