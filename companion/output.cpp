@@ -41,7 +41,7 @@ void Printer::print(std::string_view text)
     if (outside_.has_utf8)
         buffer_ += text;
     else
-        buffer_ += ascii_signs(text);
+        buffer_ += plain_signs(text);
     constexpr std::size_t much = 1 << 16;
     if (buffer_.size() > much)
         (void)flush();
@@ -58,7 +58,7 @@ void Printer::print(Color color, std::string_view text)
 
 std::size_t Printer::columns_of(std::string_view text) const
 {
-    const std::string shown = outside_.has_utf8 ? std::string{text} : ascii_signs(text);
+    const std::string shown = outside_.has_utf8 ? std::string{text} : plain_signs(text);
     return static_cast<std::size_t>(std::count_if(shown.begin(), shown.end(), [](char c) {
         return (static_cast<unsigned char>(c) & 0xC0) != 0x80; // the begin of a character
     }));

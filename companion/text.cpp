@@ -2,12 +2,9 @@
 
 #include "companion/utf8.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <iterator>
-#include <utility>
 
 namespace companion
 {
@@ -61,20 +58,17 @@ std::string valid_utf8(std::string_view text)
     return valid;
 }
 
-std::string ascii_signs(std::string_view text)
+std::string plain_signs(std::string_view given)
 {
-    constexpr std::pair<std::string_view, std::string_view> signs[] = {
-        {"\u00B0", "deg"}, {"\u00B1", "+-"}, {"\u00B5", "u"}, {"\u03A9", "Ohm"}};
-    std::string ascii;
-    while (!text.empty()) {
-        const auto sign =
-            std::find_if(std::begin(signs), std::end(signs),
-                         [text](const auto& each) { return text.starts_with(each.first); });
-        const bool is_sign = sign != std::end(signs);
-        ascii += is_sign ? sign->second : text.substr(0, 1);
-        text.remove_prefix(is_sign ? sign->first.size() : 1);
+    constexpr struct {
+        std::string_view sign, plain;
+    } signs[] = {{"\u00B1", "+-"}, {"\u00B0", "deg"}, {"\u03A9", "Ohm"}, {"\u00B5", "u"}};
+    std::string text{given};
+    for (const auto& [sign, plain] : signs) {
+        for (std::size_t at = text.find(sign); at != std::string::npos; at = text.find(sign))
+            text.replace(at, sign.size(), plain);
     }
-    return ascii;
+    return text;
 }
 
 std::string escaped_markup(std::string_view text)

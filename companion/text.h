@@ -18,8 +18,9 @@ namespace companion
 /// A text of the user's (a file name, a reason) as valid UTF-8: what is none becomes '?'.
 [[nodiscard]] std::string valid_utf8(std::string_view text);
 
-/// UTF-8 with the signs of units and tolerances in ASCII ("deg", "+-", "u", "Ohm"). All else stays.
-[[nodiscard]] std::string ascii_signs(std::string_view text);
+/// UTF-8 in which signs that a keyboard or a terminal may lack have their form of plain characters
+/// ("deg", "+-", "u", "Ohm"), as words of rules have them. All else stays.
+[[nodiscard]] std::string plain_signs(std::string_view text);
 
 /// Takes exactly these characters off the begin of a text.
 [[nodiscard]] bool take(std::string_view& text, std::string_view expected);

@@ -88,24 +88,6 @@ std::optional<double> unit_ratio(std::string_view from, std::string_view to)
 
 // ---- Reading ----
 
-std::string plain_signs(std::string_view given)
-{
-    constexpr struct {
-        std::string_view sign, plain;
-    } signs[] = {{"\xC2\xB1", "+-"},
-                 {"\xC2\xB0"
-                  "C",
-                  "degC"},
-                 {"\xCE\xA9", "Ohm"},
-                 {"\xC2\xB5", "u"}};
-    std::string text{given};
-    for (const auto& [sign, plain] : signs) {
-        for (std::size_t at = text.find(sign); at != std::string::npos; at = text.find(sign))
-            text.replace(at, sign.size(), plain);
-    }
-    return text;
-}
-
 namespace
 {
 

@@ -98,10 +98,6 @@ private:
 /// The patterns of a user's limits that are worth a note when they fit nothing.
 [[nodiscard]] std::vector<OwnPattern> patterns_of_the_user(const Limits& limits);
 
-/// UTF-8 in which signs that a keyboard may lack have their form of plain characters, as words of
-/// rules have them.
-[[nodiscard]] std::string plain_signs(std::string_view text);
-
 /// `*` = anything but '/', `**` = anything.
 [[nodiscard]] bool fits_pattern(std::string_view key, std::string_view pattern);
 
