@@ -1,5 +1,6 @@
 #include "companion/report/judge.h"
 
+#include "companion/report/units.h"
 #include "companion/text.h"
 #include "frame/text/format.h"
 #include "protocol/report/report.h"

@@ -101,7 +101,4 @@ private:
 /// `*` = anything but '/', `**` = anything.
 [[nodiscard]] bool fits_pattern(std::string_view key, std::string_view pattern);
 
-/// How many of `to` a `from` is: 1000 from "V" to "mV"; nothing when they measure different things.
-[[nodiscard]] std::optional<double> unit_ratio(std::string_view from, std::string_view to);
-
 } // namespace companion

@@ -1,4 +1,5 @@
 #include "companion/report/limits.h"
+#include "companion/report/units.h"
 #include "tests/companion/companion_trial.h"
 #include "tests/support/trial.h"
 
