@@ -22,7 +22,7 @@ void add(Picture& picture, Curve curve, const PictureRequest& request)
 void add_outputs(const Report& report, std::size_t file, const PictureRequest& request,
                  Picture& picture)
 {
-    for (const std::string& unit : report.units()) {
+    for (const std::string& unit : report.units) {
         Curve error{file, unit + " error", "V", {}}, current{file, unit + " current", "nA", {}};
         for (const OutputPoint& point : output_points(report, unit)) {
             error.points.push_back({point.target, *point.error->value});

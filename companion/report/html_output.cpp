@@ -133,7 +133,7 @@ void write_html(TextFile& file, const Judged& judged)
     if (judged.verdict != Verdict::not_a_report) {
         write_units(file, *judged.report);
         write_findings(file, judged);
-        for (const std::string& unit : judged.report->units())
+        for (const std::string& unit : judged.report->units)
             write_unit(file, judged, unit);
         file.write(
             "<div class=\"signature\"><span>Name</span><span>Date</span><span>Signature</span>"

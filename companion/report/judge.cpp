@@ -275,7 +275,7 @@ private:
     void check_that_something_was_tested()
     {
         bool any = false;
-        for (const std::string& unit : report_.units()) {
+        for (const std::string& unit : report_.units) {
             const Fact* skipped = report_.find(unit + "/steps");
             any = any || (unit.starts_with("slot") && skipped == nullptr &&
                           report_.find(unit + "/CPU/load") != nullptr);

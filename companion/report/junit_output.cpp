@@ -139,7 +139,7 @@ void write_junit(TextFile& file, const Judged& judged)
     const std::string prefix = valid_utf8(report.name) + ": ";
     const std::string time = xml_time(report.text_of("run/created"));
     whole_suite(judged, prefix).write(file, time);
-    for (const std::string& unit : report.units()) {
+    for (const std::string& unit : report.units) {
         Suite suite{.name = prefix + unit +
                             (report.find(unit + "/product-number") != nullptr
                                  ? " P/N " + utf8(report.text_of(unit + "/product-number"))

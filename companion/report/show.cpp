@@ -101,7 +101,7 @@ void show_waived(Printer& printer, const Judged& judged)
 std::vector<TestedUnit> tested_units(const Report& report)
 {
     std::vector<TestedUnit> units;
-    for (const std::string& unit : report.units()) {
+    for (const std::string& unit : report.units) {
         const Fact* number = report.find(unit + "/product-number");
         if (number == nullptr)
             continue;

@@ -15,8 +15,8 @@ namespace companion
 namespace
 {
 
-/// Facts of one report that are looked up one behind the other: the search goes on where the last
-/// one ended.
+/// Facts of one report that are looked up one behind the other: the search begins where the last
+/// one ended, and goes both ways.
 class Lookup
 {
 public:
@@ -26,13 +26,16 @@ public:
     const Fact* number(std::string_view key)
     {
         const std::size_t count = report_.facts.size();
-        for (std::size_t tried = 0; tried < count; ++tried) {
-            const std::size_t at = (next_ + tried) % count;
-            const Fact& fact = report_.facts[at];
-            if (fact.key == key) {
-                next_ = at + 1;
-                return fact.value ? &fact : nullptr;
-            }
+        const auto is_at = [&](std::size_t at) { return report_.facts[at].key == key; };
+        for (std::size_t away = 0; away < count; ++away) {
+            if (next_ + away < count && is_at(next_ + away))
+                next_ += away;
+            else if (away <= next_ && is_at(next_ - away))
+                next_ -= away;
+            else
+                continue;
+            const Fact& fact = report_.facts[next_];
+            return fact.value ? &fact : nullptr;
         }
         return nullptr;
     }
@@ -104,7 +107,7 @@ private:
         add_limit_error(run, key);
         Fact error = derived(key + "power-error", *watts,
                              *watts->value - *volts->value * *amperes->value, "W");
-        error.references = {{"power", *watts->value}};
+        error.references[0] = {"power", *watts->value};
         added_.push_back(std::move(error));
         const double resistance = *volts->value / *amperes->value;
         added_.push_back(derived(key + "resistance", *volts, resistance, "Ohm"));
@@ -136,7 +139,7 @@ private:
         if (measured == nullptr)
             return;
         Fact error = shifted(key + "limit-error", *measured, *limit->value);
-        error.references = {{"limit", *limit->value}};
+        error.references[0] = {"limit", *limit->value};
         added_.push_back(std::move(error));
     }
 
@@ -263,7 +266,7 @@ private:
     {
         const double volts = target.set;
         Fact error = shifted(name("error", target), *target.measured, sign * volts);
-        error.references = {{"range", static_cast<double>(range_)}, {"target", volts}};
+        error.references = {{{"range", static_cast<double>(range_)}, {"target", volts}}};
         added_.push_back(std::move(error));
         add("read-back-error", target, *target.get->value - volts, "V");
     }
@@ -280,7 +283,7 @@ private:
         for (const Target& target : targets) {
             const double expected = line.offset + line.slope * *target.measured->value;
             Fact error = shifted(name("current-error", target), *target.current, expected);
-            error.references = {{"full", full}};
+            error.references[0] = {"full", full};
             added_.push_back(std::move(error));
         }
     }
@@ -308,7 +311,7 @@ void add_fan_error(const Report& report, std::vector<Fact>& added)
     if (set == nullptr || measured == nullptr)
         return;
     Fact error = shifted("controller/fan/speed-error", *measured, *set->value);
-    error.references = {{"target", *set->value}};
+    error.references[0] = {"target", *set->value};
     added.push_back(std::move(error));
 }
 

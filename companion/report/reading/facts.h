@@ -7,6 +7,7 @@
 /// Texts are as the report has them, in ISO 8859-1; see companion/text.h.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -24,8 +25,8 @@ struct Spread {
 
 /// A quantity to which a limit may refer: "+-1 % of target".
 struct Reference {
-    const char* name; ///< "target", "range", "limit"
-    double value;     ///< in the fact's unit
+    std::string_view name = {}; ///< "target", "range", "limit"; empty = there is none
+    double value = 0;           ///< in the fact's unit
 };
 
 struct Fact {
@@ -36,7 +37,7 @@ struct Fact {
     std::optional<Spread> spread = {};
     std::size_t samples = 0; ///< 0 = told once
     int line = 0;            ///< where it stands, from 1; of the first one when it is computed
-    std::vector<Reference> references = {};
+    std::array<Reference, 2> references = {};
 };
 
 /// Why a report is not whole.
@@ -59,6 +60,8 @@ struct Report {
     bool is_report = false;    ///< it begins as one
     bool is_simulated = false; ///< one of its units says so
     std::vector<Fact> facts = {};
+    /// That it tells of ("controller", "base", "slot0", ...), in their order.
+    std::vector<std::string> units = {};
     std::vector<Problem> problems = {}; ///< none = it is whole, and the test was completed
 
     /// Null when there is none.
@@ -69,8 +72,6 @@ struct Report {
     [[nodiscard]] double value_of(std::string_view key) const;
     /// The product identification that says that the instrument is simulated; null when none does.
     [[nodiscard]] const Fact* simulated_unit() const;
-    /// The units it tells of ("controller", "base", "slot0", ...), in their order.
-    [[nodiscard]] std::vector<std::string> units() const;
 };
 
 /// The unit to which a key belongs: "slot1" of "slot1/CPU/load".

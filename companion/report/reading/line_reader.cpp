@@ -80,6 +80,7 @@ void LineReader::problem(std::string text)
     report_.problems.push_back({static_cast<int>(next_), std::move(text)});
 }
 
+template <class Matches>
 const std::string_view* LineReader::take(const Beginning& expected, const Matches& matches)
 {
     if (stopped_)
@@ -91,10 +92,12 @@ const std::string_view* LineReader::take(const Beginning& expected, const Matche
     return take_behind_mismatch(expected, matches);
 }
 
-const std::string_view* LineReader::take_behind_mismatch(const Beginning& expected,
-                                                         const Matches& matches)
+const std::string_view*
+LineReader::take_behind_mismatch(const Beginning& expected,
+                                 const std::function<bool(std::string_view)>& matches)
 {
-    const std::string awaited = quoted(std::string(expected.tabs, '\t').append(expected.text));
+    const std::string awaited =
+        quoted(std::string(expected.tabs, '\t').append(expected.text).append(expected.end));
     if (next_ == lines_.size()) {
         stopped_ = true;
         problem("the report ends here, before " + awaited);
@@ -173,18 +176,22 @@ Fact* LineReader::parsed(Fact& fact, const Shape& shape)
     return nullptr;
 }
 
-Fact* LineReader::begins(std::string_view text, std::string_view key, const Shape& shape,
-                         int deeper)
+Fact* LineReader::value_behind(const Beginning& label, std::string_view key, const Shape& shape)
 {
-    const Beginning label = beginning(text, deeper);
     const std::string_view* found =
         take(label, [&label](std::string_view candidate) { return label.is_of(candidate); });
     return found != nullptr ? parsed(add(key, found->substr(label.size())), shape) : nullptr;
 }
 
+Fact* LineReader::begins(std::string_view text, std::string_view key, const Shape& shape,
+                         int deeper)
+{
+    return value_behind(beginning(text, deeper), key, shape);
+}
+
 Fact* LineReader::item(std::string_view label, std::string_view key, const Shape& shape, int deeper)
 {
-    return begins(std::string{label} + ":\t", key, shape, deeper);
+    return value_behind(beginning(label, deeper, ":\t"), key, shape);
 }
 
 Fact* LineReader::item(std::string_view label, const Shape& shape, int deeper)
@@ -229,13 +236,13 @@ Fact* LineReader::choice(std::initializer_list<std::string_view> texts, std::str
 
 std::vector<std::string_view> LineReader::row(std::string_view first, std::size_t cells)
 {
-    const std::string text = std::string{first} + '\t';
-    const Beginning cell = beginning(text, 0);
+    const Beginning cell = beginning(first, 0, "\t");
     const std::string_view* found =
         take(cell, [&cell](std::string_view candidate) { return cell.is_of(candidate); });
     if (found == nullptr)
         return {};
     std::vector<std::string_view> parts;
+    parts.reserve(cells);
     std::string_view rest = found->substr(static_cast<std::size_t>(indent));
     for (;;) {
         const std::size_t end = rest.find('\t');

@@ -64,27 +64,33 @@ public:
     void problem(std::string text);
 
 private:
-    /// Tabs and a text.
+    /// Tabs and a text, of a label with what ends one.
     struct Beginning {
-        std::size_t tabs;
-        std::string_view text;
+        std::size_t tabs = 0;
+        std::string_view text = {}, end = {};
 
-        [[nodiscard]] std::size_t size() const { return tabs + text.size(); }
+        [[nodiscard]] std::size_t size() const { return tabs + text.size() + end.size(); }
         [[nodiscard]] bool is_of(std::string_view line) const
         {
-            return line.size() >= size() && line.find_first_not_of('\t') >= tabs &&
-                   line.substr(tabs).starts_with(text);
+            if (line.size() < size() || line.substr(0, tabs).find_first_not_of('\t') < tabs)
+                return false;
+            line.remove_prefix(tabs);
+            return line.starts_with(text) && line.substr(text.size()).starts_with(end);
         }
     };
-    [[nodiscard]] Beginning beginning(std::string_view text, int deeper) const
+    [[nodiscard]] Beginning beginning(std::string_view text, int deeper,
+                                      std::string_view end = {}) const
     {
-        return {static_cast<std::size_t>(indent + deeper), text};
+        return {static_cast<std::size_t>(indent + deeper), text, end};
     }
 
-    using Matches = std::function<bool(std::string_view)>;
     /// Takes the line for which `matches` holds; null when it is missing.
+    template <class Matches>
     const std::string_view* take(const Beginning& expected, const Matches& matches);
-    const std::string_view* take_behind_mismatch(const Beginning& expected, const Matches& matches);
+    const std::string_view*
+    take_behind_mismatch(const Beginning& expected,
+                         const std::function<bool(std::string_view)>& matches);
+    Fact* value_behind(const Beginning& label, std::string_view key, const Shape& shape);
     /// The number of the line that tells why the test was aborted.
     [[nodiscard]] std::size_t cause_of_abort() const;
     Fact* parsed(Fact& fact, const Shape& shape);

@@ -13,6 +13,18 @@ namespace
 /// What the product identifications of the simulated instrument end with.
 constexpr std::string_view simulated_mark = ", simulated";
 
+std::vector<std::string> units_of(const std::vector<Fact>& facts)
+{
+    std::vector<std::string> units;
+    for (const Fact& fact : facts) {
+        const std::string_view unit = unit_of(fact.key);
+        const bool is_known = std::find(units.rbegin(), units.rend(), unit) != units.rend();
+        if (!is_known)
+            units.emplace_back(unit);
+    }
+    return units;
+}
+
 } // namespace
 
 const Fact* Report::find(std::string_view key) const
@@ -42,20 +54,6 @@ const Fact* Report::simulated_unit() const
     return found != facts.end() ? &*found : nullptr;
 }
 
-std::vector<std::string> Report::units() const
-{
-    std::vector<std::string> names;
-    for (const Fact& fact : facts) {
-        if (!names.empty() && fact.key.starts_with(names.back()) &&
-            fact.key[names.back().size()] == '/')
-            continue; // as a rule
-        const std::string_view unit = unit_of(fact.key);
-        if (std::find(names.begin(), names.end(), unit) == names.end())
-            names.emplace_back(unit);
-    }
-    return names;
-}
-
 Report read_report(std::string name, std::string bytes)
 {
     Report report;
@@ -70,6 +68,7 @@ Report read_report(std::string name, std::string bytes)
     UnitsFound found;
     read_product_data(reader, found);
     read_steps(reader, found);
+    report.units = units_of(report.facts);
     report.is_simulated = report.simulated_unit() != nullptr;
     add_derived_facts(report);
     return report;
