@@ -32,7 +32,7 @@ bool LineSource::open(const std::string& name, const Surroundings& outside)
         file_ = platform::open_file(name.c_str(), "rb");
     if (file_ != nullptr && std::fseek(file_, 0, SEEK_SET) == 0) {
         std::setvbuf(file_, nullptr, _IONBF, 0); // ours is the buffer
-        buffer_.resize(piece);
+        buffer_.resize(piece + readable_behind);
         return true;
     }
     if (file_ != nullptr)
@@ -42,6 +42,7 @@ bool LineSource::open(const std::string& name, const Surroundings& outside)
         return false;
     buffer_.assign(bytes.begin(), bytes.end());
     end_ = buffer_.size();
+    buffer_.resize(end_ + readable_behind);
     return true;
 }
 
@@ -54,7 +55,7 @@ bool LineSource::fill()
     end_ -= start_;
     start_ = 0;
     const std::size_t wanted =
-        static_cast<std::size_t>(std::min<std::uint64_t>(buffer_.size() - end_, most_ - read_));
+        static_cast<std::size_t>(std::min<std::uint64_t>(capacity() - end_, most_ - read_));
     const std::size_t count = std::fread(buffer_.data() + end_, 1, wanted, file_);
     if (count == 0 && std::ferror(file_) != 0 && good_) {
         good_ = false;
@@ -71,7 +72,7 @@ bool LineSource::take_line(std::string_view& line)
     const std::size_t length = end_ - start_;
     const char* found =
         length > 0 ? static_cast<const char*>(std::memchr(begin, '\n', length)) : nullptr;
-    const bool is_overlong = found == nullptr && file_ != nullptr && length == buffer_.size();
+    const bool is_overlong = found == nullptr && file_ != nullptr && length == capacity();
     if (found == nullptr && !is_overlong)
         return false;
     line = {begin, found != nullptr ? static_cast<std::size_t>(found - begin) : length};
@@ -101,7 +102,7 @@ void LineSource::rewind()
     number_ = 0;
     start_ = 0;
     if (file_ == nullptr) {
-        end_ = buffer_.size();
+        end_ = capacity();
         return;
     }
     most_ = read_;

@@ -25,13 +25,15 @@ public:
     /// False, with a message, when the file cannot be read.
     [[nodiscard]] bool open(const std::string& name, const Surroundings& outside);
 
+    static constexpr std::size_t readable_behind = 8;
+
     enum class Got {
         line,
         torn, ///< bytes behind the last line end
         end,
     };
-    /// The next line, without LF or CR LF; it is good until the next call. What is longer than any
-    /// line should be comes in pieces.
+    /// The next line, without LF or CR LF; it is good until the next call, and so are
+    /// `readable_behind` bytes behind it. What is longer than any line should be comes in pieces.
     [[nodiscard]] Got next(std::string_view& line);
     /// That of the line, from 1.
     [[nodiscard]] std::int64_t number() const { return number_; }
@@ -46,6 +48,7 @@ private:
     /// A line that is there as a whole, or is too long for the buffer.
     [[nodiscard]] bool take_line(std::string_view& line);
     [[nodiscard]] bool fill();
+    [[nodiscard]] std::size_t capacity() const { return buffer_.size() - readable_behind; }
 
     std::string name_;
     const Surroundings* outside_ = nullptr;

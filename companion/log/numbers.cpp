@@ -10,8 +10,6 @@ namespace companion
 
 bool parse_number(std::string_view text, double& value)
 {
-    if (!text.empty() && take_plain_number(text, value) == text.size())
-        return true;
     const char* const end = text.data() + text.size();
     const auto read = std::from_chars(text.data(), end, value);
     return read.ec == std::errc{} && read.ptr == end;

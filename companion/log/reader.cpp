@@ -5,8 +5,11 @@
 #include "instrument/recordings.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstring>
+#include <iterator>
 
 namespace companion
 {
@@ -23,6 +26,79 @@ std::optional<std::string_view> value_of(std::string_view line, std::string_view
 }
 
 constexpr double most_seconds = 1e9; // some decades
+
+/// A number without an exponent as it is written: its digits, and how many of them stand behind the
+/// point.
+struct PlainNumber {
+    static constexpr std::array powers_of_ten = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
+    static constexpr std::ptrdiff_t most_digits = 15;
+    static constexpr std::ptrdiff_t most_decimals = std::ssize(powers_of_ten) - 1;
+
+    const char* end = nullptr; ///< behind it; null = it is none, or has more digits than that
+    std::int64_t digits = 0;
+    std::size_t decimals = 0;
+    bool is_negative = false;
+
+    /// Both numbers of the division are exact, so the result is the one nearest to the text.
+    [[nodiscard]] double value() const
+    {
+        const double magnitude = static_cast<double>(digits) / powers_of_ten[decimals];
+        return is_negative ? -magnitude : magnitude;
+    }
+};
+
+/// Takes the decimals at the begin of a text off its first eight characters; more than seven are
+/// too many. All at once: most of what a recording holds is decimals.
+std::ptrdiff_t take_decimals(const char* text, std::uint64_t& value)
+{
+    std::uint64_t bytes = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(&bytes, text, sizeof bytes);
+    } else {
+        for (std::size_t i = 0; i < sizeof bytes; ++i)
+            bytes |= std::uint64_t{static_cast<unsigned char>(text[i])} << (8 * i);
+    }
+    bytes ^= 0x3030'3030'3030'3030; // a digit is its value now, everything else is more than 9
+    const std::uint64_t others = ((bytes + 0x7676'7676'7676'7676) | bytes) & 0x8080'8080'8080'8080;
+    const std::ptrdiff_t count = std::countr_zero(others) / 8;
+    if (count > PlainNumber::most_decimals)
+        return count;
+    bytes = bytes << 8 << (56 - 8 * count);                            // zeros in front of them
+    bytes = (bytes * (1 + (10 << 8)) >> 8) & 0x00FF'00FF'00FF'00FF;    // pairs
+    bytes = (bytes * (1 + (100 << 16)) >> 16) & 0x0000'FFFF'0000'FFFF; // fours
+    value = bytes * (1 + (10'000ULL << 32)) >> 32;
+    return count;
+}
+
+/// The number that begins here. Behind what ends it, eight more characters must be readable.
+PlainNumber take_plain_number(const char* at)
+{
+    constexpr std::array<std::uint64_t, PlainNumber::powers_of_ten.size()> tens = {
+        1, 10, 100, 1000, 10'000, 100'000, 1'000'000, 10'000'000};
+    PlainNumber number;
+    number.is_negative = *at == '-';
+    at += number.is_negative ? 1 : 0;
+    const char* const first = at;
+    std::uint64_t digits = 0; // of too many something else
+    for (; *at >= '0' && *at <= '9'; ++at)
+        digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
+    std::ptrdiff_t count = at - first, decimals = 0;
+    if (*at == '.') {
+        std::uint64_t fraction = 0;
+        decimals = take_decimals(++at, fraction);
+        if (decimals > PlainNumber::most_decimals)
+            return {};
+        digits = digits * tens[static_cast<std::size_t>(decimals)] + fraction;
+        at += decimals;
+        count += decimals;
+    }
+    if (count == 0 || count > PlainNumber::most_digits)
+        return {};
+    number.end = at;
+    number.digits = static_cast<std::int64_t>(digits);
+    number.decimals = static_cast<std::size_t>(decimals);
+    return number;
+}
 
 std::string column_line(const MeasurementFormat& format)
 {
@@ -111,31 +187,37 @@ void LogReader::rewind()
 
 bool LogReader::read_row(std::string_view line, Row& row)
 {
-    const std::size_t columns = format_->columns.size();
+    const std::size_t columns = format_->columns.size() + 1; // the time's, too
     const char* const end = line.data() + line.size();
-    const char* at = std::find(line.data(), end, '\t');
-    row.time = {line.data(), static_cast<std::size_t>(at - line.data())};
-    double seconds = 0.0;
-    if (!parse_number(row.time, seconds) || !(std::abs(seconds) < most_seconds))
-        return false;
-    row.time_ms = static_cast<std::int64_t>(std::floor(seconds * 1000 + 0.5));
+    const char* at = line.data();
     std::size_t count = 0;
-    for (; at != end && count < columns; ++count) {
-        const char* const begin = at + 1;
+    for (;; ++at) {
         Cell& cell = cells_[count];
-        at = begin;
-        if (begin != end && *begin != '\t')
-            at += take_plain_number({begin, static_cast<std::size_t>(end - begin)}, cell.value);
-        const bool is_plain = at == end || *at == '\t';
-        at = is_plain ? at : std::find(at, end, '\t');
+        const char* const begin = at;
+        bool is_good = begin == end || *begin == '\t';
+        if (!is_good) {
+            const PlainNumber number = take_plain_number(begin);
+            cell.value = number.value();
+            at = number.end;
+            is_good = at != nullptr && (at == end || (*at == '\t' && at < end));
+            if (!is_good)
+                at = std::find(begin, end, '\t');
+        }
         cell.text = {begin, static_cast<std::size_t>(at - begin)};
-        if (!is_plain && !parse_number(cell.text, cell.value))
+        if (!is_good && !parse_number(cell.text, cell.value))
             return false;
+        if (++count == columns || at == end)
+            break;
     }
     std::fill(cells_.begin() + static_cast<std::ptrdiff_t>(count),
               cells_.begin() + static_cast<std::ptrdiff_t>(columns), Cell{});
-    row.cells = {cells_.data(), columns};
-    return at == end;
+    const Cell& time = cells_[0];
+    if (at != end || time.text.empty() || !(std::abs(time.value) < most_seconds))
+        return false;
+    row.time = time.text;
+    row.time_ms = static_cast<std::int64_t>(std::floor(time.value * 1000 + 0.5));
+    row.cells = {cells_.data() + 1, columns - 1};
+    return true;
 }
 
 void LogReader::note_damage()

@@ -76,7 +76,7 @@ private:
     const MeasurementFormat* format_ = nullptr;
     std::string module_;
     WallClock clock_;
-    std::array<Cell, most_columns> cells_;
+    std::array<Cell, 1 + most_columns> cells_; ///< the time first
     LogEnd end_;
 };
 

@@ -3,21 +3,12 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <numeric>
 
 namespace companion
 {
 
-namespace
-{
-
-// Intervals are counted by their length: each one below 64 ms by itself, longer ones in 32 steps
-// from each power of two to the next.
-constexpr int exact_bits = 6;
-constexpr std::int64_t exact = 1 << exact_bits;
-constexpr int steps_bits = exact_bits - 1;
-constexpr std::int64_t steps = 1 << steps_bits;
-
-std::size_t step_of(std::int64_t interval)
+std::size_t Intervals::step_of(std::int64_t interval)
 {
     if (interval < exact)
         return static_cast<std::size_t>(interval);
@@ -27,7 +18,7 @@ std::size_t step_of(std::int64_t interval)
 }
 
 /// The shortest interval of a step.
-std::int64_t begin_of(std::size_t step)
+std::int64_t Intervals::begin_of(std::size_t step)
 {
     const auto index = static_cast<std::int64_t>(step);
     if (index < exact)
@@ -36,29 +27,32 @@ std::int64_t begin_of(std::size_t step)
     return (index - shift * steps) << shift;
 }
 
-} // namespace
-
-void Intervals::take(std::int64_t milliseconds)
+void Intervals::take_long(std::int64_t milliseconds)
 {
-    if (milliseconds < 0)
-        return;
     const std::size_t step = step_of(milliseconds);
     if (step >= counts_.size())
         counts_.resize(step + 1);
     ++counts_[step];
-    ++count_;
     longest_ms_ = std::max(longest_ms_, milliseconds);
+}
+
+std::int64_t Intervals::longest_ms() const
+{
+    const auto last = std::find_if(counts_.rbegin(), counts_.rend(),
+                                   [](std::uint64_t count) { return count != 0; });
+    return std::max<std::int64_t>(longest_ms_, counts_.rend() - last - 1);
 }
 
 std::optional<std::int64_t> Intervals::shortest_gap_ms() const
 {
     constexpr std::uint64_t fewest = 3;
     constexpr std::int64_t times_the_usual = 5;
-    if (count_ < fewest)
+    const std::uint64_t all = std::accumulate(counts_.begin(), counts_.end(), std::uint64_t{0});
+    if (all < fewest)
         return std::nullopt;
     std::uint64_t before = 0;
     std::size_t median = 0;
-    while ((before += counts_[median]) * 2 < count_)
+    while ((before += counts_[median]) * 2 < all)
         ++median;
     const std::int64_t usual = std::max<std::int64_t>(begin_of(median), 1);
     return begin_of(step_of(usual * times_the_usual) + 1);
@@ -72,31 +66,6 @@ std::uint64_t Intervals::gaps() const
          ++step)
         gaps += counts_[step];
     return gaps;
-}
-
-void Statistics::take(std::int64_t time_ms, double value)
-{
-    if (!std::isfinite(value)) {
-        ++not_finite_;
-        return;
-    }
-    if (count_ == 0) {
-        first_ = smallest_ = largest_ = value;
-        first_ms_ = time_ms;
-    } else {
-        intervals_.take(time_ms - last_ms_);
-    }
-    last_ms_ = time_ms;
-    ++count_;
-    smallest_ = std::min(smallest_, value);
-    largest_ = std::max(largest_, value);
-    const double more = value - first_;
-    const double time = static_cast<double>(time_ms - first_ms_);
-    sum_ += more;
-    sum_of_squares_ += more * more;
-    time_sum_ += time;
-    time_sum_of_squares_ += time * time;
-    product_sum_ += time * more;
 }
 
 double Statistics::mean() const

@@ -3,6 +3,8 @@
 
 #include "companion/log/reader.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -16,17 +18,32 @@ class Intervals
 {
 public:
     /// Time that ran backwards is no interval.
-    void take(std::int64_t milliseconds);
+    void take(std::int64_t milliseconds)
+    {
+        if (milliseconds >= 0 && milliseconds < exact)
+            ++counts_[static_cast<std::size_t>(milliseconds)];
+        else if (milliseconds >= 0)
+            take_long(milliseconds);
+    }
 
     [[nodiscard]] std::uint64_t gaps() const;
-    [[nodiscard]] std::int64_t longest_ms() const { return longest_ms_; }
+    [[nodiscard]] std::int64_t longest_ms() const;
     /// The shortest interval that is a gap. Nothing when there are too few to say what is usual.
     [[nodiscard]] std::optional<std::int64_t> shortest_gap_ms() const;
 
 private:
-    std::vector<std::uint64_t> counts_; ///< of intervals of about the same length
-    std::uint64_t count_ = 0;
-    std::int64_t longest_ms_ = 0;
+    // Each length below 64 ms is counted by itself, longer ones in 32 steps from each power of two
+    // to the next.
+    static constexpr int exact_bits = 6;
+    static constexpr std::int64_t exact = 1 << exact_bits;
+    static constexpr std::int64_t steps = exact / 2;
+
+    void take_long(std::int64_t milliseconds);
+    [[nodiscard]] static std::size_t step_of(std::int64_t interval);
+    [[nodiscard]] static std::int64_t begin_of(std::size_t step);
+
+    std::vector<std::uint64_t> counts_ = std::vector<std::uint64_t>(exact); ///< by step
+    std::int64_t longest_ms_ = 0; ///< of those without a count of their own
 };
 
 /// The statistics of a quantity. What is no finite number counts apart.
@@ -55,6 +72,31 @@ private:
     double time_sum_ = 0.0, time_sum_of_squares_ = 0.0, product_sum_ = 0.0;
     Intervals intervals_;
 };
+
+inline void Statistics::take(std::int64_t time_ms, double value)
+{
+    if (!std::isfinite(value)) {
+        ++not_finite_;
+        return;
+    }
+    if (count_ == 0) {
+        first_ = smallest_ = largest_ = value;
+        first_ms_ = time_ms;
+    } else {
+        intervals_.take(time_ms - last_ms_);
+    }
+    last_ms_ = time_ms;
+    ++count_;
+    smallest_ = std::min(smallest_, value);
+    largest_ = std::max(largest_, value);
+    const double more = value - first_;
+    const double time = static_cast<double>(time_ms - first_ms_);
+    sum_ += more;
+    sum_of_squares_ += more * more;
+    time_sum_ += time;
+    time_sum_of_squares_ += time * time;
+    product_sum_ += time * more;
+}
 
 /// All of a recording.
 struct LogStatistics {

@@ -1,4 +1,3 @@
-#include "companion/log/numbers.h"
 #include "companion/log/statistics.h"
 #include "tests/companion/companion_trial.h"
 #include "tests/support/temporary_file.h"
@@ -186,19 +185,45 @@ TEST(Log, StatisticsOfARecording)
 
 TEST(Log, NumbersAreReadToTheLastBit)
 {
-    for (const char* text :
-         {"0", "-0", "0.1", "3.301234", "-0.000001", "123456789012345", "1234567890.12345",
-          "0.1234567890123456789", "1e22", "99999999999999999999", "5e-324", ".5", "7.", "-inf"}) {
-        double value = 0;
-        ASSERT_TRUE(companion::parse_number(text, value)) << text;
-        EXPECT_EQ(std::bit_cast<std::uint64_t>(value),
-                  std::bit_cast<std::uint64_t>(std::strtod(text, nullptr)))
-            << text;
+    std::vector<std::string> texts = {"0",
+                                      "-0",
+                                      "123456789012345",
+                                      "99999999999999999999",
+                                      "1e22",
+                                      "-inf",
+                                      "0.12345678901234567890",
+                                      "5e-324",
+                                      ".5",
+                                      "7.",
+                                      "-nan"};
+    const std::string digits = "904871236590718";
+    for (std::size_t whole = 1; whole < 11; ++whole) {
+        for (std::size_t decimals = 0; decimals < digits.size(); ++decimals)
+            texts.push_back((decimals % 2 == 0 ? "-" : "") + digits.substr(decimals % 4, whole) +
+                            '.' + digits.substr(digits.size() - decimals));
     }
-    double value = 0;
-    EXPECT_TRUE(companion::parse_number("-nan", value) && std::isnan(value));
-    for (const char* text : {"", "-", ".", "-.", "1.2.3", "1 ", " 1", "+1", "0x10", "1,5", "1e999"})
-        EXPECT_FALSE(companion::parse_number(text, value)) << text;
+    const std::vector<std::string> wrong = {"-",    ".",   "-.", "1.2.3", "1 ",   " 1",
+                                            "0x10", "1,5", "+1", "1e999", "1.2x", "12345678\xB0"};
+    const TemporaryFile file;
+    std::string bytes = heading;
+    for (const std::string& text : texts)
+        bytes += "0.001\t" + text + "\t\t\t\t" + text + '\n';
+    for (const std::string& text : wrong)
+        bytes += "0.001\t" + text + "\t\n0.001\t\t\t\t\t" + text + "\n" + text + "\t1\n";
+    write_file(file.name(), bytes);
+    companion::Surroundings outside;
+    outside.out = outside.err = [](std::string_view) { return true; };
+    companion::LogReader reader;
+    ASSERT_TRUE(reader.open(file.name(), outside));
+    companion::Row row;
+    const auto bits = [](double value) { return std::bit_cast<std::uint64_t>(value); };
+    for (const std::string& text : texts) {
+        ASSERT_TRUE(reader.next(row)) << text;
+        EXPECT_EQ(bits(row.cells[0].value), bits(std::strtod(text.c_str(), nullptr))) << text;
+        EXPECT_EQ(bits(row.cells[4].value), bits(row.cells[0].value)) << text;
+    }
+    EXPECT_FALSE(reader.next(row));
+    EXPECT_EQ(reader.end().damaged_lines, std::ssize(wrong) * 3);
 }
 
 } // namespace
