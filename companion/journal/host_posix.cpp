@@ -25,13 +25,26 @@ std::int64_t microseconds(clockid_t clock)
     return std::int64_t{now.tv_sec} * 1'000'000 + now.tv_nsec / 1000;
 }
 
+/// Of the local time. It changes with a minute, if ever, and is not cheap to find.
+int offset_minutes(time_t seconds)
+{
+    struct Found {
+        time_t minute = -1;
+        int offset = 0;
+    };
+    thread_local Found found;
+    if (const time_t minute = seconds / 60; minute != found.minute) {
+        std::tm local = {};
+        localtime_r(&seconds, &local);
+        found = {minute, static_cast<int>(local.tm_gmtoff / 60)};
+    }
+    return found.offset;
+}
+
 Moment now()
 {
     const std::int64_t us = microseconds(CLOCK_REALTIME);
-    const auto seconds = static_cast<time_t>(us / 1'000'000);
-    std::tm local = {};
-    localtime_r(&seconds, &local);
-    return {.us = us, .offset_minutes = static_cast<int>(local.tm_gmtoff / 60)};
+    return {.us = us, .offset_minutes = offset_minutes(static_cast<time_t>(us / 1'000'000))};
 }
 
 std::int64_t steady_us()

@@ -19,6 +19,9 @@ constexpr std::size_t get_error_message = devlib::find_function("GetErrorMessage
 /// As the utility says it of a function that it looks up in vain.
 constexpr const char* no_function_text = "the device library has no such function";
 
+/// Most lines are shorter: they take one piece of memory each.
+constexpr std::size_t usual_line = 512;
+
 /// Asks for something and changes nothing.
 bool is_poll(const devlib::FunctionInfo& function)
 {
@@ -49,6 +52,7 @@ Returned Recorder::pass_on(const Call& call, LibraryFunctionPointer function,
                            LibraryFunctionPointer error_message)
 {
     Run noted;
+    noted.content.reserve(usual_line);
     append_inputs(noted.content, call); // before the call changes what goes both ways
     noted.inputs_size = noted.content.size();
     begin(noted.content);
@@ -130,7 +134,9 @@ void Recorder::write_run()
     const Run run = std::exchange(run_, {});
     if (run.count == 0 || !good_)
         return;
-    std::string line = "{";
+    std::string line;
+    line.reserve(usual_line);
+    line += '{';
     add_number(line, field::number, run.first_number);
     add_time(line, field::time, run.first);
     add_number(line, field::duration, run.us);
