@@ -100,6 +100,23 @@ PlainNumber take_plain_number(const char* at)
     return number;
 }
 
+/// The cell that begins here, and where it ends; null when it makes no sense.
+inline const char* read_cell(const char* begin, const char* end, Cell& cell)
+{
+    if (begin == end || *begin == '\t') {
+        cell.text = {};
+        return begin;
+    }
+    const PlainNumber number = take_plain_number(begin);
+    const char* at = number.end;
+    cell.value = number.value();
+    const bool is_whole = at != nullptr && (at == end || (*at == '\t' && at < end));
+    if (!is_whole)
+        at = std::find(begin, end, '\t');
+    cell.text = {begin, static_cast<std::size_t>(at - begin)};
+    return is_whole || parse_number(cell.text, cell.value) ? at : nullptr;
+}
+
 std::string column_line(const MeasurementFormat& format)
 {
     std::string line = log_text::time;
@@ -192,19 +209,8 @@ bool LogReader::read_row(std::string_view line, Row& row)
     const char* at = line.data();
     std::size_t count = 0;
     for (;; ++at) {
-        Cell& cell = cells_[count];
-        const char* const begin = at;
-        bool is_good = begin == end || *begin == '\t';
-        if (!is_good) {
-            const PlainNumber number = take_plain_number(begin);
-            cell.value = number.value();
-            at = number.end;
-            is_good = at != nullptr && (at == end || (*at == '\t' && at < end));
-            if (!is_good)
-                at = std::find(begin, end, '\t');
-        }
-        cell.text = {begin, static_cast<std::size_t>(at - begin)};
-        if (!is_good && !parse_number(cell.text, cell.value))
+        at = read_cell(at, end, cells_[count]);
+        if (at == nullptr)
             return false;
         if (++count == columns || at == end)
             break;

@@ -76,7 +76,7 @@ TEST(ReportForms, JsonHoldsEverythingAndFollowsItsSchema)
     std::string damaged = contents(expected_report).substr(0, 9000) + "\x01\n";
     damaged.replace(damaged.find("number:\t240401") + 8, 6, "\xBB");
     write_file(cut.name(), damaged);
-    write_file(other.name(), "\xFF\x00\n");
+    write_file(other.name(), {"\xFF\x00\n", 3});
     const struct {
         std::string file;
         int status;
