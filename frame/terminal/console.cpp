@@ -199,7 +199,37 @@ void Console::mark_dirty(Row& row, int from, int to)
     row.dirty_to = std::max(row.dirty_to, to);
 }
 
-// ---- The cursor and the lines ----
+// ---- Finished lines ----
+
+void print_value_line(const char* label, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    console.print("%s", label);
+    console.vprint(Color::value, format, arguments);
+    console.print("\r\n");
+    va_end(arguments);
+}
+
+void print_failure(const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    console.vprint(Color::bad, format, arguments);
+    console.print("\r\n");
+    va_end(arguments);
+}
+
+void print_warning(const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    console.vprint(Color::warning, format, arguments);
+    console.print("\r\n");
+    va_end(arguments);
+}
+
+// ---- The cursor and the rows ----
 
 int Console::bottom_row() const
 {
@@ -226,6 +256,14 @@ Console::Row* Console::screen_row_at(int row)
     if (row < first_reachable_row(bottom_row()))
         return nullptr;
     return &rows_[static_cast<std::size_t>(row - first_row_)];
+}
+
+Console::Row& Console::display_row_at(int row)
+{
+    const auto index = static_cast<std::size_t>(row - display_first_);
+    while (display_rows_.size() <= index)
+        display_rows_.emplace_back();
+    return display_rows_[index].row;
 }
 
 void Console::move_to(Place place)
@@ -269,6 +307,16 @@ void Console::scroll_window()
         if (std::max(old_end, new_end) > 0)
             mark_dirty(*to, 1, std::max(old_end, new_end));
     }
+}
+
+std::vector<Cell> Console::cells(int row) const
+{
+    if (row < first_row_ || row > last_row())
+        return {};
+    Cells cells = rows_[static_cast<std::size_t>(row - first_row_)].wanted;
+    while (!cells.empty() && cells.back().is_blank())
+        cells.pop_back();
+    return cells;
 }
 
 // ---- Erasing ----
@@ -347,165 +395,4 @@ void Console::set_window(int first_row)
     window_first_ = screen_place(first_row, 1).row;
     window_last_ = std::max(bottom_row(), window_first_);
     cursor_ = {window_first_, 1};
-}
-
-// ---- Live displays ----
-
-void Console::begin_display()
-{
-    if (display_depth_ == 0)
-        flush();
-    if (display_depth_++ == 0) {
-        display_first_ = cursor_.row;
-        for (int row = display_first_; folds() && row <= last_row(); ++row)
-            display_row_at(row).wanted = cells(row);
-    }
-    cursor_visible_ = false;
-}
-
-void Console::end_display(bool restore_cursor)
-{
-    if (display_depth_ == 1)
-        leave_display_rows();
-    --display_depth_;
-    if (restore_cursor)
-        cursor_visible_ = true;
-    flush();
-}
-
-Console::Row& Console::display_row_at(int row)
-{
-    const auto index = static_cast<std::size_t>(row - display_first_);
-    while (display_rows_.size() <= index)
-        display_rows_.emplace_back();
-    return display_rows_[index].row;
-}
-
-void Console::keep_together(UnbrokenPart part)
-{
-    if (!folds() || cursor_.row < display_first_)
-        return;
-    mark_dirty(display_row_at(cursor_.row), part.from, part.from);
-    display_rows_[static_cast<std::size_t>(cursor_.row - display_first_)].parts.push_back(part);
-}
-
-void Console::lay_out_display()
-{
-    if (!folds())
-        return;
-    int screen_row = display_first_;
-    bool moved = false; // the rows below
-    for (DisplayRow& line : display_rows_) {
-        const bool changed = line.row.dirty_from > 0 || line.starts.empty();
-        if (changed) {
-            std::vector<int> starts = folded_row(line.row.wanted, line.parts, size_.columns);
-            moved = moved || starts.size() != line.starts.size();
-            line.starts = std::move(starts);
-            line.row.dirty_from = line.row.dirty_to = 0;
-        }
-        if (changed || moved)
-            lay_out_row(line, screen_row);
-        screen_row += static_cast<int>(line.starts.size());
-    }
-    for (; moved && screen_row <= last_row(); ++screen_row) {
-        if (Row* left_over = screen_row_at(screen_row); left_over != nullptr)
-            set_row(*left_over, {});
-    }
-}
-
-void Console::lay_out_row(const DisplayRow& line, int first_row)
-{
-    const Cells& cells = line.row.wanted;
-    const auto size = static_cast<std::ptrdiff_t>(cells.size());
-    for (std::size_t piece = 0; piece < line.starts.size(); ++piece) {
-        Row* row = screen_row_at(first_row + static_cast<int>(piece));
-        if (row == nullptr)
-            continue;
-        const bool is_last = piece + 1 == line.starts.size();
-        const std::ptrdiff_t from = std::min<std::ptrdiff_t>(line.starts[piece] - 1, size);
-        const std::ptrdiff_t to =
-            is_last ? size : std::min<std::ptrdiff_t>(line.starts[piece + 1] - 1, size);
-        Cells text(piece == 0 ? 0U : static_cast<std::size_t>(folded_indent(size_.columns)));
-        text.insert(text.end(), cells.begin() + from, cells.begin() + to);
-        set_row(*row, std::move(text));
-    }
-}
-
-void Console::set_row(Row& row, Cells cells)
-{
-    if (row.wanted == cells)
-        return;
-    mark_dirty(row, 1, static_cast<int>(std::max(row.wanted.size(), cells.size())));
-    row.wanted = std::move(cells);
-}
-
-void Console::leave_display_rows()
-{
-    lay_out_display();
-    cursor_ = cursor_on_screen();
-    display_rows_.clear();
-}
-
-Place Console::cursor_on_screen() const
-{
-    if (!folds() || cursor_.row < display_first_)
-        return cursor_;
-    Place place = {display_first_, cursor_.column};
-    int row = display_first_;
-    for (const DisplayRow& line : display_rows_) {
-        if (row++ < cursor_.row) {
-            place.row += std::max(static_cast<int>(line.starts.size()), 1);
-            continue;
-        }
-        for (std::size_t piece = line.starts.size(); piece-- > 1;) {
-            if (cursor_.column >= line.starts[piece]) {
-                place.row += static_cast<int>(piece);
-                place.column += folded_indent(size_.columns) - line.starts[piece] + 1;
-                break;
-            }
-        }
-        return place;
-    }
-    place.row += cursor_.row - row;
-    return place;
-}
-
-// ---- For tests ----
-
-std::vector<Cell> Console::cells(int row) const
-{
-    if (row < first_row_ || row > last_row())
-        return {};
-    Cells cells = rows_[static_cast<std::size_t>(row - first_row_)].wanted;
-    while (!cells.empty() && cells.back().is_blank())
-        cells.pop_back();
-    return cells;
-}
-
-void print_value_line(const char* label, const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    console.print("%s", label);
-    console.vprint(Color::value, format, arguments);
-    console.print("\r\n");
-    va_end(arguments);
-}
-
-void print_failure(const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    console.vprint(Color::bad, format, arguments);
-    console.print("\r\n");
-    va_end(arguments);
-}
-
-void print_warning(const char* format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    console.vprint(Color::warning, format, arguments);
-    console.print("\r\n");
-    va_end(arguments);
 }

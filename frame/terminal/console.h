@@ -132,7 +132,7 @@ public:
     /// The last flush: grey, cursor visible.
     void finish();
 
-    // ---- What is on the screen (for tests) ----
+    // ---- What is on the screen ----
 
     [[nodiscard]] int first_row() const { return first_row_; }
     [[nodiscard]] int last_row() const { return first_row_ + static_cast<int>(rows_.size()) - 1; }
