@@ -303,7 +303,7 @@ bool read_for(const Setting& setting, const std::string& text, Given& given)
 const char* read_given(const Word& given_word, const Setting& setting, Given& given)
 {
     if (given_word.quoted != (setting.takes == Takes::text))
-        return given_word.quoted ? "a given_word without quotes" : "a text in quotes";
+        return given_word.quoted ? "a word without quotes" : "a text in quotes";
     return read_for(setting, given_word.text, given) ? nullptr : expected_by(setting.takes);
 }
 

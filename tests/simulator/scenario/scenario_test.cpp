@@ -40,6 +40,7 @@ TEST_F(ScenarioTest, WrongLinesAreRefusedByTheirWord)
         {"psu.temperature", "a value is missing after 'psu.temperature'"},
         {"slot1.load 0", "a number above 0, not '0'"},
         {"product_id plain", "a text in quotes, not 'plain'"},
+        {"slot1.load \"5\"", "a word without quotes, not '5'"},
         {"product_id \"open", "no closing quote"},
         {"firmware_date \"1234567890123\"", "a shorter text"},
         {"fail GetStat always", "no function 'GetStat'"},
