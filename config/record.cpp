@@ -70,6 +70,17 @@ bool read_interlock_letters(std::string_view text, std::uint32_t& bits)
     return true;
 }
 
+bool read_fan_switch(std::string_view text, std::uint32_t& bits)
+{
+    const auto word =
+        std::find_if(fan_switch_words.begin(), fan_switch_words.end(),
+                     [text](const FanSwitchWord& known) { return text == known.text; });
+    if (word == fan_switch_words.end())
+        return false;
+    bits = word->bits;
+    return true;
+}
+
 // ---- Numbers ----
 
 std::string number_text(double value)
@@ -90,17 +101,6 @@ std::uint32_t rounded(double raw)
     return static_cast<std::uint32_t>(static_cast<std::int64_t>(raw));
 }
 
-bool read_fan_switch(std::string_view text, std::uint32_t& raw)
-{
-    const auto word =
-        std::find_if(fan_switch_words.begin(), fan_switch_words.end(),
-                     [text](const FanSwitchWord& known) { return text == known.text; });
-    if (word == fan_switch_words.end())
-        return false;
-    raw = word->bits;
-    return true;
-}
-
 bool read_number(const ConfigEntry& entry, std::string_view text, std::uint32_t& raw)
 {
     double value = 0.0;
@@ -111,6 +111,30 @@ bool read_number(const ConfigEntry& entry, std::string_view text, std::uint32_t&
         value = -1.0;
     raw = rounded(value * entry.steps_per_unit + entry.zero);
     return true;
+}
+
+/// What the text means, with the bits of another entry that the record has in the same byte.
+bool read_raw_value(const ConfigEntry& entry, std::string_view text, const ConfigRecord& record,
+                    std::uint32_t& raw)
+{
+    switch (entry.kind) {
+    case EntryKind::yes_no:
+        raw = text == "Y" ? 1 : 0;
+        return text == "Y" || text == "N";
+    case EntryKind::low_interlocks:
+    case EntryKind::high_interlocks:
+        if (!read_interlock_letters(text, raw))
+            return false;
+        raw = raw << first_bit(entry.kind) | raw_value(entry, record);
+        return true;
+    case EntryKind::fan_switch:
+        return read_fan_switch(text, raw);
+    case EntryKind::number:
+    case EntryKind::target_voltage:
+    case EntryKind::voltage_step:
+        break;
+    }
+    return read_number(entry, text, raw);
 }
 
 } // namespace
@@ -146,28 +170,8 @@ bool set_entry(const ConfigEntry& entry, std::string_view text, ConfigRecord& re
                          entry.kind == EntryKind::high_interlocks ||
                          entry.kind == EntryKind::fan_switch;
     text = text.substr(0, is_list ? most_letters : most_characters);
-    const auto read = [&](std::uint32_t& raw) {
-        switch (entry.kind) {
-        case EntryKind::yes_no:
-            raw = text == "Y" ? 1 : 0;
-            return text == "Y" || text == "N";
-        case EntryKind::low_interlocks:
-        case EntryKind::high_interlocks:
-            if (!read_interlock_letters(text, raw))
-                return false;
-            raw = raw << first_bit(entry.kind) | raw_value(entry, record);
-            return true;
-        case EntryKind::fan_switch:
-            return read_fan_switch(text, raw);
-        case EntryKind::number:
-        case EntryKind::target_voltage:
-        case EntryKind::voltage_step:
-            break;
-        }
-        return read_number(entry, text, raw);
-    };
     std::uint32_t raw = 0;
-    if (!read(raw))
+    if (!read_raw_value(entry, text, record, raw))
         return false;
     set_raw_value(entry, raw, record);
     return true;

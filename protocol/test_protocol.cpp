@@ -63,7 +63,7 @@ bool report_uptime(Report& report, bool on_console)
     if (on_console) {
         report.item({.label = report_text::uptime, .value = uptime.text()});
     } else {
-        report.file_only("Device uptime:\t" + uptime.text());
+        report.file_only(formatted("%s:\t%s", report_text::uptime, uptime.text().c_str()));
         report.end_section();
     }
     return true;

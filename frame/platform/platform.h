@@ -52,6 +52,9 @@ void rest_ms(std::int64_t milliseconds);
 /// True when standard output understands cursor movement and colours.
 bool output_is_terminal();
 
+/// True when a text for the terminal may be UTF-8.
+bool output_is_utf8();
+
 struct WindowSize {
     int columns;
     int rows;
@@ -279,9 +282,6 @@ struct ProgramRun {
 /// Runs a program that is looked for on PATH, without a shell, with these bytes as its input, and
 /// waits for its end. The first argument is its name.
 ProgramRun run_program(const std::vector<std::string>& arguments, std::string_view input);
-
-/// True when a text for the terminal may be UTF-8.
-bool output_is_utf8();
 
 /// The number of the signal that asks the program to end, 0 while there is none.
 int stop_signal();

@@ -160,6 +160,22 @@ std::size_t write_some_output(std::string_view bytes, int rows_to_leave)
     return written;
 }
 
+bool output_is_utf8()
+{
+    for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) { // the first that is set decides
+        const char* value = environment(name);
+        if (value == nullptr || *value == '\0')
+            continue;
+        const std::string_view locale = value;
+        for (const char* const encoding : {"UTF-8", "utf-8", "UTF8", "utf8"}) {
+            if (locale.find(encoding) != std::string_view::npos)
+                return true;
+        }
+        return false;
+    }
+    return false;
+}
+
 void hold_output(bool on)
 {
     output_held = on;

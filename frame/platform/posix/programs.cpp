@@ -1,5 +1,3 @@
-// Other programs, and what the terminal's user has set.
-
 #include "frame/platform/platform.h"
 
 #include <array>
@@ -88,22 +86,6 @@ ProgramRun run_program(const std::vector<std::string>& arguments, std::string_vi
     run.output = out.text();
     run.errors = errors.text();
     return run;
-}
-
-bool output_is_utf8()
-{
-    for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-        const char* value = environment(name);
-        if (value == nullptr || *value == '\0')
-            continue;
-        const std::string_view locale = value;
-        for (const char* const encoding : {"UTF-8", "utf-8", "UTF8", "utf8"}) {
-            if (locale.find(encoding) != std::string_view::npos)
-                return true;
-        }
-        return false;
-    }
-    return false;
 }
 
 } // namespace platform

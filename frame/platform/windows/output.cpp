@@ -198,6 +198,11 @@ std::size_t write_some_output(std::string_view bytes, int rows_to_leave)
     return write_output(bytes, rows_to_leave); // a console takes what it gets
 }
 
+bool output_is_utf8()
+{
+    return true;
+}
+
 void hold_output(bool on)
 {
     output_held = on;

@@ -1,6 +1,5 @@
-// Other programs, and what the terminal's user has set.
-
 #include "frame/platform/platform.h"
+#include "frame/platform/windows/screen.h"
 
 #include <array>
 #include <windows.h>
@@ -63,15 +62,6 @@ private:
     HANDLE handle_ = INVALID_HANDLE_VALUE;
 };
 
-std::wstring wide(std::string_view text)
-{
-    const int size = static_cast<int>(text.size());
-    const int length = MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0);
-    std::wstring result(static_cast<std::size_t>(length), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), size, result.data(), length);
-    return result;
-}
-
 /// Of a program on the PATH, and only there: what lies in the working directory is nobody's. Empty
 /// when there is none.
 std::wstring find_program(const std::string& name)
@@ -124,11 +114,6 @@ ProgramRun run_program(const std::vector<std::string>& arguments, std::string_vi
     run.output = out.text();
     run.errors = errors.text();
     return run;
-}
-
-bool output_is_utf8()
-{
-    return true;
 }
 
 } // namespace platform
