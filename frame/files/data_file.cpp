@@ -23,12 +23,22 @@ bool shorten(std::string& path)
     return !path.empty() && path.back() != '/' && path.back() != '\\';
 }
 
-void tell_wait_for_reader(const char* name)
+void tell_wait(const char* what, const char* name)
 {
     console.clear_line(); // of a progress text
-    print_warning("Waiting for somebody to read the pipe '%s'; Ctrl-C gives it up",
+    print_warning("Waiting for somebody to %s the pipe '%s'; Ctrl-C gives it up", what,
                   printable(name).c_str());
     console.flush();
+}
+
+void tell_wait_for_reader(const char* name)
+{
+    tell_wait("read", name);
+}
+
+void tell_wait_for_writer(const char* name)
+{
+    tell_wait("write into", name);
 }
 
 } // namespace
@@ -206,7 +216,7 @@ InputFile::~InputFile()
 
 bool InputFile::open(const char* name)
 {
-    file_ = platform::open_file(name, "rb");
+    file_ = platform::open_file(name, "rb", tell_wait_for_writer);
     at_ = end_ = 0;
     given_up_ = false;
     return file_ != nullptr;

@@ -119,7 +119,8 @@ public:
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
 
-    /// False when the file cannot be opened. A folder can, but not be read.
+    /// False when the file cannot be opened. A folder can, but not be read. Tells the user when it
+    /// is a pipe into which nobody writes for a while.
     [[nodiscard]] bool open(const char* name);
 
     /// The next bytes, which stay: at least `count` of them (no more than 64), unless the

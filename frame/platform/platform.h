@@ -237,8 +237,9 @@ void begin_writing_file();
 void end_writing_file();
 
 /// Opens a file as std::fopen() does; its name is UTF-8. Text ("w") gets the line ends of the
-/// system. A pipe that is to be written, and that nobody reads, is waited for until somebody does
-/// or the program is asked to end; before that `before_wait` gets its name.
+/// system. With `before_wait` a pipe is opened as soon as somebody reads it, or has written into
+/// it; not at all when the program is asked to end before. A wait that lasts begins with
+/// `before_wait`, which gets the name.
 std::FILE* open_file(const char* name, const char* mode,
                      void (*before_wait)(const char* name) = nullptr);
 

@@ -87,6 +87,26 @@ TEST(SlowPipe, IsWaitedForUntilSomebodyReadsIt)
     }
 }
 
+constexpr const char* waiting_for_writer =
+    "Waiting for somebody to write into the pipe 'pipe'; Ctrl-C gives it up";
+
+TEST(SlowPipe, ThatNobodyWritesIsWaitedForUntilTheEndIsAskedFor)
+{
+    for (const char* letters : {"-xl", "-XL"}) {
+        SCOPED_TRACE(letters);
+        const ControllerRun run{"3 -G " + std::string{letters} + " pipe -T"};
+        NamedPipe pipe{run.folder + "/pipe"};
+        pipe.open_end(O_RDONLY); // another reader
+        PseudoTerminal terminal{run};
+        ASSERT_TRUE(terminal.shows(waiting_for_writer));
+        terminal.send_signal(SIGINT);
+        EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
+        EXPECT_THAT(terminal.screen.screen(), HasSubstr("interrupted\n"));
+        EXPECT_THAT(terminal.screen.screen(), Not(HasSubstr("Error")));
+        EXPECT_TRUE(was_called(run, "Close"));
+    }
+}
+
 TEST(SlowPipe, IsReadToItsEndUnlessTheProgramIsAskedToEnd)
 {
     std::signal(SIGPIPE, SIG_IGN); // a reader that ends early fails the write
@@ -99,6 +119,7 @@ TEST(SlowPipe, IsReadToItsEndUnlessTheProgramIsAskedToEnd)
         terminal.type("y");
         ASSERT_TRUE(terminal.shows("proceed?"));
         terminal.type("y");
+        ASSERT_TRUE(terminal.shows(waiting_for_writer));
         pipe.open_end(O_WRONLY);
         std::string image; // up to the end of the last block
         for (int i = 0; i < 0x400A0; ++i)

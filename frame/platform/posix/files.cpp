@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <poll.h>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -117,21 +118,40 @@ Copied result_of_failed_creation()
     }
 }
 
-/// Opens a pipe for writing as soon as it has a reader; null, too, when the program is asked to
-/// end. To wait in open() would miss a request that comes just before.
+/// True when something has been written into a pipe, or its last writer has gone.
+bool has_news(int pipe)
+{
+    pollfd entry = {.fd = pipe, .events = POLLIN, .revents = 0};
+    return poll(&entry, 1, 0) > 0;
+}
+
+/// Opens a pipe as soon as somebody reads it or has written into it; null, too, when the program is
+/// asked to end. To wait in open() would miss a request that comes just before.
 std::FILE* open_pipe(const char* name, const char* mode, void (*before_wait)(const char* name))
 {
     constexpr std::int64_t interval_ms = 20;
-    const auto attempt = [name] { return open(name, O_WRONLY | O_NONBLOCK | O_CLOEXEC); };
-    int pipe = attempt();
-    for (bool told = false; pipe < 0 && errno == ENXIO && !posix::stop_is_due(); told = true) {
-        if (!told)
+    const bool is_read = *mode == 'r';
+    const int patient_looks = is_read ? 25 : 0; // a writer may have to work for what it writes
+    const int access = is_read ? O_RDONLY : O_WRONLY;
+    int pipe = -1;
+    const auto look = [&] {
+        if (pipe < 0)
+            pipe = open(name, access | O_NONBLOCK | O_CLOEXEC);
+        return pipe < 0 ? errno != ENXIO : !is_read || has_news(pipe);
+    };
+    bool is_over = look();
+    for (int looks = 0; !is_over && !posix::stop_is_due(); ++looks) {
+        if (looks == patient_looks)
             before_wait(name);
         sleep_ms(interval_ms);
-        pipe = attempt();
+        is_over = look();
     }
-    // Never closed in between: the reader would take that for the end.
-    return pipe >= 0 && fcntl(pipe, F_SETFL, O_WRONLY) == 0 ? fdopen(pipe, mode) : nullptr;
+    // Not closed in between: who has the other end would take that for the end.
+    if (is_over && pipe >= 0 && fcntl(pipe, F_SETFL, access) == 0)
+        return fdopen(pipe, mode);
+    if (pipe >= 0)
+        close(pipe);
+    return nullptr;
 }
 
 } // namespace
