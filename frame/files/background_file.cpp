@@ -47,6 +47,7 @@ struct BackgroundFile::Job {
 
 private:
     void carry_out();
+    [[nodiscard]] bool acquire(std::unique_lock<std::mutex>& lock) const;
     void say_last_words();
 };
 
@@ -77,7 +78,11 @@ void BackgroundFile::Job::write()
 
 void BackgroundFile::Job::carry_out()
 {
-    std::unique_lock lock{mutex};
+    std::unique_lock lock{mutex, std::defer_lock};
+    if (!acquire(lock)) {
+        say_last_words();
+        return;
+    }
     const std::string taken = std::exchange(bytes, {});
     const bool ends = is_to_end;
     is_idle = taken.empty() && !ends;
@@ -88,11 +93,26 @@ void BackgroundFile::Job::carry_out()
         say_last_words();
     if (ends)
         good = (is_complete && good && !has_failed ? file.complete() : file.close()) && good;
-    lock.lock();
+    if (!acquire(lock))
+        return;
     failed = failed || !good;
     is_idle = bytes.empty();
     has_ended = ends;
     news.notify_all();
+}
+
+/// False when the last words are due and the program has failed while it had the lock: what it
+/// shares cannot be trusted then, and the lock never comes.
+bool BackgroundFile::Job::acquire(std::unique_lock<std::mutex>& lock) const
+{
+    constexpr std::chrono::milliseconds interval{1};
+    constexpr int last_looks = 10;
+    for (int looks = 0; !lock.try_lock();) {
+        if (ends_now && ++looks > last_looks)
+            return false;
+        std::this_thread::sleep_for(interval);
+    }
+    return true;
 }
 
 void BackgroundFile::Job::say_last_words()

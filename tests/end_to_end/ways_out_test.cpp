@@ -7,15 +7,22 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
+using testing::AllOf;
 using testing::AnyOf;
 using testing::ContainsRegex;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
 namespace
 {
+
+/// A sanitizer's runtime would take signals for faults of the program, and deal with those itself.
+constexpr const char* no_signals_for_sanitizers =
+    "handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:handle_sigtrap=0:handle_abort=0";
 
 TEST(WayOut, OfADisplayLeavesTheTerminalAsItWas)
 {
@@ -66,9 +73,7 @@ TEST(WayOut, ByEverySignalIsInOrder)
     for (const int number : ending_signals()) {
         SCOPED_TRACE(number);
         ControllerRun run{"3 -G -PK -Z -T"};
-        // A sanitizer's runtime would take these for faults of the program.
-        run.environment["ASAN_OPTIONS"] = "handle_segv=0:handle_sigbus=0:handle_sigfpe=0:"
-                                          "handle_sigill=0:handle_sigtrap=0:handle_abort=0";
+        run.environment["ASAN_OPTIONS"] = no_signals_for_sanitizers;
         PseudoTerminal terminal{run};
         ASSERT_TRUE(terminal.shows("24.000V"));
         terminal.send_signal(number);
@@ -77,6 +82,40 @@ TEST(WayOut, ByEverySignalIsInOrder)
         EXPECT_TRUE(was_called(run, "Close"));
         EXPECT_FALSE(was_called(run, "DevicePurge")) << "no later switch runs";
         expect_terminal_restored(terminal);
+    }
+}
+
+TEST(Crash, LeavesTheTerminalAsItWasAndTellsWhatMayBeOn)
+{
+    using Way = std::pair<const char*, int>;
+    const auto crash = [](const char* switches, const Way& way, bool is_test) {
+        SCOPED_TRACE(std::string{switches} + ' ' + way.first);
+        ControllerRun run{std::string{"3 -G "} + switches + " -T", "uptime 200\n"};
+        run.size = {.columns = 140, .rows = 60};
+        run.environment["LD_PRELOAD"] = FAILING_PROGRAM_LIBRARY;
+        run.environment["CRASH"] = run.folder + "/crash";
+        run.environment["ASAN_OPTIONS"] =
+            no_signals_for_sanitizers + std::string{":verify_asan_link_order=0"};
+        write_file(run.folder + "/report", "an older report\n");
+        PseudoTerminal terminal{run};
+        ASSERT_TRUE(terminal.wait_until(
+            [&] { return was_called(run, is_test ? "SetEnable" : "GetHousekeeping"); }));
+        write_file(run.folder + "/crash", way.first);
+        EXPECT_EQ(terminal.exit_status(), -way.second);
+        expect_terminal_restored(terminal);
+        const auto told = HasSubstr(
+            "The program has failed: settings are not restored, outputs may still be on!\n\n"
+            "The file before is kept as 'report~'\n");
+        EXPECT_EQ(testing::Value(terminal.screen.screen(), told), is_test);
+        const auto last_words =
+            AllOf(HasSubstr("First error:\tthe program has failed\n\n"),
+                  EndsWith("OUTPUTS MAY STILL BE ON! The settings could not be restored\n"));
+        EXPECT_EQ(testing::Value(contents(run.folder + "/report"), last_words), is_test);
+    };
+    for (const Way& way :
+         {Way{"no address", SIGSEGV}, {"full stack", SIGSEGV}, {"abort", SIGABRT}}) {
+        crash("-PK", way, false);
+        crash("-R report", way, true);
     }
 }
 

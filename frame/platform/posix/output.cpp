@@ -1,6 +1,7 @@
 #include "frame/platform/posix/posix.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <string>
@@ -25,9 +26,10 @@ enum class Way {
 };
 
 Way way = Way::unknown;
-int reopened_output = -1;
 bool output_held = false;
 std::string failure; ///< of the first write that failed; nothing is written after it
+// Read by the signal handlers.
+volatile std::sig_atomic_t reopened_output = -1;
 volatile std::sig_atomic_t rows_below = 0;
 
 Way find_way()
@@ -98,22 +100,27 @@ namespace posix
 
 int unblocked_output()
 {
-    return reopened_output >= 0 ? reopened_output : STDOUT_FILENO;
+    const int reopened = reopened_output;
+    return reopened >= 0 ? reopened : STDOUT_FILENO;
 }
 
 void close_reopened_output()
 {
-    if (reopened_output >= 0)
-        close(reopened_output);
-    reopened_output = -1;
+    const int reopened = reopened_output;
     way = Way::unknown;
+    reopened_output = -1; // first: a signal in between still has something to tell
+    if (reopened >= 0)
+        close(reopened);
 }
 
-int take_rows_to_leave()
+int rows_to_leave()
 {
-    const int rows = rows_below;
+    return rows_below;
+}
+
+void note_cursor_below_screen()
+{
     rows_below = 0;
-    return rows;
 }
 
 } // namespace posix

@@ -91,7 +91,9 @@ void close_reopened_output();
 /// never waits.
 bool tell_below_screen(std::string_view text);
 
-/// So many rows down the cursor stands below everything on the screen; whoever asks moves it there.
-[[nodiscard]] int take_rows_to_leave();
+/// So many rows down the cursor stands below everything on the screen.
+[[nodiscard]] int rows_to_leave();
+/// It stands there now. Noted when it is done: a signal in between does it once more.
+void note_cursor_below_screen();
 
 } // namespace platform::posix

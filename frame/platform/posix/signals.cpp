@@ -1,6 +1,7 @@
 #include "frame/platform/posix/posix.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <ctime>
@@ -157,6 +158,20 @@ void on_terminal_stop(int number, siginfo_t* info, void*)
     errno = saved_errno;
 }
 
+/// Where a crash handler runs when the program's own stack is full.
+alignas(16) std::array<char, 65536> spare_stack;
+
+/// Leaves the one of a sanitizer's runtime as it is.
+void provide_spare_stack()
+{
+    stack_t known = {};
+    if (sigaltstack(nullptr, &known) != 0 || (known.ss_flags & SS_DISABLE) == 0)
+        return;
+    const stack_t spare = {
+        .ss_sp = spare_stack.data(), .ss_flags = 0, .ss_size = spare_stack.size()};
+    sigaltstack(&spare, nullptr);
+}
+
 /// The last thing that a crash does: the terminal must not stay behind unusable.
 void on_crash(int number, siginfo_t* info, void* context)
 {
@@ -201,9 +216,10 @@ void restart_after_stop_request(bool restart)
 {
     for (int number = 1; number <= SIGRTMAX; ++number) {
         struct sigaction action = {};
-        if (sigaction(number, nullptr, &action) != 0 || action.sa_sigaction != on_stop_request)
+        if (sigaction(number, nullptr, &action) != 0 ||
+            (action.sa_sigaction != on_stop_request && action.sa_sigaction != on_crash))
             continue;
-        action.sa_flags = SA_SIGINFO | (restart ? SA_RESTART : 0);
+        action.sa_flags = restart ? action.sa_flags | SA_RESTART : action.sa_flags & ~SA_RESTART;
         sigaction(number, &action, nullptr);
     }
 }
@@ -217,9 +233,15 @@ constinit StopRequests requests;
 
 void watch_signals()
 {
+    sigevent event = {};
+    event.sigev_notify = SIGEV_SIGNAL;
+    event.sigev_signo = reminder_signal;
+    have_reminder = timer_create(CLOCK_MONOTONIC, &event, &reminder) == 0;
+    provide_spare_stack();
     for (int number = 1; number <= SIGRTMAX; ++number) {
         if (is_among(number, crash_signals))
-            watch(number, {.handler = on_crash, .only_free = true});
+            watch(number,
+                  {.handler = on_crash, .flags = SA_ONSTACK, .alone = true, .only_free = true});
         else if (!is_among(number, other_signals)) // breaks off what waits for a pipe
             watch(number, {.handler = on_stop_request,
                            .alone = true,
@@ -230,10 +252,6 @@ void watch_signals()
     watch(SIGTSTP, {.handler = on_terminal_stop, .flags = SA_RESTART, .alone = true});
     watch(SIGCONT, {.handler = on_continue, .flags = SA_RESTART, .alone = true});
     watch(reminder_signal, {.handler = on_reminder, .flags = SA_RESTART, .alone = true});
-    sigevent event = {};
-    event.sigev_notify = SIGEV_SIGNAL;
-    event.sigev_signo = reminder_signal;
-    have_reminder = timer_create(CLOCK_MONOTONIC, &event, &reminder) == 0;
 }
 
 void request_stop(int number)

@@ -30,7 +30,7 @@ volatile std::sig_atomic_t in_background = 0; ///< when keys were last looked fo
 /// terminal that holds everything up.
 void leave_screen(std::string_view text)
 {
-    const int rows = posix::take_rows_to_leave();
+    const int rows = posix::rows_to_leave();
     std::array<char, 1024> bytes;
     std::size_t size = 0;
     const auto add = [&](std::string_view piece) {
@@ -43,6 +43,7 @@ void leave_screen(std::string_view text)
         add("\r\n");
     add(text);
     (void)!write(posix::unblocked_output(), bytes.data(), size);
+    posix::note_cursor_below_screen();
 }
 
 /// Noted before it is done: a signal that comes in between has to take it back.
@@ -100,7 +101,9 @@ bool keys_are_ours()
     if (is_in_background(STDIN_FILENO)) {
         raw_input_active = 0; // by now the modes are those of whoever has the terminal
         in_background = 1;
-        return false;
+        // A SIGCONT in between may have made it ours, which those two lines have undone.
+        if (is_in_background(STDIN_FILENO))
+            return false;
     }
     if (in_background != 0 && take_terminal_again())
         note_lost_screen();

@@ -29,8 +29,9 @@ std::atomic<bool> input_taken = false; ///< single keys, without echo
 void hand_terminal_back()
 {
     windows::leave_screen();
-    if (input_taken.exchange(false))
+    if (input_taken)
         SetConsoleMode(input, original_input_mode);
+    input_taken = false; // when it is done: another thread may be about to end the process
 }
 
 /// The last thing before an end on the spot: tells of settings that stay changed, gives the console
@@ -274,8 +275,11 @@ void start_raw_input()
         (original_input_mode & ~DWORD{ENABLE_LINE_INPUT | ENABLE_ECHO_INPUT | ENABLE_MOUSE_INPUT |
                                       ENABLE_VIRTUAL_TERMINAL_INPUT}) |
         ENABLE_PROCESSED_INPUT | ENABLE_WINDOW_INPUT;
-    if (input_is_console && !input_taken && SetConsoleMode(input, mode) != 0)
-        input_taken = true;
+    if (!input_is_console || input_taken)
+        return;
+    input_taken = true; // before it is done: a request may end the program in between
+    if (SetConsoleMode(input, mode) == 0)
+        input_taken = false;
 }
 
 InputResult read_input(unsigned char* buffer, std::size_t size, std::size_t& count,
