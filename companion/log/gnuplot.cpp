@@ -25,13 +25,49 @@ std::string quoted(const std::string& text)
     return quoted + '\'';
 }
 
+/// A sample between two gaps, of which a line shows nothing.
+bool is_alone(const std::vector<Point>& points, std::size_t i)
+{
+    const auto is_gap = [&](std::size_t at) {
+        return at >= points.size() || std::isnan(points[at].y);
+    };
+    return !is_gap(i) && (i == 0 || is_gap(i - 1)) && is_gap(i + 1);
+}
+
+bool has_lone_samples(const Curve& curve)
+{
+    for (std::size_t i = 0; i < curve.points.size(); ++i) {
+        if (is_alone(curve.points, i))
+            return true;
+    }
+    return false;
+}
+
+/// Lines "x y"; those of lone samples have the y once more.
 std::string data_of(const Curve& curve, std::size_t index)
 {
     std::string data = formatted("$curve%zu << END\n", index);
-    for (const Point& point : curve.points)
-        data +=
-            std::isnan(point.y) ? "\n" : number_text(point.x) + ' ' + number_text(point.y) + '\n';
+    for (std::size_t i = 0; i < curve.points.size(); ++i) {
+        const Point& point = curve.points[i];
+        const std::string y = ' ' + number_text(point.y);
+        if (!std::isnan(point.y))
+            data += number_text(point.x) + y + (is_alone(curve.points, i) ? y : "");
+        data += '\n';
+    }
     return data + "END\n";
+}
+
+/// What draws the curve, in the color of that number.
+std::string curve_script(const Drawing& drawing, const Picture& picture, const Curve& curve,
+                         std::size_t index, std::size_t color)
+{
+    const std::string data = formatted("$curve%zu using 1:", index);
+    const std::string of_color = formatted(" linetype %zu", color);
+    std::string script = data + "2 with " + (picture.is_over_time ? "lines" : "linespoints") +
+                         of_color + " title " + quoted(drawing.label_of(curve)) + " noenhanced";
+    if (picture.is_over_time && has_lone_samples(curve))
+        script += ", " + data + "3 with points" + of_color + " pointtype 7 pointsize 0.4 notitle";
+    return script;
 }
 
 constexpr int width = 1200, height_of_panel = 260, height_of_line = 20; ///< pixels
@@ -45,10 +81,9 @@ std::string panel_script(const Drawing& drawing, const Picture& picture, const P
     script += is_last ? "set xlabel " + quoted(picture.x_name + " in " + picture.x_unit) + '\n'
                       : "unset xlabel\n";
     std::string curves;
-    for (const Curve* curve : panel.curves)
-        curves += (curves.empty() ? "plot " : ", ") + formatted("$curve%zu", first_curve++) +
-                  " using 1:2 with " + (picture.is_over_time ? "lines" : "linespoints") +
-                  " title " + quoted(drawing.label_of(*curve)) + " noenhanced";
+    for (std::size_t i = 0; i < panel.curves.size(); ++i)
+        curves += (i == 0 ? "plot " : ", ") +
+                  curve_script(drawing, picture, *panel.curves[i], first_curve + i, i + 1);
     return script + curves + "\nunset label\n";
 }
 
@@ -62,6 +97,18 @@ std::string labels_script(const Drawing& drawing, int height)
                   " at screen 0.02, screen " + number_text(1.0 - below) + " noenhanced\n";
     }
     return script;
+}
+
+/// What all panels have in common.
+std::string style_script()
+{
+    std::string script = "set encoding utf8\nset lmargin 12\nset rmargin 3\nset grid\n"
+                         "set key outside top right horizontal noenhanced\n";
+    // A curve on the edge of its panel could not be told from it.
+    script += "set autoscale yfix\nset offsets 0, 0, graph 0.03, graph 0.03\n";
+    for (std::size_t i = 0; i < curve_colors.size(); ++i)
+        script += formatted("set linetype %zu linecolor rgb '%s'\n", i + 1, curve_colors[i]);
+    return script + formatted("set linetype cycle %zu\n", curve_colors.size());
 }
 
 std::string script_of(const Drawing& drawing, ImageForm form)
@@ -81,10 +128,7 @@ std::string script_of(const Drawing& drawing, ImageForm form)
     std::string script = formatted(
         "set terminal %s size %d,%d noenhanced font 'DejaVu Sans,10' background 'white'\n",
         form == ImageForm::svg ? "svg" : "pngcairo", width, height);
-    script += "set encoding utf8\n" + data +
-              "set multiplot\nset lmargin 12\nset rmargin 3\nset grid\n"
-              "set key outside top right horizontal noenhanced\n" +
-              labels_script(drawing, height);
+    script += style_script() + data + "set multiplot\n" + labels_script(drawing, height);
     const double share = static_cast<double>(height_of_panel) / height;
     double bottom = 1.0 - static_cast<double>(head) / height;
     curves = 0;
@@ -101,22 +145,30 @@ std::string script_of(const Drawing& drawing, ImageForm form)
     return script + "unset multiplot\n";
 }
 
+/// Of what gnuplot says: above it stands the command.
+std::string_view last_line(std::string_view text)
+{
+    text = text.substr(0, text.find_last_not_of(" \n") + 1);
+    text.remove_prefix(text.rfind('\n') + 1);
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    return text;
+}
+
 } // namespace
 
 bool draw_image(const Drawing& drawing, ImageForm form, const Surroundings& outside,
                 std::string& image)
 {
-    const platform::ProgramRun run = platform::run_program({"gnuplot"}, script_of(drawing, form));
+    // Without the settings of who calls: the same recording gives the same image.
+    const platform::ProgramRun run =
+        platform::run_program({"gnuplot", "--default-settings"}, script_of(drawing, form));
     if (!run.was_found) {
         outside.complain("gnuplot draws this form and is not installed; the package is "
                          "gnuplot-nox");
         return false;
     }
     if (run.status != 0 || run.output.empty()) {
-        std::string_view said = run.errors;
-        while (said.starts_with('\n') || said.starts_with(' '))
-            said.remove_prefix(1);
-        outside.complain("gnuplot failed: " + valid_utf8(said.substr(0, said.find('\n'))));
+        outside.complain("gnuplot failed: " + valid_utf8(last_line(run.errors)));
         return false;
     }
     image = run.output;

@@ -4,6 +4,7 @@
 #include "companion/log/thinning.h"
 #include "companion/output.h"
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,10 @@ struct Panel {
     std::vector<const Curve*> curves;
 };
 [[nodiscard]] std::vector<Panel> panels_of(const Picture& picture);
+
+/// How the curves of a panel are told apart on paper; behind the last one they begin again.
+inline constexpr std::array curve_colors = {"#1f5fa8", "#b3261e", "#187a3a", "#8a5a00",
+                                            "#7b3fa0", "#00757d", "#b0307a", "#5a6370"};
 
 /// The smallest and the largest of a number of points; without width it is widened.
 struct Range {

@@ -13,8 +13,6 @@ namespace
 {
 
 constexpr const char* style = R"(
-:root { --curve0: #1f5fa8; --curve1: #b3261e; --curve2: #187a3a; --curve3: #8a5a00; --curve4: #7b3fa0;
-  --curve5: #00757d; --curve6: #b0307a; --curve7: #5a6370; }
 @media screen and (prefers-color-scheme: dark) { :root { --curve0: #7db4f5; --curve1: #ff8a80;
   --curve2: #5fcf86; --curve3: #f0b849; --curve4: #c79bf2; --curve5: #4fd0d8; --curve6: #f58ac6;
   --curve7: #aab4c0; } }
@@ -24,6 +22,14 @@ constexpr const char* style = R"(
 .u-select { background: var(--mark); opacity: .25; }
 .u-cursor-x, .u-cursor-y, .u-hz .u-cursor-x { border-color: var(--faint); }
 )";
+
+std::string colors_style()
+{
+    std::string text = ":root {";
+    for (std::size_t i = 0; i < curve_colors.size(); ++i)
+        text += " --curve" + std::to_string(i) + ": " + curve_colors[i] + ';';
+    return text + " }";
+}
 
 /// A number or, of a gap, null.
 void add_number(std::string& text, double value)
@@ -118,7 +124,7 @@ void write_drawing_page(TextFile& file, const Drawing& drawing)
     begin_page(file, "Measurements",
                "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
                "style-src 'unsafe-inline'; script-src 'unsafe-inline'; img-src data:\">\n<style>" +
-                   std::string{uplot_style} + style + "</style>\n");
+                   std::string{uplot_style} + colors_style() + style + "</style>\n");
     file.write("<main>\n");
     for (const Drawing::Source& source : drawing.sources)
         file.write("<h1>" + escaped_markup(source.file) + "</h1>\n<p>" +

@@ -30,12 +30,13 @@ function xText(picture, x) {
   return timeText(x) + only;
 }
 
-/// The columns of a curve; its times are the milliseconds from each point to the next.
+/// The columns of a curve; its times are the milliseconds from each point to the next. Of points at
+/// one time only the last would be drawn, so each is a little later than the one before.
 function columnsOf(picture, curve) {
   if (!picture.overTime)
     return [curve.x, curve.y];
-  let ms = 0;
-  return [curve.x.map(step => (ms += step) / 1000), curve.y];
+  let ms = 0, shown = -Infinity;
+  return [curve.x.map(step => (shown = Math.max(ms += step, shown + 0.001)) / 1000), curve.y];
 }
 
 /// Curves over the times of all. A gap reaches from sample to sample, whatever others have between.
@@ -64,6 +65,21 @@ function nearest(plot, series, index) {
   return at - x[before] < x[behind] - at ? before : behind;
 }
 
+/// The points of a curve between two gaps within one pixel: of these its line shows nothing.
+function lonePoints(plot, series, areAllShown) {
+  const [first, last] = plot.series[series].idxs, x = plot.data[0], y = plot.data[series], lone = [];
+  for (let begin = first, i = first; !areAllShown && i <= last + 1; ++i) {
+    if (i <= last && y[i] !== null)
+      continue;
+    const isNarrow = begin < i && plot.valToPos(x[i - 1], "x") - plot.valToPos(x[begin], "x") < 1;
+    for (; isNarrow && begin < i; ++begin)
+      if (y[begin] !== undefined)
+        lone.push(begin);
+    begin = i + 1;
+  }
+  return lone.length > 0 ? lone : null;
+}
+
 /// All panels of a picture show the same part of its axis.
 function zoomOthers(plots, plot, scale) {
   if (scale != "x" || plots.isZooming)
@@ -87,7 +103,7 @@ function makePanel(picture, panel, plots, key) {
   document.getElementById("panels").append(heading, place);
   const series = panel.curves.map((curve, i) => ({
     label: curve.label, stroke: () => colorOf("--curve" + i % 8), width: 1,
-    points: picture.overTime ? {} : {show: true},
+    points: picture.overTime ? {filter: lonePoints} : {show: true},
     value: (plot, y) => y == null ? "--" : y + " " + panel.unit,
   }));
   const marks = picture.overTime ? {values: (plot, times) => times.map(timeText), space: 90} : {};

@@ -53,7 +53,7 @@ std::vector<Point> Thinning::points() const
         const bool falls = column.smallest.time_ms > column.largest.time_ms;
         kept.push_back(falls ? column.largest : column.smallest);
         kept.back().is_behind_gap = column.begins_behind_gap;
-        if (column.smallest.time_ms != column.largest.time_ms) {
+        if (column.smallest.value != column.largest.value) { // they may have the same time
             kept.push_back(falls ? column.smallest : column.largest);
             kept.back().is_behind_gap = false;
         }

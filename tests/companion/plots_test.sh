@@ -28,11 +28,13 @@ if [ -e /usr/share/zoneinfo/Europe/Berlin ]; then
 else
     echo "not installed, left out: tzdata"
 fi
-for locale in de_DE.UTF-8 C; do
+localedef -i de_DE -f UTF-8 "$folder/comma" >/dev/null 2>&1 || echo "left out: a locale with a decimal comma"
+export LOCPATH=$folder
+for locale in comma C; do
     LC_ALL=$locale "$kov" log stats "$name" | tail -n +3 >"stats.$locale"
     LC_ALL=$locale "$kov" log csv "$name" >"csv.$locale"
 done
-cmp stats.de_DE.UTF-8 stats.C && cmp csv.de_DE.UTF-8 csv.C || fail "the locale changes numbers"
+cmp stats.comma stats.C && cmp csv.comma csv.C || fail "the locale changes numbers"
 grep -q 'Voltage/V  *20000  *10.0.*60 ' stats.C || fail "statistics: $(cat stats.C)"
 
 # ---- Images ----
@@ -43,7 +45,14 @@ if is_there gnuplot; then
         "$kov" log plot -o "one.$form" "$name" && "$kov" log plot -o "two.$form" "$name" || fail "no $form"
         cmp "one.$form" "two.$form" || fail "the same recording gives two $form"
     done
-    LC_ALL=de_DE.UTF-8 "$kov" log plot -o other.svg "$name" && cmp one.svg other.svg || fail "the locale changes the image"
+    echo 'set logscale y; set title "mine"' >.gnuplot
+    HOME=$folder LC_ALL=comma "$kov" log plot -o other.svg "$name" && cmp one.svg other.svg ||
+        fail "the locale or somebody's settings change the image"
+    head -n 5 "$name" >row.txt
+    "$kov" log plot --only Width -o row.svg row.txt && grep -q 'gpPt.*translate' row.svg || fail "a single sample is not seen"
+    awk 'NR < 5 { print } NR == 5 { print "0.010\t1.7e308"; print "0.020\t-1.7e308" }' row.txt >wide.txt
+    "$kov" log plot --only Width -o wide.svg wide.txt 2>problems
+    [ $? -eq 3 ] && grep -q 'gnuplot failed: line [0-9]*: ' problems || fail "gnuplot's message: $(cat problems)"
     if is_there xmllint; then
         xmllint --noout one.svg || fail "the image is no XML"
         [ "$(xmllint --xpath 'count(//*[local-name()="script" or local-name()="img"])' one.svg)" = 0 ] ||
@@ -85,6 +94,8 @@ def is_drawn(x, y):
 top = head + panel + 40
 columns = {x for y in range(top, top + 40) for x in range(110, 1160) if is_drawn(x, y)}
 assert columns and max(columns) - min(columns) < 6, sorted(columns)
+# A curve at the upper edge of its panel, the constant period.
+assert any(is_drawn(200, y) for y in range(head + 20, head + 60))
 # 160 s of 260 s, between the margins of the plot.
 assert 0.55 < (min(columns) - 96) / 1080 < 0.68, sorted(columns)
 END
@@ -160,6 +171,12 @@ if has_browser && is_there python3; then
     tells zoomed '\(1\(29\|30\)\.[0-9]\.\.19[45]\.[0-9]\) \1 \1'
     tells all '0\.0\.\.260\.0 0\.0\.\.260\.0 0\.0\.\.260\.0'
     tells elements 0
+    # Laid over another one, which has samples of one time alone between two gaps.
+    awk '{ print } /^90\.000\t/ { print "120.000\t\t\t10\n120.000\t\t\t50\n120.000\t\t\t10" }' "$name" >alone.txt
+    "$kov" log plot --only Voltage,Current -o two.html "$name" alone.txt || fail "no page of two"
+    driven two.html
+    tells panels 2
+    tells spike 'true,true,false .*'
     driven report.html
     tells panels 4
     ! grep -E '<[^>]* (src|href)="?[^d"]' page.html report.html || fail "a page refers to something"
