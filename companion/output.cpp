@@ -2,6 +2,7 @@
 
 #include "companion/text.h"
 #include "frame/platform/platform.h"
+#include "instrument/recordings.h"
 #include "protocol/report/report_texts.h"
 
 #include <algorithm>
@@ -142,22 +143,36 @@ bool is_same_file(const std::string& one, const std::string& other)
     return !whole.empty() && whole == other_whole;
 }
 
-bool is_report_file(const std::string& name)
+/// The first bytes of a regular file; others could wait for ever.
+std::string begin_of(const std::string& name)
 {
     std::error_code error;
-    // What is no regular file could wait for ever.
     if (!std::filesystem::is_regular_file(path_of(name), error))
-        return false;
+        return {};
     std::FILE* file = platform::open_file(name.c_str(), "rb");
     if (file == nullptr)
-        return false;
-    std::string begin(std::strlen(report_text::created_on), '\0');
+        return {};
+    std::string begin(64, '\0');
     begin.resize(std::fread(begin.data(), 1, begin.size(), file));
     std::fclose(file);
-    return begin == report_text::created_on;
+    return begin;
+}
+
+bool is_recording_file(const std::string& name)
+{
+    const std::string begin = begin_of(name);
+    return std::any_of(std::begin(recording::formats), std::end(recording::formats),
+                       [&](const MeasurementFormat* format) {
+                           return begin.starts_with(std::string{format->what} + ":\t");
+                       });
 }
 
 } // namespace
+
+bool is_report_file(const std::string& name)
+{
+    return begin_of(name).starts_with(report_text::created_on);
+}
 
 bool may_be_written(const std::string& name, const std::vector<std::string>& read,
                     const Surroundings& outside)
@@ -171,6 +186,8 @@ bool may_be_written(const std::string& name, const std::vector<std::string>& rea
         outside.complain(valid_utf8(name) + ": this file is read, so it cannot be written");
     else if (is_report_file(name))
         outside.complain(valid_utf8(name) + ": this is a report, so it is not overwritten");
+    else if (is_recording_file(name))
+        outside.complain(valid_utf8(name) + ": this is a recording, so it is not overwritten");
     else
         return true;
     return false;

@@ -77,8 +77,12 @@ private:
     bool good_ = true;
 };
 
-/// False, with a message, when the file that shall be written is one of those that are read, or a
-/// report: nothing shall be lost. Empty names stand for no file.
+/// True for a file that begins as a report of the acceptance test. What is no regular file, and
+/// could make one wait for ever, counts as none.
+[[nodiscard]] bool is_report_file(const std::string& name);
+
+/// False, with a message, when the file that shall be written is one of those that are read, a
+/// report or a recording: nothing shall be lost. Empty names stand for no file.
 [[nodiscard]] bool may_be_written(const std::string& name, const std::vector<std::string>& read,
                                   const Surroundings& outside);
 /// The same of several files, of which no two may be one.

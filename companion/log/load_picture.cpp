@@ -59,26 +59,15 @@ bool open_recording(const PictureRequest& request, const std::string& file,
     return true;
 }
 
-/// All that was asked for is there.
-bool has_all_quantities(const PictureRequest& request,
-                        const std::vector<std::unique_ptr<Recording>>& recordings,
-                        const Surroundings& outside)
+/// Of all files.
+std::vector<std::string> quantity_names(const std::vector<std::unique_ptr<Recording>>& recordings)
 {
-    std::string known;
     std::vector<std::string> names;
     for (const auto& recording : recordings) {
-        for (const RecordedColumn& column : recording->reader.format().columns) {
+        for (const RecordedColumn& column : recording->reader.format().columns)
             names.push_back(quantity_name(column));
-            known += (known.empty() ? "" : ", ") + names.back();
-        }
     }
-    for (const std::string& name : request.only) {
-        if (std::find(names.begin(), names.end(), name) == names.end()) {
-            outside.complain("there is no quantity " + valid_utf8(name) + "; there are " + known);
-            return false;
-        }
-    }
-    return true;
+    return names;
 }
 
 /// Reads once more and keeps what can be seen. True when that is less than all.
@@ -143,6 +132,23 @@ bool PictureRequest::wants(const std::string& name) const
     return only.empty() || std::find(only.begin(), only.end(), name) != only.end();
 }
 
+bool PictureRequest::finds_all(const std::vector<std::string>& known,
+                               const Surroundings& outside) const
+{
+    const auto unknown = std::find_if(only.begin(), only.end(), [&](const std::string& name) {
+        return std::find(known.begin(), known.end(), name) == known.end();
+    });
+    if (unknown == only.end())
+        return true;
+    std::string list;
+    for (auto name = known.begin(); name != known.end(); ++name) {
+        if (std::find(known.begin(), name, *name) == name) // several files may have it
+            list += (list.empty() ? "" : ", ") + *name;
+    }
+    outside.complain("there is no quantity " + valid_utf8(*unknown) + "; there are " + list);
+    return false;
+}
+
 int load_recordings(const PictureRequest& request, const Surroundings& outside, Drawing& drawing)
 {
     std::vector<std::unique_ptr<Recording>> recordings;
@@ -154,7 +160,7 @@ int load_recordings(const PictureRequest& request, const Surroundings& outside, 
         for (const std::size_t column : recordings.back()->columns)
             curves += recordings.back()->statistics.quantities[column].count() > 0 ? 1U : 0U;
     }
-    if (!has_all_quantities(request, recordings, outside))
+    if (!request.finds_all(quantity_names(recordings), outside))
         return wrong_usage;
     Picture picture{.x_name = "time since the start", .x_unit = "s", .is_over_time = true};
     if (!find_range(recordings, picture) || curves == 0) {

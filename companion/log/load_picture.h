@@ -14,15 +14,15 @@ struct PictureRequest {
     std::size_t most_points = 0;    ///< of all curves together; 0 = as many as the columns need
 
     [[nodiscard]] bool wants(const std::string& name) const;
+    /// False, with a message, when something is wanted that is not among the known names.
+    [[nodiscard]] bool finds_all(const std::vector<std::string>& known,
+                                 const Surroundings& outside) const;
 };
 
 /// Reads the recordings and thins them. Returns the exit status, with a message when it is not 0;
 /// at 2 there is a drawing nevertheless.
 [[nodiscard]] int load_recordings(const PictureRequest& request, const Surroundings& outside,
                                   Drawing& drawing);
-
-/// True for the first bytes of a report of the acceptance test.
-[[nodiscard]] bool begins_as_report(std::string_view bytes);
 
 /// The same of reports: outputs over their targets, and the heater's runs.
 [[nodiscard]] int load_reports(const PictureRequest& request, const Surroundings& outside,

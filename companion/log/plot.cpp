@@ -4,8 +4,6 @@
 #include "frame/platform/platform.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <filesystem>
 
 namespace companion
 {
@@ -25,22 +23,6 @@ Form form_of(const std::string& out)
             return form;
     }
     return Form::unknown;
-}
-
-/// True when the file begins as a report. What can be read only once counts as a recording.
-bool is_report(const std::string& name)
-{
-    std::error_code error;
-    if (name == "-" ||
-        !std::filesystem::is_regular_file(std::u8string{name.begin(), name.end()}, error))
-        return false;
-    std::FILE* file = platform::open_file(name.c_str(), "rb");
-    if (file == nullptr)
-        return false;
-    std::string begin(64, '\0');
-    begin.resize(std::fread(begin.data(), 1, begin.size(), file));
-    std::fclose(file);
-    return begins_as_report(begin);
 }
 
 /// How fine each form is. A page can be zoomed into; more points would make it slow to open.
@@ -94,9 +76,11 @@ int plot(const PlotRequest& asked, const Surroundings& outside)
         .files = asked.files, .only = asked.only, .from = asked.from, .to = asked.to};
     set_fineness(form, outside, request);
     Drawing drawing;
-    const int status = is_report(asked.files.front()) ? load_reports(request, outside, drawing)
-                                                      : load_recordings(request, outside, drawing);
-    if (status == wrong_usage)
+    // What can be read only once counts as a recording.
+    const bool has_reports = asked.files.front() != "-" && is_report_file(asked.files.front());
+    const int status = has_reports ? load_reports(request, outside, drawing)
+                                   : load_recordings(request, outside, drawing);
+    if (status == wrong_usage || platform::stop_signal() != 0)
         return wrong_usage;
     return write_form(form, drawing, asked.out, outside) ? status : wrong_usage;
 }

@@ -13,14 +13,13 @@ namespace companion
 namespace
 {
 
-void add(Picture& picture, Curve curve, const PictureRequest& request)
+void add(Picture& picture, Curve curve)
 {
-    if (!curve.points.empty() && request.wants(curve.name))
+    if (!curve.points.empty())
         picture.curves.push_back(std::move(curve));
 }
 
-void add_outputs(const Report& report, std::size_t file, const PictureRequest& request,
-                 Picture& picture)
+void add_outputs(const Report& report, std::size_t file, Picture& picture)
 {
     for (const std::string& unit : report.units) {
         Curve error{file, unit + " error", "V", {}}, current{file, unit + " current", "nA", {}};
@@ -28,13 +27,12 @@ void add_outputs(const Report& report, std::size_t file, const PictureRequest& r
             error.points.push_back({point.target, *point.error->value});
             current.points.push_back({point.target, point.nanoamperes});
         }
-        add(picture, std::move(error), request);
-        add(picture, std::move(current), request);
+        add(picture, std::move(error));
+        add(picture, std::move(current));
     }
 }
 
-void add_heater_runs(const Report& report, std::size_t file, const PictureRequest& request,
-                     Picture& picture)
+void add_heater_runs(const Report& report, std::size_t file, Picture& picture)
 {
     struct Measured {
         const char *key, *unit;
@@ -50,13 +48,24 @@ void add_heater_runs(const Report& report, std::size_t file, const PictureReques
         }
         std::sort(curve.points.begin(), curve.points.end(),
                   [](const Point& a, const Point& b) { return a.x < b.x; });
-        add(picture, std::move(curve), request);
+        add(picture, std::move(curve));
     }
 }
 
-/// Keeps a picture that shows something, a little wider than its points.
-void keep(Picture&& picture, Drawing& drawing)
+std::vector<std::string> names_of(const std::vector<const Picture*>& pictures)
 {
+    std::vector<std::string> names;
+    for (const Picture* picture : pictures) {
+        for (const Curve& curve : picture->curves)
+            names.push_back(curve.name);
+    }
+    return names;
+}
+
+/// Keeps what is wanted of a picture, if that is something, a little wider than its points.
+void keep(Picture&& picture, const PictureRequest& request, Drawing& drawing)
+{
+    std::erase_if(picture.curves, [&](const Curve& curve) { return !request.wants(curve.name); });
     if (picture.curves.empty())
         return;
     picture.low = INFINITY;
@@ -72,11 +81,6 @@ void keep(Picture&& picture, Drawing& drawing)
 }
 
 } // namespace
-
-bool begins_as_report(std::string_view bytes)
-{
-    return bytes.starts_with(report_text::created_on);
-}
 
 int load_reports(const PictureRequest& request, const Surroundings& outside, Drawing& drawing)
 {
@@ -105,11 +109,14 @@ int load_reports(const PictureRequest& request, const Surroundings& outside, Dra
                                    std::string{"acceptance test"} +
                                        (report.is_simulated ? " of a SIMULATED instrument" : ""),
                                    ""});
-        add_outputs(report, i, request, outputs);
-        add_heater_runs(report, i, request, heater);
+        add_outputs(report, i, outputs);
+        add_heater_runs(report, i, heater);
     }
-    keep(std::move(outputs), drawing);
-    keep(std::move(heater), drawing);
+    const std::vector<std::string> names = names_of({&outputs, &heater});
+    if (!names.empty() && !request.finds_all(names, outside))
+        return wrong_usage;
+    keep(std::move(outputs), request, drawing);
+    keep(std::move(heater), request, drawing);
     if (!drawing.pictures.empty())
         return status;
     outside.complain("there is nothing to draw");

@@ -147,10 +147,14 @@ TEST(Log, TellsWhatIsNotWholeAndRefusesWhatIsNoLog)
             << stats.out;
     }
     EXPECT_EQ(run_kov({"log", "stats", "no-such-file"}).status, 3);
-    const TemporaryFile itself;
+    const TemporaryFile itself, other;
     write_file(itself.name(), whole);
+    write_file(other.name(), heat_controller_recording({}));
+    const std::string before = other.text();
     EXPECT_EQ(run_kov({"log", "csv", "-o", itself.name(), itself.name()}).status, 3);
+    EXPECT_EQ(run_kov({"log", "csv", "-o", other.name(), itself.name()}).status, 3);
     EXPECT_EQ(itself.text(), whole) << "a recording must not be written over";
+    EXPECT_EQ(other.text(), before) << "nor must another one";
 }
 
 TEST(Log, StatisticsOfARecording)
