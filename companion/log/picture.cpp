@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace companion
 {
@@ -40,8 +41,9 @@ Range range_of(const std::vector<const Curve*>& curves)
     if (!(range.low <= range.high))
         return {0.0, 1.0};
     if (range.low == range.high) {
+        constexpr double most = std::numeric_limits<double>::max();
         const double more = std::max(std::abs(range.high) * 0.01, 1e-9);
-        return {range.low - more, range.high + more};
+        return {std::max(range.low - more, -most), std::min(range.high + more, most)};
     }
     return range;
 }

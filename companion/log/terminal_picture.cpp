@@ -100,8 +100,9 @@ private:
 
 int dot(double value, Range range, int dots)
 {
-    const double part = (value - range.low) / (range.high - range.low);
-    return std::clamp(static_cast<int>(part * dots), 0, dots - 1);
+    // Halves: the width of the range may be more than the largest number.
+    const double part = (value / 2 - range.low / 2) / (range.high / 2 - range.low / 2);
+    return static_cast<int>(std::fmin(std::fmax(part * dots, 0), dots - 1));
 }
 
 void draw(Canvas& canvas, const Curve& curve, Range x_range, Range y_range)
@@ -120,13 +121,24 @@ void draw(Canvas& canvas, const Curve& curve, Range x_range, Range y_range)
     }
 }
 
-/// Both ends of an axis, with as many digits as tell them apart.
+/// With so many digits, or as many as there is room for.
+std::string end_label(double value, int digits)
+{
+    std::string text = significant(value, digits);
+    while (text.size() > static_cast<std::size_t>(label_columns) && digits > 1)
+        text = significant(value, --digits);
+    return text;
+}
+
+/// Both ends of an axis, with as many digits as tell them apart, and without an exponent where that
+/// is possible.
 std::array<std::string, 2> end_labels(Range range)
 {
     const double size = std::max(std::abs(range.low), std::abs(range.high));
-    const double magnitude = std::log10(size / (range.high - range.low));
-    const int digits = std::clamp(static_cast<int>(magnitude) + 4, 4, 15);
-    return {significant(range.low, digits), significant(range.high, digits)};
+    const double apart = std::log10(size / 2 / (range.high / 2 - range.low / 2)) + 4;
+    const double whole = size < 1e9 ? std::log10(size) + 2 : 0.0; // one more: 9999.9 is no 1e4
+    const int digits = static_cast<int>(std::fmin(std::fmax(std::fmax(apart, whole), 4), 15));
+    return {end_label(range.low, digits), end_label(range.high, digits)};
 }
 
 std::string on_the_right(const std::string& text, int columns)

@@ -147,10 +147,10 @@ bool WallClock::read(std::string_view text, std::int64_t& milliseconds) const
         return false;
     double fraction = 0.0;
     if (text.starts_with('.')) {
-        const std::size_t digits = std::min(text.find_first_of("+-Z"), text.size());
-        if (!parse_number("0" + std::string{text.substr(0, digits)}, fraction))
+        const std::size_t length = std::min(text.find_first_not_of("0123456789", 1), text.size());
+        if (!parse_number("0" + std::string{text.substr(0, length)}, fraction))
             return false;
-        text.remove_prefix(digits);
+        text.remove_prefix(length);
     }
     std::int64_t utc = 0, offset = 0;
     if (text.empty()) {

@@ -55,6 +55,17 @@ TEST(LogPlot, KeepsSmallestAndLargestOfEachColumn)
     }
 }
 
+TEST(LogPlot, KeepsASpikeAtTheTimeOfTheSmallest)
+{
+    companion::Thinning thinning{{.first_ms = 0, .last_ms = 9, .samples = 3, .columns = 1}};
+    for (const double value : {1.0, 60.0, 2.0})
+        thinning.take(5, value);
+    const std::vector<companion::Point> points = thinning.points();
+    ASSERT_EQ(points.size(), 2U);
+    EXPECT_EQ(points[0].y, 1.0);
+    EXPECT_EQ(points[1].y, 60.0);
+}
+
 TEST(LogPlot, DrawsInTheTerminal)
 {
     const TemporaryFile one, two;
@@ -115,6 +126,37 @@ TEST(LogPlot, DrawsInTheTerminal)
     }
 }
 
+TEST(LogPlot, LabelsFitTheirAxes)
+{
+    const TemporaryFile file;
+    const struct {
+        std::vector<std::string> volts;
+        const char *high, *low;
+    } cases[] = {
+        {{"0", "19999.99"}, "     20000|", "         0|"},
+        {{"3000.001", "3000.002"}, "  3000.002|", "  3000.001|"},
+        {{"-1234567.1234", "-1234567.1239"}, "-1234567.1|", "-1234567.1|"},
+        {{"-1.7e308", "1.7e308"}, "  1.7e+308|", " -1.7e+308|"},
+        {{"1.7976931348623157e308"}, "1.798e+308|", " 1.78e+308|"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.high);
+        write_file(file.name(), recording(c.volts));
+        const KovRun ran =
+            run_kov({"log", "plot", file.name()}, {.columns = 60, .has_utf8 = false});
+        std::vector<std::string> rows;
+        std::istringstream stream{ran.out};
+        for (std::string row; std::getline(stream, row);)
+            rows.push_back(row);
+        ASSERT_EQ(rows.size(), 10U);
+        EXPECT_EQ(rows[2].substr(0, 11), c.high);
+        EXPECT_EQ(rows[7].substr(0, 11), c.low);
+        EXPECT_GT(rows[2].size(), 11U) << "the largest is in the top row";
+    }
+    write_file(file.name(), recording({"1", "2"}) + "99999.990\t\t\t1\t\t\n");
+    EXPECT_THAT(run_kov({"log", "plot", file.name()}).out, EndsWith("  100000\n"));
+}
+
 TEST(LogPlot, RefusesWhatCannotBeDrawn)
 {
     const TemporaryFile log, empty, none, report;
@@ -132,7 +174,10 @@ TEST(LogPlot, RefusesWhatCannotBeDrawn)
         {{"-o", "/nowhere/x.html", log.name()}, "/nowhere/x.html: "},
         {{"-o", "/dev/full/x.html", log.name()}, "x.html: "},
         {{"--only", "Vout", log.name()}, "there is no quantity Vout; there are Width, Period, "},
+        {{"--only", "x", report.name()}, "there is no quantity x; there are slot1 error, slot1 cu"},
+        {{"--only", "x", log.name(), log.name()}, "Period, Voltage, Current, Phase\n"},
         {{"--from", "x", log.name()}, "a time is in seconds since the start, or as"},
+        {{"--to", "2026-03-14T09:26:53.1e1", log.name()}, "a time is in seconds since the start"},
         {{"--from", "100", log.name()}, "there is nothing to draw"},
         {{"--to", "1", report.name()}, "what a report tells has no time"},
         {{empty.name()}, "there is nothing to draw"},
