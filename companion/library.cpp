@@ -34,7 +34,7 @@ int show_library(const Surroundings& outside)
     const DeviceLibrary& library = device_library();
     if (library.path.empty()) {
         outside.complain("there is no device library: " + valid_utf8(library.cause));
-        return 3;
+        return wrong_usage;
     }
     Printer printer{outside};
     printer.print("Device library: ");
@@ -44,14 +44,16 @@ int show_library(const Surroundings& outside)
         printer.print("It is not used: ");
         printer.print(Color::bad, valid_utf8(library.cause) + '\n');
         (void)printer.flush();
-        return 3;
+        return wrong_usage;
     }
     printer.print("Version: " + version_text(library.version()) + '\n');
     for (const char* function : library.missing) {
         printer.print("It lacks ");
         printer.print(Color::bad, std::string{function} + '\n');
     }
-    return printer.flush() && library.missing.empty() ? 0 : 1;
+    if (!printer.flush())
+        return wrong_usage;
+    return library.missing.empty() ? 0 : 1;
 }
 
 } // namespace companion

@@ -67,18 +67,11 @@ std::size_t Printer::columns_of(std::string_view text) const
 
 bool Printer::flush()
 {
-    if (!buffer_.empty())
-        good_ = outside_.out(buffer_) && good_;
+    const bool is_taken = buffer_.empty() || outside_.out(buffer_);
     buffer_.clear();
+    if (!is_taken && std::exchange(good_, false) && platform::stop_signal() == 0)
+        outside_.complain("-: could not be written completely");
     return good_;
-}
-
-bool told_completely(Printer& printer, const Surroundings& outside)
-{
-    if (printer.flush())
-        return true;
-    outside.complain("-: could not be written completely");
-    return false;
 }
 
 TextFile::~TextFile()

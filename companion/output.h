@@ -42,7 +42,7 @@ public:
     void print(Color color, std::string_view text);
     /// How many columns a text takes.
     [[nodiscard]] std::size_t columns_of(std::string_view text) const;
-    /// Hands on what was printed. False when something could not be written.
+    /// Hands on what was printed. False, with one message, when something could not be written.
     [[nodiscard]] bool flush();
 
 private:
@@ -50,9 +50,6 @@ private:
     bool good_ = true;
     std::string buffer_;
 };
-
-/// Hands on what was printed. False, with a message, when something could not be written.
-[[nodiscard]] bool told_completely(Printer& printer, const Surroundings& outside);
 
 /// A file that is written piece by piece; "-" is standard output.
 class TextFile

@@ -45,7 +45,7 @@ bool write_form(Form form, const Drawing& drawing, const std::string& out,
     if (form == Form::terminal) {
         Printer printer{outside};
         show_drawing(printer, drawing, outside.columns, outside.has_utf8);
-        return told_completely(printer, outside);
+        return printer.flush();
     }
     std::string image;
     TextFile file;

@@ -137,7 +137,7 @@ int show_statistics(const std::vector<std::string>& files, const Surroundings& o
         if (platform::stop_signal() != 0)
             break;
     }
-    return told_completely(printer, outside) ? worst : wrong_usage;
+    return printer.flush() ? worst : wrong_usage;
 }
 
 } // namespace companion

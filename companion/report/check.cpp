@@ -136,7 +136,11 @@ int print_limits(const std::string& file, const Surroundings& outside)
     Limits limits;
     if (!load_limits(file, outside, limits))
         return wrong_usage;
-    return outside.out(limits.source) ? 0 : wrong_usage;
+    TextFile output;
+    if (!output.open("-", outside))
+        return wrong_usage;
+    output.write(limits.source);
+    return output.close() ? 0 : wrong_usage;
 }
 
 } // namespace companion

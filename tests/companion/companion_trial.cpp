@@ -42,13 +42,14 @@ std::string JudgedReport::findings() const
 KovRun run_kov(const std::vector<std::string>& arguments, const TerminalOfKov& terminal)
 {
     KovRun ran;
-    const auto into = [](std::string& text) {
-        return [&text](std::string_view bytes) {
-            text += bytes;
-            return true;
+    const auto into = [](std::string& text, bool is_full) {
+        return [&text, is_full](std::string_view bytes) {
+            text += is_full ? "" : bytes;
+            return !is_full;
         };
     };
-    ran.status = companion::run(arguments, {into(ran.out), into(ran.err), terminal.colored,
-                                            "2026-03-14", terminal.columns, terminal.has_utf8});
+    ran.status = companion::run(arguments, {into(ran.out, terminal.is_full), into(ran.err, false),
+                                            terminal.colored, "2026-03-14", terminal.columns,
+                                            terminal.has_utf8});
     return ran;
 }

@@ -41,6 +41,7 @@ struct TerminalOfKov {
     bool colored = false;
     int columns = 80;
     bool has_utf8 = true;
+    bool is_full = false; ///< takes nothing
 };
 [[nodiscard]] KovRun run_kov(const std::vector<std::string>& arguments,
                              const TerminalOfKov& terminal = {});

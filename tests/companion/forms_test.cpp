@@ -194,6 +194,31 @@ TEST(ReportForms, AFileThatCannotBeWrittenIsToldAndFails)
     EXPECT_EQ(ran.err, "kov: no/such/folder: No such file or directory\n");
 }
 
+TEST(ReportForms, AFullDiskAtStandardOutputIsToldOnce)
+{
+    const std::string recording = KOV_SOURCE_FOLDER "/tests/fuzz/seeds/recording/voltage_tuning";
+    const std::string journal = KOV_SOURCE_FOLDER "/tests/fuzz/seeds/journal/every_kind";
+    const std::vector<std::string> cases[] = {
+        {"library"},
+        {"report", "check", expected_report},
+        {"report", "check", "--json", "-", expected_report},
+        {"report", "diff", expected_report, expected_report},
+        {"report", "trend", expected_report},
+        {"report", "limits"},
+        {"log", "stats", recording},
+        {"log", "csv", recording},
+        {"log", "plot", recording},
+        {"journal", "show", journal},
+        {"journal", "stats", journal},
+    };
+    for (const std::vector<std::string>& arguments : cases) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const KovRun ran = run_kov(arguments, {.is_full = true});
+        EXPECT_EQ(ran.status, 3);
+        EXPECT_EQ(ran.err, "kov: -: could not be written completely\n");
+    }
+}
+
 TEST(ReportForms, WhatIsReadAndReportsAreNeverOverwritten)
 {
     const TemporaryFile report, limits, free;

@@ -35,6 +35,9 @@ else
 fi
 
 if is_there sqlite3; then
+    sed "s/Base unit 200W/O'Neil's unit/" "$report" | "$kov" report trend --sql - - | sqlite3 names.db
+    [ "$(sqlite3 names.db "SELECT identification FROM units WHERE unit = 'base'")" = \
+        "KOV-BASE, O'Neil's unit, Rev. 1-00, simulated" ] || fail "sqlite3 reads another name"
     for _ in 1 2; do
         "$kov" report trend --sql - "$report" | sqlite3 lab.db || fail "sqlite3 refuses the statements"
     done
