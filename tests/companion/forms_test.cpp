@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <sstream>
 
 using nlohmann::json;
 
@@ -165,6 +166,30 @@ TEST(ReportForms, MarkupStaysWellFormedWhateverTheDeviceSays)
         EXPECT_THAT(page, HasSubstr(part));
     for (const char* outside : {"http:", "https:", "src=", "<script", "@import", "url("})
         EXPECT_THAT(page, Not(HasSubstr(outside)));
+}
+
+TEST(ReportForms, PicturesShowWhereValuesLie)
+{
+    const std::string page = form_of(expected_report, "--html", 1);
+    // 24.002 V (+45.5 mV, -50.4 mV), where 23.52 V is at 30 and 24.48 V at 90.
+    EXPECT_THAT(page, HasSubstr("<line class=\"reach\" x1=\"57.0\" x2=\"63.0\" y1=\"6\" y2=\"6\"/>"
+                                "<rect class=\"value \" x=\"58.1\""));
+    // 9 W of 90 W, which are 150.
+    EXPECT_THAT(page,
+                HasSubstr("height=\"15.0\"/><text class=\"mark\" x=\"419\" y=\"171.0\">9 W<"));
+    // The current rises with the voltage, to the right and upwards.
+    const std::string line = "<polyline class=\"line\" points=\"";
+    std::istringstream points{page.substr(page.find(line) + line.size())};
+    double x_before = 0, y_before = 260;
+    int count = 0;
+    char comma = 0;
+    for (double x = 0, y = 0; points >> x >> comma >> y; ++count) {
+        EXPECT_GT(x, x_before);
+        EXPECT_LT(y, y_before);
+        x_before = x;
+        y_before = y;
+    }
+    EXPECT_EQ(count, 20);
 }
 
 TEST(ReportForms, JUnitTellsEveryFailureAndWaiver)

@@ -110,9 +110,17 @@ TEST(Limits, EveryDefaultIsKeptInsideAndBrokenOutside)
                     continue;
                 const double outwards = high ? width : -width;
                 fact.value = ending_at(fact, end, high) - outwards;
-                EXPECT_NE(outcome(), Outcome::broken) << fact.key;
+                EXPECT_EQ(outcome(),
+                          before.band->high > before.band->low ? Outcome::marginal : Outcome::kept)
+                    << fact.key;
                 fact.value = ending_at(fact, end, high) + outwards;
                 EXPECT_EQ(outcome(), Outcome::broken) << fact.key;
+            }
+            if (std::isfinite(step)) { // just before the last tenth
+                const double half = (before.band->high - before.band->low) / 2;
+                fact.spread.reset();
+                fact.value = before.band->low + half * 1.88;
+                EXPECT_EQ(outcome(), Outcome::kept) << fact.key;
             }
         }
         fact = kept;
