@@ -199,8 +199,7 @@ private:
             all_read_ = false;
             return;
         }
-        const std::optional<double> day = days_of(report.text_of("run/created"));
-        if (!report.is_report || !day) {
+        if (!report.is_report) {
             all_read_ = all_read_ && !is_named; // a folder may hold other files
             if (is_named)
                 outside_.complain(valid_utf8(name) + ": NOT A REPORT");
@@ -214,9 +213,10 @@ private:
             return;
         }
         ++reports_;
+        const double day = days_of(report.text_of("run/created")).value_or(NAN);
         std::set<std::string> numbers;
         for (const TestedUnit& unit : tested_units(report)) {
-            take_unit(judged, unit, *day);
+            take_unit(judged, unit, day);
             if (!numbers.insert(unit.product_number).second)
                 several_.insert({unit.product_number, report.is_simulated, ""});
         }

@@ -168,6 +168,9 @@ TEST(ReportTrend, TellsWhatMovesAndWhatLeavesItsBandFirst)
         run_kov({"report", "trend", "--key", "slot1/**/CPU", "reports/0.txt"}, {.has_utf8 = false});
     EXPECT_THAT(degrees.out, HasSubstr("degC  +0 a day"));
     EXPECT_EQ(run_kov({"report", "trend", "reports/notes.txt"}).status, 3);
+    write_file("never.txt", "Test protocol created on never\n");
+    EXPECT_EQ(run_kov({"report", "trend", "never.txt"}).err,
+              "kov: never.txt: INCOMPLETE, left out\nkov: none of these is a complete report\n");
 
     const std::string sql = run_kov({"report", "trend", "--sql", "-", "reports"}).out;
     EXPECT_THAT(sql, StartsWith("BEGIN;\nCREATE TABLE IF NOT EXISTS reports "));

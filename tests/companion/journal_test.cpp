@@ -69,6 +69,23 @@ TEST(Journal, HasALineForEachCallAndOneForIdenticalPolls)
 )");
 }
 
+TEST(Journal, IdenticalPollsShareALineForASecond)
+{
+    Trial trial{"latency 400"};
+    TappedCalls tapped;
+    std::uint16_t state = 0;
+    EXPECT_EQ(ENTRY(Open)(3), 0);
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(ENTRY(GetState)(&state), 0);
+    const std::string journal = tapped.journal();
+    EXPECT_THAT(journal, HasSubstr(R"("us":1200000,"count":3,)"));
+    EXPECT_THAT(journal, HasSubstr(R"("us":800000,"count":2,)"));
+    const TemporaryFile file;
+    write_file(file.name(), journal);
+    EXPECT_THAT(run_kov({"journal", "stats", file.name()}).out,
+                HasSubstr("   400.000   400.000   400.000   400.000         0\n"));
+}
+
 TEST(Journal, GivesBackEveryValueAsItWas)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();

@@ -187,6 +187,14 @@ TEST(Log, StatisticsOfARecording)
         EndsWith("  Monitoring communication error: 1\n"));
 }
 
+TEST(Log, AGapIsFiveTimesTheUsualInterval)
+{
+    companion::Intervals intervals;
+    for (const int milliseconds : {1000, 1000, 1000, 1000, 1000, 4500, 5500})
+        intervals.take(milliseconds);
+    EXPECT_EQ(intervals.gaps(), 1U);
+}
+
 TEST(Log, NumbersAreReadToTheLastBit)
 {
     std::vector<std::string> texts = {"0",
