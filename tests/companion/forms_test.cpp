@@ -197,6 +197,7 @@ TEST(ReportForms, JUnitTellsEveryFailureAndWaiver)
     const TemporaryFile limits;
     write_file(limits.name(), "slot1/device-type is \"0A0Dh (HVPS)\"\n"
                               "slot0/device-type is other\n"
+                              "slot1/product-identification is \"<&>\"\n"
                               "expect slot1 HTCTRL\nexpect slot0 HVPS\n"
                               "waive slot3/steps until 2027-06-30 \"wrong slot\"\n");
     const KovRun ran = run_kov({"report", "check", "--simulated", "--limits", limits.name(),
@@ -208,6 +209,7 @@ TEST(ReportForms, JUnitTellsEveryFailureAndWaiver)
           "<failure message=\"0A0Dh (HVPS), expected: expect HTCTRL\"",
           "<failure message=\"DB1Ch (HTCTRL), expected: expect HVPS\"",
           "<failure message=\"DB1Ch (HTCTRL) breaks is other (line 120)\"",
+          " breaks is &lt;&amp;&gt; (line 147)",
           "expected: tested, since it is there, waived until 2027-06-30: wrong slot\"/>"})
         EXPECT_THAT(ran.out, HasSubstr(part));
 }

@@ -140,7 +140,7 @@ TEST(ReportTrend, TellsWhatMovesAndWhatLeavesItsBandFirst)
     constexpr int reports = 6;
     std::filesystem::create_directory("reports");
     for (int i = 0; i < reports; ++i) {
-        const std::string name = "reports/" + std::to_string(i) + ".txt";
+        const std::string name = "reports/" + std::to_string(reports - 1 - i) + ".txt";
         write_report(name, {"slot1.voltage18 " + std::to_string(18.0 - 0.02 * i)});
         std::string text = contents(name);
         text.replace(text.find("/03/14,"), 7, "/03/1" + std::to_string(i) + ',');
