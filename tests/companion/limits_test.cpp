@@ -110,9 +110,11 @@ TEST(Limits, EveryDefaultIsKeptInsideAndBrokenOutside)
                     continue;
                 const double outwards = high ? width : -width;
                 fact.value = ending_at(fact, end, high) - outwards;
-                const bool has_margin =
-                    std::isinf(step) ? end != 0 : before.band->high > before.band->low;
-                EXPECT_EQ(outcome(), has_margin ? Outcome::marginal : Outcome::kept) << fact.key;
+                EXPECT_NE(outcome(), Outcome::broken) << fact.key;
+                if (std::isfinite(step)) {
+                    EXPECT_EQ(outcome() == Outcome::marginal, before.band->high > before.band->low)
+                        << fact.key;
+                }
                 fact.value = ending_at(fact, end, high) + outwards;
                 EXPECT_EQ(outcome(), Outcome::broken) << fact.key;
             }
