@@ -116,14 +116,23 @@ void add_csv(CLI::App& log, TableRequest& request, Action& action)
     });
 }
 
+/// Also a command without "--" tells what is missing, and not that the program was not expected.
+void check_program(const std::vector<std::string>& program, const CLI::App& command)
+{
+    if (program.empty())
+        throw CLI::RequiredError("A program behind --");
+    if (const std::vector<std::string> others = command.remaining(); !others.empty())
+        throw CLI::ExtrasError(others);
+}
+
 void add_tap(CLI::App& app, TapRequest& request, Action& action)
 {
     CLI::App* command = add_command(app, "tap", "Run a program, with a journal of library calls");
     command->add_option("-o", request.file, "Write the journal to this file")->type_name("FILE");
     command->footer("The program and its arguments stand behind --.");
-    command->callback([&] {
-        if (request.program.empty())
-            throw CLI::RequiredError("A program behind --");
+    command->allow_extras();
+    command->callback([&, command] {
+        check_program(request.program, *command);
         action = [&](const Surroundings& outside) { return tap_program(request, outside); };
     });
 }
@@ -134,9 +143,9 @@ void add_replay(CLI::App& app, ReplayRequest& request, Action& action)
     command->add_flag("--realtime", request.in_real_time, "Let each call take its time");
     command->add_option("FILE", request.file, "The journal")->required()->type_name("");
     command->footer("The program and its arguments stand behind --.");
-    command->callback([&] {
-        if (request.program.empty())
-            throw CLI::RequiredError("A program behind --");
+    command->allow_extras();
+    command->callback([&, command] {
+        check_program(request.program, *command);
         action = [&](const Surroundings& outside) { return replay_journal(request, outside); };
     });
 }

@@ -61,6 +61,22 @@ void rest_us(std::int64_t us)
     }
 }
 
+/// The same file away from the standard streams, which a program may have closed. Negative, with
+/// `errno`, when there was none or no place is left.
+int moved_away(int descriptor)
+{
+    int moved = descriptor;
+    if (descriptor >= 0) {
+        moved = fcntl(descriptor, F_DUPFD_CLOEXEC, 64);
+        if (moved < 0)
+            moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+        const int why = errno;
+        close(descriptor);
+        errno = why;
+    }
+    return moved;
+}
+
 /// Failures to write raise no signal for as long as it exists.
 class NoSignals
 {
@@ -150,7 +166,8 @@ std::string own_file()
 
 std::FILE* open_to_read(const std::string& name)
 {
-    return std::fopen(name.c_str(), "re");
+    const int descriptor = moved_away(open(name.c_str(), O_RDONLY | O_CLOEXEC));
+    return descriptor < 0 ? nullptr : fdopen(descriptor, "r");
 }
 
 void tell(std::string_view line)
@@ -184,15 +201,7 @@ bool OutputFile::open(const std::string& name, Opening opening, std::uint64_t ex
         flags |= O_CREAT;
     if (opening == Opening::create)
         flags |= O_EXCL;
-    const int descriptor = ::open(name.c_str(), flags, 0666);
-    if (descriptor < 0)
-        return fail(std::strerror(errno));
-    // Away from the standard streams, which a program may have closed.
-    for (const int lowest : {64, STDERR_FILENO + 1}) {
-        if (handle_ < 0)
-            handle_ = fcntl(descriptor, F_DUPFD_CLOEXEC, lowest);
-    }
-    ::close(descriptor);
+    handle_ = moved_away(::open(name.c_str(), flags, 0666));
     if (handle_ < 0)
         return fail(std::strerror(errno));
     struct stat about = {};
@@ -222,12 +231,11 @@ bool OutputFile::is_ours() const
 bool OutputFile::write(std::string_view bytes)
 {
     if (!is_ours()) {
-        const int again = ::open(name_.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC);
-        if (again < 0) {
+        handle_ = moved_away(::open(name_.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC));
+        if (handle_ < 0) {
             problem_ = std::strerror(errno);
             return false;
         }
-        handle_ = again;
         if (!is_ours()) {
             problem_ = "it is another file now";
             return false;

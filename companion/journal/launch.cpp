@@ -2,6 +2,7 @@
 #include "companion/journal/format.h"
 #include "companion/journal/host.h"
 #include "companion/journal/load.h"
+#include "companion/journal/new_file.h"
 #include "companion/journal/program.h"
 #include "companion/journal/writer.h"
 #include "companion/report/commands.h"
@@ -42,14 +43,14 @@ bool is_file(const std::string& name)
     return std::filesystem::is_regular_file(std::u8string{name.begin(), name.end()}, failed);
 }
 
-/// Finds the program that is to run; empty, with a message, when there is none.
-std::string program_file(const std::vector<std::string>& program, const Surroundings& outside)
+/// Finds the program that is to run; a message tells when there is none.
+journal::FoundProgram find_program(const std::vector<std::string>& program,
+                                   const Surroundings& outside)
 {
-    std::string problem;
-    std::string file = journal::find_program(program.front(), problem);
-    if (file.empty())
-        outside.complain(valid_utf8(program.front()) + ": " + problem);
-    return file;
+    journal::FoundProgram found = journal::find_program(program.front());
+    if (found.file.empty())
+        outside.complain(valid_utf8(program.front()) + ": " + found.problem);
+    return found;
 }
 
 int run(const std::string& file, const std::vector<std::string>& program,
@@ -88,20 +89,34 @@ const DeviceLibrary* real_library(const std::string& program, const Surroundings
     return nullptr;
 }
 
+/// False, with a message, when the journal would take the place of something that the run needs.
+bool may_be_replaced(const TapRequest& request, std::vector<std::string> needed,
+                     const Surroundings& outside)
+{
+    if (request.file == "-") {
+        outside.complain("the journal cannot be written to standard output, which the program has");
+        return false;
+    }
+    // What the program's command line names it may read.
+    needed.insert(needed.end(), request.program.begin(), request.program.end());
+    return !is_file(request.file) || may_be_written(request.file, needed, outside);
+}
+
 /// Begins the journal and tells the tap where it is. False, with a message, when it cannot be
 /// written.
 bool begin_journal(const TapRequest& request, const journal::Beginning& beginning,
                    const Surroundings& outside)
 {
-    using Opening = journal::host::OutputFile::Opening;
-    const std::string name = request.file.empty()
-                                 ? journal::default_name(request.program, beginning.time)
-                                 : request.file;
+    std::string name = request.file;
     journal::host::OutputFile file;
+    const auto open = [&] {
+        if (!name.empty())
+            return file.open(name, journal::host::OutputFile::Opening::replace);
+        name = journal::default_name(request.program, beginning.time);
+        return journal::open_new(file, name, beginning.process);
+    };
     const std::string line = journal::first_line(beginning);
-    // What nobody has named takes nobody's place.
-    if (!file.open(name, request.file.empty() ? Opening::create : Opening::replace) ||
-        !file.write(line)) {
+    if (!open() || !file.write(line)) {
         outside.complain("the journal '" + valid_utf8(name) +
                          "' cannot be written: " + valid_utf8(file.problem()));
         return false;
@@ -115,12 +130,13 @@ bool begin_journal(const TapRequest& request, const journal::Beginning& beginnin
 
 int tap_program(const TapRequest& request, const Surroundings& outside)
 {
-    const std::string file = program_file(request.program, outside);
-    if (file.empty())
-        return journal::not_found;
+    const journal::FoundProgram program = find_program(request.program, outside);
+    if (program.file.empty())
+        return program.status;
     const std::string tap = library_of("tap", outside);
     if (tap.empty())
         return wrong_usage;
+    const std::string file = journal::without_links(program.file);
     const DeviceLibrary* const real = real_library(file, outside);
     if (real == nullptr)
         return wrong_usage;
@@ -137,17 +153,18 @@ int tap_program(const TapRequest& request, const Surroundings& outside)
                                     .process = journal::host::process_id(),
                                     .time = journal::host::clock().now()};
     beginning.command_line.front() = file;
-    if (!begin_journal(request, beginning, outside))
+    if (!may_be_replaced(request, {real_file, tap, file}, outside) ||
+        !begin_journal(request, beginning, outside))
         return wrong_usage;
     journal::set_environment(journal::variable::real_library, real_file);
-    return run(file, request.program, tap, outside);
+    return run(program.file, request.program, tap, outside);
 }
 
 int replay_journal(const ReplayRequest& request, const Surroundings& outside)
 {
-    const std::string file = program_file(request.program, outside);
-    if (file.empty())
-        return journal::not_found;
+    const journal::FoundProgram program = find_program(request.program, outside);
+    if (program.file.empty())
+        return program.status;
     const std::string library = library_of("replay", outside);
     // Whatever is wrong with it is told before anything happens, so it is read twice.
     if (!is_file(request.file)) {
@@ -158,7 +175,7 @@ int replay_journal(const ReplayRequest& request, const Surroundings& outside)
         return wrong_usage;
     journal::set_environment(journal::variable::replayed, journal::absolute(request.file));
     journal::set_environment(journal::variable::in_real_time, request.in_real_time ? "1" : "");
-    return run(file, request.program, library, outside);
+    return run(program.file, request.program, library, outside);
 }
 
 } // namespace companion

@@ -7,9 +7,22 @@
 namespace journal
 {
 
-/// The file of a program that is named as on a command line, absolute and without links. Empty:
-/// there is none, or it cannot be run; `problem` tells why.
-[[nodiscard]] std::string find_program(const std::string& name, std::string& problem);
+/// Exit statuses of what cannot be run and of what is not found, as shells have them.
+inline constexpr int cannot_run = 126;
+inline constexpr int not_found = 127;
+
+struct FoundProgram {
+    std::string file; ///< empty = there is none
+    std::string problem;
+    int status = 0; ///< to end with where there is none
+};
+
+/// The file of a program that is named as on a command line, by the name that a shell would give
+/// it: a script sees it.
+[[nodiscard]] FoundProgram find_program(const std::string& name);
+
+/// The same file by its own name, absolute.
+[[nodiscard]] std::string without_links(const std::string& file);
 
 /// The folder in which this program stands, without links.
 [[nodiscard]] std::string own_folder();
@@ -29,9 +42,5 @@ void put_in_front_of_libraries(const std::string& folder);
 /// cannot be started, or has ended: its status.
 [[nodiscard]] int run_program(const std::string& file, const std::vector<std::string>& arguments,
                               std::string& problem);
-
-/// Exit statuses of what cannot be run and of what is not found, as shells have them.
-inline constexpr int cannot_run = 126;
-inline constexpr int not_found = 127;
 
 } // namespace journal

@@ -13,13 +13,6 @@ namespace journal
 namespace
 {
 
-std::string without_links(const std::string& name)
-{
-    std::error_code failed;
-    const std::filesystem::path path = std::filesystem::canonical(name, failed);
-    return failed ? name : path.string();
-}
-
 bool is_program(const std::string& file)
 {
     struct stat about = {};
@@ -29,13 +22,14 @@ bool is_program(const std::string& file)
 
 } // namespace
 
-std::string find_program(const std::string& name, std::string& problem)
+FoundProgram find_program(const std::string& name)
 {
     if (name.find('/') != std::string::npos) {
         if (is_program(name))
-            return without_links(name);
-        problem = access(name.c_str(), F_OK) != 0 ? std::strerror(errno) : "it is no program";
-        return {};
+            return {.file = name};
+        if (access(name.c_str(), F_OK) != 0)
+            return {.problem = std::strerror(errno), .status = not_found};
+        return {.problem = "it is no program", .status = cannot_run};
     }
     const char* const variable = std::getenv("PATH");
     const std::string path = variable != nullptr ? variable : "/usr/local/bin:/usr/bin:/bin";
@@ -44,11 +38,17 @@ std::string find_program(const std::string& name, std::string& problem)
         const std::string folder = path.substr(at, end - at);
         const std::string file = (folder.empty() ? "." : folder) + '/' + name;
         if (is_program(file))
-            return without_links(file);
+            return {.file = file};
         at = end + 1;
     }
-    problem = "there is no such program";
-    return {};
+    return {.problem = "there is no such program", .status = not_found};
+}
+
+std::string without_links(const std::string& file)
+{
+    std::error_code failed;
+    const std::filesystem::path path = std::filesystem::canonical(file, failed);
+    return failed ? file : path.string();
 }
 
 std::string own_folder()

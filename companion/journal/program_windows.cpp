@@ -44,7 +44,7 @@ BOOL WINAPI leave_to_program(DWORD event)
 
 } // namespace
 
-std::string find_program(const std::string& name, std::string& problem)
+FoundProgram find_program(const std::string& name)
 {
     // Not the folders of the system first: what a shell would run.
     const std::wstring path = L".;" + variable(L"PATH");
@@ -53,8 +53,13 @@ std::string find_program(const std::string& name, std::string& problem)
     file.resize(SearchPathW(has_folder ? nullptr : path.c_str(), wide(name).c_str(), L".exe",
                             static_cast<DWORD>(file.size()), file.data(), nullptr));
     if (file.empty())
-        problem = "there is no such program";
-    return utf8(file);
+        return {.problem = "there is no such program", .status = not_found};
+    return {.file = utf8(file)};
+}
+
+std::string without_links(const std::string& file)
+{
+    return file; // which find_program() has found by its whole name
 }
 
 std::string own_folder()

@@ -105,10 +105,45 @@ TEST(JournalOfProgram, ThatCannotBeWrittenRefusesToStartOrIsToldLater)
         "KOV_DEVICE_LIBRARY=./lacking.so $kov tap -o other -- $controller 3 -u -T");
     EXPECT_EQ(lacking.errors, "kov: the device library lacks COM_KOV_CTRL_GetBufferState\n");
     EXPECT_EQ(lacking.status, 3);
-    EXPECT_EQ(run.run("$kov tap $controller").status, 3);
+    for (const std::string arguments : {"tap $controller 3 -?", "replay script $controller", "tap"})
+        EXPECT_EQ(run.run("$kov " + arguments).errors,
+                  "A program behind -- is required\nRun with --help for more information.\n");
+    EXPECT_EQ(run.run("$kov tap other -- true").status, 3);
     EXPECT_EQ(run.run("$kov replay - -- $controller <script").errors,
               "kov: -: there is no such file\n");
-    EXPECT_FALSE(std::filesystem::exists(run.file("other")));
+    EXPECT_EQ(run.run("$kov tap -o other -- ./script").status, 126);
+    // Nothing that the run needs is overwritten.
+    run.run("cp ${controller%/*}/libCOM-KOV-CTRL.so real.so; echo >set.ini");
+    for (const auto& [name, message] : std::vector<std::pair<std::string, std::string>>{
+             {"-", "the journal cannot be written to standard output, which the program has"},
+             {"real.so", "real.so: this file is read, so it cannot be written"},
+             {"set.ini", "set.ini: this file is read, so it cannot be written"}})
+        EXPECT_EQ(run.run("KOV_DEVICE_LIBRARY=./real.so $kov tap -o " + name +
+                          " -- $controller 3 -xl set.ini -T")
+                      .errors,
+                  "kov: " + message + '\n');
+    EXPECT_EQ(run.run("$kov journal stats .").errors,
+              "kov: ., line 1: it cannot be read: Is a directory\n");
+    EXPECT_EQ(run.run("$kov journal show small >/dev/full").errors,
+              "kov: -: could not be written completely\n");
+    for (const char* name : {"other", "-"})
+        EXPECT_FALSE(std::filesystem::exists(run.file(name)));
+}
+
+TEST(JournalOfProgram, LeavesTheProgramAsItWas)
+{
+    ScriptRun run;
+    for (const auto& [script, printed] : std::vector<std::pair<std::string, std::string>>{
+             {"printf '#!/bin/sh\necho $0' >named; chmod +x named; ln -s named link\n"
+              "$kov tap -o j -- ./link; PATH=.:$PATH $kov tap -o j -- link",
+              "./link\n./link\n"},
+             {"$kov tap -o j -- test -e /proc/self/fd/2 2>&- || echo closed", "closed\n"},
+             {"$kov tap -o j -- $forking; echo $?", "0\n"},
+             {"for i in 1 2 3 4; do $kov tap -- true; done; ls journal-* | wc -l", "4\n"}}) {
+        const Ran ran = run.run(script);
+        EXPECT_EQ(ran.printed, printed) << script;
+        EXPECT_EQ(ran.errors, "") << script;
+    }
 }
 
 TEST(JournalOfProgram, IsWholeWhateverTheProgramDoes)
@@ -123,7 +158,7 @@ TEST(JournalOfProgram, IsWholeWhateverTheProgramDoes)
         {"env -i KOV_SIMULATOR_STATE=none $kov tap -o j -- $controller 3 -p -T", "j", 10, true},
         {"$kov tap -o j -- sh -c '$controller 3 -u -T; $controller 3 -p -T'", "j", 6, true},
         {"$kov tap -o j -- sh -c '$controller 3 -u -T; $controller 3 -p -T'", "j-*", 10, true},
-        {"$kov tap -o j -- $forking", "j", 5, true},
+        {"$kov tap -o j -- $forking", "j", 7, true},
         {"$kov tap -o j -- $forking", "j-*", 1, true},
         {"exec 9>j9; $kov tap -o j -- sh -c 'exec $controller 3 -p -T 9>&-'", "j", 10, true},
         {"mkfifo keys; $kov tap -o j -- $controller 3 -PK -T <keys & exec 8>keys\n"
@@ -143,6 +178,21 @@ TEST(JournalOfProgram, IsWholeWhateverTheProgramDoes)
         EXPECT_EQ(shown.status, 0);
         EXPECT_GE(lines_with(shown.printed, "("), c.calls) << shown.printed;
         EXPECT_EQ(lines_with(shown.printed, ", the end: "), c.has_end ? 1 : 0) << shown.printed;
+    }
+}
+
+TEST(ReplayedJournal, AnswersOneProcessAndNoneThatEnds)
+{
+    ScriptRun run;
+    run.run("$kov tap -o j -- $forking; $kov tap -o other -- $controller 3 -u -T");
+    for (const auto& [journal, message] : std::vector<std::pair<std::string, std::string>>{
+             {"j", "a process that the program has forked calls the device library; those calls "
+                   "stand in a journal of their own"},
+             {"other", "call 3 differs from the journal: expected GetDevType(), actual "
+                       "GetEnable()"}}) {
+        const Ran ran = run.run("exec $kov replay " + journal + " -- $forking");
+        EXPECT_EQ(ran.errors, "kov replay: " + message + '\n');
+        EXPECT_EQ(ran.status, 120);
     }
 }
 

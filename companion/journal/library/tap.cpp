@@ -4,6 +4,7 @@
 #include "companion/journal/host.h"
 #include "companion/journal/library/entry.h"
 #include "companion/journal/library/last_moment.h"
+#include "companion/journal/new_file.h"
 #include "companion/journal/recorder.h"
 #include "frame/platform/platform.h"
 
@@ -24,7 +25,13 @@ constexpr std::size_t get_error_message = devlib::find_function("GetErrorMessage
 struct RealLibrary {
     std::array<LibraryFunctionPointer, devlib::function_count> functions = {};
     std::string file;
-    std::uint16_t version = 0;
+
+    /// Asked only where it is needed: the library is not called more often than by the program.
+    [[nodiscard]] std::uint16_t version() const
+    {
+        const LibraryFunctionPointer function = functions[get_version];
+        return function != nullptr ? reinterpret_cast<std::uint16_t (*)()>(function)() : 0;
+    }
 };
 
 /// Where it is: told by `kov`, or found as the utility finds its own, but for this library, which
@@ -59,19 +66,7 @@ RealLibrary load_real_library()
             host::tell(std::string{"kov tap: the device library lacks "} + name +
                        "; calls of it fail");
     }
-    if (const auto version = real.functions[get_version]; version != nullptr)
-        real.version = reinterpret_cast<std::uint16_t (*)()>(version)();
     return real;
-}
-
-/// "run.jsonl" with "-17" before its last dot.
-std::string with_number(const std::string& name, std::uint64_t number)
-{
-    const std::size_t slash = name.find_last_of("/\\");
-    const std::size_t dot = name.rfind('.');
-    const bool has_dot = dot != std::string::npos && (slash == std::string::npos || dot > slash);
-    const std::size_t at = has_dot ? dot : name.size();
-    return name.substr(0, at) + '-' + std::to_string(number) + name.substr(at);
 }
 
 /// One process's journal. A child that a program forks gets one of its own with its first call.
@@ -80,11 +75,10 @@ class Tap
 public:
     explicit Tap(const RealLibrary& real) : real_{real}
     {
-        const std::string name = begin();
-        if (name.empty())
-            host::tell("kov tap: no journal is written: " + file_.problem());
-        is_written_ = !name.empty();
-        name_ = name;
+        is_written_ = begin();
+        if (!is_written_)
+            host::tell("kov tap: the journal '" + name_ +
+                       "' cannot be written: " + file_.problem() + "; there is none");
     }
 
     Returned pass_on(const Call& call)
@@ -97,31 +91,25 @@ public:
     [[nodiscard]] bool belongs_here() const { return process_ == host::process_id(); }
 
 private:
-    /// Returns the name of the journal, empty when there is none.
-    std::string begin()
+    [[nodiscard]] bool begin()
     {
-        const Beginning beginning = {.command_line = host::command_line(),
-                                     .library = real_.file,
-                                     .library_version = real_.version,
-                                     .process = process_,
-                                     .time = host::clock().now()};
+        const std::vector<std::string> words = host::command_line();
+        const Moment now = host::clock().now();
         const std::optional<std::string> told = host::environment(variable::journal);
-        std::string name = told ? *told : default_name(beginning.command_line, beginning.time);
+        name_ = told ? *told : default_name(words, now);
         if (const auto begun = host::environment(variable::journal_begun); told && begun) {
             std::uint64_t size = 0;
             std::from_chars(begun->data(), begun->data() + begun->size(), size);
-            if (file_.open(name, host::OutputFile::Opening::go_on, size))
-                return name;
+            if (file_.open(name_, host::OutputFile::Opening::go_on, size))
+                return true;
         }
         // The program's other processes, and who has no `kov` at hand.
-        for (const std::string& free : {name, with_number(name, process_)}) {
-            if (!file_.open(free, host::OutputFile::Opening::create))
-                continue;
-            if (file_.write(first_line(beginning)))
-                return free;
-            break;
-        }
-        return {};
+        return open_new(file_, name_, process_) &&
+               file_.write(first_line({.command_line = words,
+                                       .library = real_.file,
+                                       .library_version = real_.version(),
+                                       .process = process_,
+                                       .time = now}));
     }
 
     bool write(std::string_view line)

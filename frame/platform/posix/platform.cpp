@@ -43,10 +43,10 @@ bool wait_for_input(int descriptor, std::int64_t timeout_ms, bool (*is_due)())
 void start()
 {
     // A file that somebody opens later must never take the place of a closed standard stream: the
-    // console's text would go into it.
-    int descriptor = open("/dev/null", O_RDWR);
+    // console's text would go into it. For a program that takes our place it stays closed.
+    int descriptor = 0;
     while (descriptor >= 0 && descriptor <= STDERR_FILENO)
-        descriptor = open("/dev/null", O_RDWR);
+        descriptor = open("/dev/null", O_RDWR | O_CLOEXEC);
     if (descriptor >= 0)
         close(descriptor);
     posix::note_terminal_modes();
