@@ -71,6 +71,11 @@ std::string plain_signs(std::string_view given)
     return text;
 }
 
+std::string device_text(std::string_view bytes)
+{
+    return is_utf8(bytes) ? valid_utf8(bytes) : utf8(bytes);
+}
+
 std::string escaped_markup(std::string_view text)
 {
     std::string escaped;

@@ -22,6 +22,9 @@ namespace companion
 /// ("deg", "+-", "u", "Ohm"), as words of rules have them. All else stays.
 [[nodiscard]] std::string plain_signs(std::string_view text);
 
+/// A text as a device sent it: UTF-8 where it is sound, else ISO 8859-1.
+[[nodiscard]] std::string device_text(std::string_view bytes);
+
 /// Takes exactly these characters off the begin of a text.
 [[nodiscard]] bool take(std::string_view& text, std::string_view expected);
 

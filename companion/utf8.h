@@ -48,4 +48,15 @@ inline constexpr std::array<Utf8Form, 8> utf8_forms = {{
     return form->length;
 }
 
+[[nodiscard]] inline bool is_utf8(std::string_view text)
+{
+    while (!text.empty()) {
+        const std::size_t length = character_length(text);
+        if (length == 0)
+            return false;
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
 } // namespace companion

@@ -40,6 +40,10 @@ struct Call {
     }
 };
 
+/// More bytes than this are not read from a program: no device has as much memory, so the count is
+/// a mistake, which the library refuses, and so many bytes need not be there.
+inline constexpr std::size_t most_input_bytes = 1 << 19;
+
 /// Elements of an array, bytes of a text or of a run of bytes, as they stand there now.
 [[nodiscard]] std::size_t element_count(const Call& call, std::size_t parameter);
 

@@ -23,7 +23,9 @@ bool read_journal(const std::string& file, const Surroundings& outside,
     const std::unique_ptr<std::FILE, void (*)(std::FILE*)> opened{
         file == "-" ? stdin : journal::host::open_to_read(file), close};
     if (opened == nullptr) {
-        outside.complain(valid_utf8(file) + ": " + std::strerror(errno));
+        const char* const why = std::strerror(errno);
+        if (platform::stop_signal() == 0) // else a pipe without a writer was not waited for
+            outside.complain(valid_utf8(file) + ": " + why);
         return false;
     }
     journal::Reader reader{opened.get()};
@@ -36,7 +38,8 @@ bool read_journal(const std::string& file, const Surroundings& outside,
         take_end(reader);
         return true;
     }
-    outside.complain(valid_utf8(file) + ", " + valid_utf8(reader.problem()));
+    if (platform::stop_signal() == 0)
+        outside.complain(valid_utf8(file) + ", " + valid_utf8(reader.problem()));
     return false;
 }
 

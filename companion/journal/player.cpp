@@ -18,6 +18,12 @@ using nlohmann::json;
 namespace
 {
 
+/// Whole, since the difference may stand anywhere.
+std::string whole_text(const devlib::FunctionInfo& function, const json& inputs)
+{
+    return call_text(function, inputs, std::string::npos);
+}
+
 /// What the program gives, as it would stand in a journal.
 json inputs_of(const Call& call)
 {
@@ -98,7 +104,7 @@ bool Player::take_next()
 std::string Player::expected()
 {
     if (take_next())
-        return call_text(current_.info(), current_.inputs);
+        return whole_text(current_.info(), current_.inputs);
     if (!reader_.problem().empty())
         return "nothing, the journal is not sound: " + reader_.problem();
     if (reader_.is_torn())
@@ -113,7 +119,7 @@ bool Player::answer(const Call& call, Returned& returned, std::string& differenc
     const json inputs = inputs_of(call);
     if (!take_next() || current_.row != call.row || current_.inputs != inputs) {
         difference = "call " + std::to_string(number_) + " differs from the journal: expected " +
-                     expected() + ", actual " + call_text(call.info(), inputs);
+                     expected() + ", actual " + whole_text(call.info(), inputs);
         return false;
     }
     let_time_pass();

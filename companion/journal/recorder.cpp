@@ -57,12 +57,12 @@ Returned Recorder::pass_on(const Call& call, LibraryFunctionPointer function,
     noted.inputs_size = noted.content.size();
     begin(noted.content);
     noted.first = noted.last = clock_.now();
-    const std::int64_t start_us = clock_.steady_us();
+    noted.start_us = clock_.steady_us();
     Returned returned = {.status = -1};
     if (function != nullptr)
         returned = call.forward_to(function);
     const int its_errno = errno;
-    noted.us = noted.longest_us = clock_.steady_us() - start_us;
+    noted.us = noted.longest_us = clock_.steady_us() - noted.start_us;
     note(call, returned, function, error_message, std::move(noted));
     errno = its_errno;
     return returned;
@@ -76,7 +76,7 @@ void Recorder::note(const Call& call, Returned& returned, LibraryFunctionPointer
         returned.text = no_function_text;
     lacked_last_ =
         function == nullptr || (lacked_last_ && call.info().reach == devlib::Reach::report);
-    if (call.row == open_trace || call.row == close_trace)
+    if (returned.status == 0 && (call.row == open_trace || call.row == close_trace))
         library_traces_ = call.row == open_trace;
     noted.content += ',';
     append_results(noted.content, call, returned);
@@ -113,7 +113,7 @@ void Recorder::add(Run&& call, bool poll)
 {
     constexpr std::int64_t longest_run_us = 1'000'000;
     const bool goes_on = run_.count > 0 && run_.content == call.content &&
-                         call.first.us - run_.first.us < longest_run_us;
+                         call.start_us - run_.start_us < longest_run_us;
     if (goes_on) {
         ++run_.count;
         run_.last = call.first;

@@ -41,6 +41,7 @@ private:
         std::size_t inputs_size = 0;
         std::uint64_t first_number = 0, count = 0; ///< 0 = there is none
         Moment first, last;
+        std::int64_t start_us = 0; ///< of the first, by the clock that never steps
         std::int64_t us = 0, longest_us = 0;
     };
 

@@ -43,13 +43,13 @@ void print_result(Printer& printer, const journal::RecordedCall& call)
     if (call.failed()) {
         std::string text = "  failed (" + std::to_string(call.status) + ')';
         if (!call.error.empty())
-            text += ": " + valid_utf8(call.error);
+            text += ": " + device_text(call.error);
         printer.print(Color::bad, text);
         return;
     }
     std::string text;
     if (call.info().returns == devlib::Returns::text)
-        text = call.text ? '"' + valid_utf8(*call.text) + '"' : "null";
+        text = call.text ? '"' + device_text(*call.text) + '"' : "null";
     else if (call.info().returns == devlib::Returns::version)
         text = version_text(call.version);
     else
@@ -87,8 +87,13 @@ void print_end(Printer& printer, const journal::Reader& reader)
 int show_journal(const ShowRequest& request, const Surroundings& outside)
 {
     Printer printer{outside};
+    Surroundings below = outside; // what is wrong is told below the calls before it
+    below.err = [&](std::string_view message) {
+        (void)printer.flush();
+        return outside.err(message);
+    };
     const bool is_sound = read_journal(
-        request.file, outside,
+        request.file, below,
         [&](const journal::Heading& heading) { print_heading(printer, heading); },
         [&](const journal::RecordedCall& call) {
             if (!request.only_failures || call.failed())

@@ -53,7 +53,7 @@ struct Count {
             return;
         failures += call.count;
         errors["status " + std::to_string(call.status) +
-               (call.error.empty() ? "" : ": " + valid_utf8(call.error))] += call.count;
+               (call.error.empty() ? "" : ": " + device_text(call.error))] += call.count;
     }
 
     /// The duration in ms that so many per cent of the calls keep.
@@ -88,16 +88,23 @@ struct Counts {
     [[nodiscard]] double seconds() const { return static_cast<double>(end_us - begin_us) / 1e6; }
 };
 
-void print_count(Printer& printer, const char* name, const Count& count, double seconds)
+struct Table {
+    Printer& printer;
+    int name_width;
+    double seconds;
+};
+
+void print_count(const Table& table, std::string_view name, const Count& count)
 {
+    const auto& [printer, name_width, seconds] = table;
     const double rate = seconds > 0 ? static_cast<double>(count.calls) / seconds : 0;
-    printer.print(Color::value, formatted("%-32s", name));
-    printer.print(formatted(" %9llu %10.2f %9.3f %9.3f %9.3f %9.3f ",
+    printer.print(Color::value, formatted("%-*s", name_width, std::string{name}.c_str()));
+    printer.print(formatted(" %7llu %8.1f %8.3f %8.3f %8.3f %8.3f ",
                             static_cast<unsigned long long>(count.calls), rate,
                             count.percentile_ms(50), count.percentile_ms(90),
                             count.percentile_ms(99), static_cast<double>(count.longest_us) / 1000));
     const std::string failures =
-        formatted("%9llu", static_cast<unsigned long long>(count.failures));
+        formatted("%8llu", static_cast<unsigned long long>(count.failures));
     if (count.failures > 0)
         printer.print(Color::bad, failures);
     else
@@ -107,15 +114,22 @@ void print_count(Printer& printer, const char* name, const Count& count, double 
 
 void print_counts(Printer& printer, const Counts& counts)
 {
-    const double seconds = counts.seconds();
-    printer.print(formatted("%-32s %9s %10s %9s %9s %9s %9s %9s\n", "function", "calls", "a second",
-                            "50 % ms", "90 % ms", "99 % ms", "max ms", "failures"));
+    constexpr std::string_view title = "function";
+    std::size_t name_width = title.size();
     for (std::size_t row = 0; row < counts.functions.size(); ++row) {
         if (counts.functions[row].calls > 0)
-            print_count(printer, std::string{devlib::functions[row].name()}.c_str(),
-                        counts.functions[row], seconds);
+            name_width = std::max(name_width, devlib::functions[row].name().size());
     }
-    print_count(printer, "all", counts.all, seconds);
+    const double seconds = counts.seconds();
+    const Table table = {printer, static_cast<int>(name_width), seconds};
+    printer.print(formatted("%-*s %7s %8s %8s %8s %8s %8s %8s\n", table.name_width, title.data(),
+                            "calls", "per s", "50 % ms", "90 % ms", "99 % ms", "max ms",
+                            "failures"));
+    for (std::size_t row = 0; row < counts.functions.size(); ++row) {
+        if (counts.functions[row].calls > 0)
+            print_count(table, devlib::functions[row].name(), counts.functions[row]);
+    }
+    print_count(table, "all", counts.all);
     printer.print(formatted("\n%.3f s from the first call to the last, %.3f s of them in the "
                             "device library\n",
                             seconds, static_cast<double>(counts.all.total_us) / 1e6));
@@ -139,6 +153,8 @@ int count_journal(const std::string& file, const Surroundings& outside)
         file, outside, [](const auto&) {},
         [&](const journal::RecordedCall& call) { counts.add(call); },
         [&](const journal::Reader& reader) { is_complete = reader.ending().has_value(); });
+    if (!is_sound && counts.all.calls == 0)
+        return wrong_usage;
     Printer printer{outside};
     print_counts(printer, counts);
     if (is_sound && !is_complete)

@@ -52,17 +52,6 @@ void append_hexadecimal(std::string& line, std::span<const unsigned char> bytes)
     line += '"';
 }
 
-bool is_utf8(std::string_view text)
-{
-    while (!text.empty()) {
-        const std::size_t length = companion::character_length(text);
-        if (length == 0)
-            return false;
-        text.remove_prefix(length);
-    }
-    return true;
-}
-
 /// The bytes of a string: as they are, or each as the character of that number.
 void append_quoted(std::string& line, std::string_view bytes, bool as_latin1)
 {
@@ -112,11 +101,11 @@ void append_value(std::string& line, const Call& call, std::size_t index)
 {
     const Parameter& parameter = call.info().parameters[index];
     const void* const value = call.arguments[index].value;
-    if (value == nullptr) {
+    const std::size_t count = value != nullptr ? element_count(call, index) : 0;
+    if (value == nullptr || (parameter.way == Way::in && count > most_input_bytes)) {
         line += "null";
         return;
     }
-    const std::size_t count = element_count(call, index);
     if (parameter.kind == Kind::text) {
         append_text(line, {static_cast<const char*>(value), count});
     } else if (parameter.kind == Kind::bytes) {
@@ -291,7 +280,7 @@ void append_name(std::string& line, std::string_view name)
 
 void append_text(std::string& line, std::string_view text)
 {
-    if (is_utf8(text))
+    if (companion::is_utf8(text))
         return append_quoted(line, text, false);
     line += '{';
     append_name(line, field::latin1);

@@ -83,7 +83,45 @@ TEST(Journal, IdenticalPollsShareALineForASecond)
     const TemporaryFile file;
     write_file(file.name(), journal);
     EXPECT_THAT(run_kov({"journal", "stats", file.name()}).out,
-                HasSubstr("   400.000   400.000   400.000   400.000         0\n"));
+                HasSubstr("  400.000  400.000  400.000  400.000        0\n"));
+}
+
+TEST(Journal, TellsPollsAtLeastEverySecondAlsoWhenTheClockIsSetBack)
+{
+    static std::int64_t seconds = 0;
+    const journal::Clock clock = {.now =
+                                      [] {
+                                          return journal::Moment{-seconds * 1'000'000, 0};
+                                      },
+                                  .steady_us = [] { return seconds * 1'000'000; },
+                                  .rest_us = nullptr};
+    std::int64_t lines = 0;
+    journal::Recorder recorder{clock, [&](std::string_view) { return ++lines > 0; }};
+    const auto function = [] {};
+    for (seconds = 0; seconds < 10; ++seconds)
+        (void)recorder.pass_on({devlib::find_function("GetErrorMessage"),
+                                {},
+                                [](auto, auto) { return journal::Returned{}; },
+                                nullptr},
+                               function, nullptr);
+    EXPECT_EQ(lines, 9); // the last one still goes on
+}
+
+TEST(Journal, KeepsWhatAProgramDoesWrong)
+{
+    Trial trial{"fail OpenDebugFile always"};
+    TappedCalls tapped;
+    EXPECT_EQ(ENTRY(Open)(3), 0);
+    EXPECT_NE(ENTRY(SetMemoryData)(0, UINT32_MAX, reinterpret_cast<const std::uint8_t*>("")), 0);
+    EXPECT_NE(ENTRY(OpenDebugFile)("no/such/folder/trace"), 0);
+    EXPECT_NE(ENTRY(GetModuleState)(99, nullptr), 0);
+    const std::string journal = tapped.journal();
+    EXPECT_THAT(journal,
+                HasSubstr(R"("in":{"start":0,"count":4294967295,"data":null},"status":-)"));
+    EXPECT_THAT(journal.substr(journal.find("GetModuleState")), HasSubstr("\"error\":\""));
+    const TemporaryFile file;
+    write_file(file.name(), journal);
+    EXPECT_EQ(run_kov({"journal", "show", file.name()}).err, "");
 }
 
 TEST(Journal, GivesBackEveryValueAsItWas)
@@ -195,6 +233,25 @@ TEST(Journal, ThatWasChangedIsRefusedOrDivergesAtThatCall)
         trial.run("3 -u -SE 5 -T");
         EXPECT_EQ(replayed.difference(), c.difference);
     }
+    // A long text differs at its end.
+    const std::string name(150, 'x');
+    std::string long_name;
+    const auto set_name = [](const std::string& text) {
+        (void)ENTRY(SetConfigName)(4, (text + std::string(203, '\0')).c_str());
+    };
+    {
+        Trial trial;
+        TappedCalls tapped;
+        set_name(name + '1');
+        long_name = tapped.journal();
+    }
+    {
+        Trial trial;
+        ReplayedCalls replayed{long_name};
+        set_name(name + '2');
+        EXPECT_THAT(replayed.difference(),
+                    testing::AllOf(HasSubstr("x1\"), actual"), EndsWith("x2\")")));
+    }
     // The companion looks before anything is run.
     const TemporaryFile file;
     for (const auto& [text, message] : std::vector<std::pair<std::string, std::string>>{
@@ -202,6 +259,17 @@ TEST(Journal, ThatWasChangedIsRefusedOrDivergesAtThatCall)
              {cases[6].journal, ", line 1: its schema has version 2, this program knows 1"},
              {"", ", line 1: it is no journal of library calls"},
              {"Test protocol\n", ", line 1: it is no JSON object"},
+             {std::string(5'000'000, ' '), ", line 1: it is too long"},
+             {journal + "{\"n", ", line 10: it is no JSON object"},
+             {journal.substr(0, fifth) + journal.substr(fourth),
+              ", line 6: call 4 stands there twice"},
+             {with(journal, "\"us\":0", "\"us\":9223372036854775807"),
+              ", line 2: its numbers are none"},
+             {journal.substr(0, journal.find('\n') + 1) +
+                  R"({"n":1,"call":"GetMemoryData","in":{"start":0,"count":3},)"
+                  R"("status":0,"out":{"data":"FFFF"}})"
+                  "\n",
+              ", line 2: the results are none of GetMemoryData"},
              {with(journal, "\"failures\":0", "\"failures\":1"),
               ", line 9: the end tells 7 calls and 1 failures, but there are 7 and 0"}}) {
         write_file(file.name(), text);
@@ -214,27 +282,32 @@ TEST(Journal, ThatWasChangedIsRefusedOrDivergesAtThatCall)
 TEST(Journal, IsShownAndCounted)
 {
     const TemporaryFile file;
-    write_file(
-        file.name(),
-        journal_of("-q -u -T", {"latency 1", "fail GetEnable always text \"no \\x1b answer\""}));
+    write_file(file.name(),
+               journal_of("-q -u -T",
+                          {"latency 1", "fail GetEnable always text \"no \\x1b\\xb0 answer\""}));
     const KovRun shown = run_kov({"journal", "show", file.name()}, {.colored = true});
-    EXPECT_THAT(shown.out,
-                HasSubstr("       3  09:26:53.589     1.000          "
-                          "\33[1mGetDevType()\33[m  type=36566\n"
-                          "       4  09:26:53.590     1.000          "
-                          "\33[1mGetEnable()\33[m\33[1;35m  failed (-7): no ? answer\33[m\n"));
+    EXPECT_THAT(
+        shown.out,
+        HasSubstr("       3  09:26:53.589     1.000          "
+                  "\33[1mGetDevType()\33[m  type=36566\n"
+                  "       4  09:26:53.590     1.000          "
+                  "\33[1mGetEnable()\33[m\33[1;35m  failed (-7): no ?\xC2\xB0 answer\33[m\n"));
     EXPECT_THAT(shown.out, EndsWith("the end: 11 calls, 1 failures\n"));
     const KovRun failures = run_kov({"journal", "show", "--failures", file.name()});
     EXPECT_THAT(failures.out, Not(HasSubstr("GetDevType")));
-    EXPECT_THAT(failures.out, HasSubstr("GetEnable()  failed (-7): no ? answer\n"));
+    EXPECT_THAT(failures.out, HasSubstr("GetEnable()  failed (-7): no ?\xC2\xB0 answer\n"));
     const KovRun counted = run_kov({"journal", "stats", file.name()});
     EXPECT_THAT(counted.out,
-                HasSubstr("\nGetEnable                                1     333.33     1.000   "
-                          "  1.000     1.000     1.000         1\n"));
+                StartsWith("function              calls    per s  50 % ms  90 % ms  99 % ms"
+                           "   max ms failures\n"));
     EXPECT_THAT(counted.out,
-                HasSubstr("\nall                                     11    3666.67     0.000   "
-                          "  1.000     1.000     1.000         1\n"));
-    EXPECT_THAT(counted.out, EndsWith("GetEnable failed 1 times: status -7: no ? answer\n"));
+                HasSubstr("\nGetEnable                 1    333.3    1.000    1.000    1.000"
+                          "    1.000        1\n"));
+    EXPECT_THAT(counted.out,
+                HasSubstr("\nall                      11   3666.7    0.000    1.000    1.000"
+                          "    1.000        1\n"));
+    EXPECT_THAT(counted.out,
+                EndsWith("GetEnable failed 1 times: status -7: no ?\xC2\xB0 answer\n"));
 }
 
 } // namespace

@@ -3,7 +3,8 @@
 #include "companion/journal/format.h"
 #include "companion/journal/reading/values.h"
 
-#include <array>
+#include <cerrno>
+#include <cstring>
 
 namespace journal
 {
@@ -43,8 +44,16 @@ bool take_number(const json& object, std::string_view name, T& number, std::int6
     return given >= lowest && given <= highest;
 }
 
+/// Bytes are as many as the input before them tells.
+bool has_told_size(const json& bytes, const json& inputs, const devlib::Parameter& before)
+{
+    return bytes.is_null() ||
+           member(inputs, before.name) == json(bytes_of(bytes).value_or("").size());
+}
+
 /// Whether these are the values of all parameters that go that way, and nothing else.
-bool are_values(const json& values, const devlib::FunctionInfo& function, Way other_way)
+bool are_values(const json& values, const json& inputs, const devlib::FunctionInfo& function,
+                Way other_way)
 {
     if (!values.is_object())
         return false;
@@ -55,6 +64,9 @@ bool are_values(const json& values, const devlib::FunctionInfo& function, Way ot
             continue;
         const auto value = values.find(std::string{std::string_view{parameter.name}});
         if (value == values.end() || !is_value(*value, parameter))
+            return false;
+        if (parameter.kind == devlib::Kind::bytes && parameter.count == 0 &&
+            !has_told_size(*value, inputs, function.parameters[i - 1]))
             return false;
         ++found;
     }
@@ -80,28 +92,28 @@ bool take_results(const json& line, RecordedCall& call)
     call.error = text_member(line, field::error);
     call.outputs = member(line, field::outputs);
     return call.status != 0 ? call.outputs.is_null()
-                            : are_values(call.outputs, call.info(), Way::in);
+                            : are_values(call.outputs, call.inputs, call.info(), Way::in);
 }
 
 /// What is wrong with the line of a call; empty when nothing is.
 std::string take_call(const json& line, RecordedCall& call)
 {
+    constexpr std::int64_t most_us = 3'155'760'000'000'000; // a century: sums of it fit, too
     const std::string name = text_member(line, field::function);
     call.row = devlib::find_function(name);
     if (name.empty() || call.row == devlib::no_function)
         return "it is no call of the device library";
     if (!take_number(line, field::number, call.number, 1, INT64_MAX) ||
         !take_number(line, field::count, call.count, 1, INT64_MAX) ||
-        !take_number(line, field::duration, call.us, 0, INT64_MAX))
+        !take_number(line, field::duration, call.us, 0, most_us))
         return "its numbers are none";
     call.longest_us = call.us;
-    if (!take_number(line, field::longest, call.longest_us, 0, INT64_MAX))
+    if (!take_number(line, field::longest, call.longest_us, 0, most_us))
         return "its numbers are none";
     call.time = text_member(line, field::time);
     call.last = text_member(line, field::last);
-    call.lacking = member(line, field::missing) == json(true);
     call.inputs = member(line, field::inputs);
-    if (!are_values(call.inputs, call.info(), Way::out))
+    if (!are_values(call.inputs, call.inputs, call.info(), Way::out))
         return "the inputs are none of " + name;
     if (!take_results(line, call))
         return "the results are none of " + name;
@@ -135,7 +147,8 @@ bool Reader::fail(std::string_view what)
     return false;
 }
 
-/// False at the end of the file; what follows the last line end is a line, too.
+/// False at the end of the file; what follows the last line end is a line, too. What is no journal
+/// may have no line ends at all: longer lines than a journal's are not read to their end.
 bool Reader::read_line(std::string& line)
 {
     line.clear();
@@ -146,7 +159,9 @@ bool Reader::read_line(std::string& line)
         taken_ = end == std::string::npos ? buffer_.size() : end + 1;
         if (end != std::string::npos)
             return true;
-        constexpr std::size_t piece = 1 << 16;
+        constexpr std::size_t piece = 1 << 16, longest = 1 << 22;
+        if (line.size() > longest)
+            return fail("it is too long");
         buffer_.resize(piece);
         buffer_.resize(std::fread(buffer_.data(), 1, piece, file_));
         taken_ = 0;
@@ -160,14 +175,17 @@ bool Reader::read_line(std::string& line)
 bool Reader::parse_line(json& object)
 {
     std::string line;
-    if (!read_line(line))
-        return std::ferror(file_) == 0 ? false : fail("it cannot be read");
+    if (!read_line(line)) {
+        if (std::ferror(file_) != 0)
+            fail(std::string{"it cannot be read: "} + std::strerror(errno));
+        return false;
+    }
     object = json::parse(line, nullptr, false);
     if (object.is_object()) {
         is_torn_ = false; // whoever edits a file may leave the last line end out
         return true;
     }
-    return is_torn_ ? false : fail("it is no JSON object");
+    return is_torn_ && !ending_ ? false : fail("it is no JSON object");
 }
 
 void Reader::take_heading(const json& line)
@@ -221,11 +239,12 @@ bool Reader::next(RecordedCall& call)
         return next(call); // nothing may follow
     }
     call = {};
-    call.line = line_number_;
     if (const std::string problem = take_call(line, call); !problem.empty())
         return fail(problem);
     if (call.number != calls_ + 1)
-        return fail("call " + std::to_string(calls_ + 1) + " is missing");
+        return fail(call.number > calls_
+                        ? "call " + std::to_string(calls_ + 1) + " is missing"
+                        : "call " + std::to_string(call.number) + " stands there twice");
     if (call.count > std::uint64_t{INT64_MAX} - call.number)
         return fail("its numbers are none");
     calls_ += call.count;

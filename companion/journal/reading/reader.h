@@ -33,8 +33,6 @@ struct RecordedCall {
     std::uint16_t version = 0;
     std::optional<std::string> text; ///< what a function returned; none = null
     std::string error;
-    bool lacking = false; ///< the library has no such function
-    std::size_t line = 0;
 
     [[nodiscard]] const devlib::FunctionInfo& info() const { return devlib::functions[row]; }
     /// It has a status that tells a failure.

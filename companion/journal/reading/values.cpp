@@ -129,9 +129,8 @@ bool is_value(const json& value, const Parameter& parameter)
            });
 }
 
-std::string value_text(const json& value)
+std::string value_text(const json& value, std::size_t longest)
 {
-    constexpr std::size_t longest = 64;
     const bool is_latin1 = value.is_object() && value.contains(field::latin1);
     const json& shown = is_latin1 ? value[std::string{field::latin1}] : value;
     std::string text = shown.dump();
@@ -146,7 +145,8 @@ std::string value_text(const json& value)
     return companion::valid_utf8(text);
 }
 
-std::string values_text(const devlib::FunctionInfo& function, const json& values)
+std::string values_text(const devlib::FunctionInfo& function, const json& values,
+                        std::size_t longest)
 {
     std::string text;
     for (std::size_t i = 0; i < function.parameter_count(); ++i) {
@@ -155,14 +155,14 @@ std::string values_text(const devlib::FunctionInfo& function, const json& values
         if (found == values.end())
             continue;
         text += text.empty() ? "" : ", ";
-        text.append(name).append(1, '=').append(value_text(*found));
+        text.append(name).append(1, '=').append(value_text(*found, longest));
     }
     return text;
 }
 
-std::string call_text(const devlib::FunctionInfo& function, const json& inputs)
+std::string call_text(const devlib::FunctionInfo& function, const json& inputs, std::size_t longest)
 {
-    return std::string{function.name()} + '(' + values_text(function, inputs) + ')';
+    return std::string{function.name()} + '(' + values_text(function, inputs, longest) + ')';
 }
 
 } // namespace journal

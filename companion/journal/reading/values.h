@@ -22,15 +22,21 @@ namespace journal
 /// Whether it is what a parameter can have: kind, range, number of elements.
 [[nodiscard]] bool is_value(const nlohmann::json& value, const devlib::Parameter& parameter);
 
-/// Fit for a line of a terminal; what is long is cut.
-[[nodiscard]] std::string value_text(const nlohmann::json& value);
+/// In bytes, what a line of a table shows of a value.
+inline constexpr std::size_t usual_length = 64;
+
+/// Fit for a line of a terminal; what is longer is cut.
+[[nodiscard]] std::string value_text(const nlohmann::json& value,
+                                     std::size_t longest = usual_length);
 
 /// "state=5, ready=1", in the order of the interface.
 [[nodiscard]] std::string values_text(const devlib::FunctionInfo& function,
-                                      const nlohmann::json& values);
+                                      const nlohmann::json& values,
+                                      std::size_t longest = usual_length);
 
 /// "GetModuleState(address=1)"
 [[nodiscard]] std::string call_text(const devlib::FunctionInfo& function,
-                                    const nlohmann::json& inputs);
+                                    const nlohmann::json& inputs,
+                                    std::size_t longest = usual_length);
 
 } // namespace journal
