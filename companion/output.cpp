@@ -203,6 +203,22 @@ bool may_be_written(const std::vector<std::string>& names, const std::vector<std
     return true;
 }
 
+bool read_to_end(std::FILE* file, const std::string& name, const Surroundings& outside,
+                 std::string& bytes)
+{
+    std::array<char, 32768> piece;
+    for (;;) {
+        const std::size_t count = std::fread(piece.data(), 1, piece.size(), file);
+        bytes.append(piece.data(), count);
+        if (count < piece.size() || platform::stop_signal() != 0)
+            break;
+    }
+    if (std::ferror(file) == 0)
+        return true;
+    outside.complain(valid_utf8(name) + ": " + std::strerror(errno));
+    return false;
+}
+
 bool read_whole_file(const std::string& name, const Surroundings& outside, std::string& bytes)
 {
     bytes.clear();
@@ -211,16 +227,7 @@ bool read_whole_file(const std::string& name, const Surroundings& outside, std::
         outside.complain(valid_utf8(name) + ": " + std::strerror(errno));
         return false;
     }
-    std::array<char, 32768> piece{};
-    for (;;) {
-        const std::size_t count = std::fread(piece.data(), 1, piece.size(), file);
-        bytes.append(piece.data(), count);
-        if (count < piece.size() || platform::stop_signal() != 0)
-            break;
-    }
-    const bool is_good = std::ferror(file) == 0;
-    if (!is_good)
-        outside.complain(valid_utf8(name) + ": " + std::strerror(errno));
+    const bool is_good = read_to_end(file, name, outside, bytes);
     if (file != stdin)
         std::fclose(file);
     return is_good;

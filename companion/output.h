@@ -87,6 +87,11 @@ private:
                                   const std::vector<std::string>& read,
                                   const Surroundings& outside);
 
+/// Reads what is left of a file, to which messages give this name. False, with a message, when that
+/// is not possible.
+[[nodiscard]] bool read_to_end(std::FILE* file, const std::string& name,
+                               const Surroundings& outside, std::string& bytes);
+
 /// Reads a whole file, standard input for "-". False, with a message, when that is not possible.
 [[nodiscard]] bool read_whole_file(const std::string& name, const Surroundings& outside,
                                    std::string& bytes);

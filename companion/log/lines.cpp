@@ -28,22 +28,35 @@ bool LineSource::open(const std::string& name, const Surroundings& outside)
 {
     name_ = name;
     outside_ = &outside;
-    if (name != "-")
-        file_ = platform::open_file(name.c_str(), "rb");
-    if (file_ != nullptr && std::fseek(file_, 0, SEEK_SET) == 0) {
-        std::setvbuf(file_, nullptr, _IONBF, 0); // ours is the buffer
-        buffer_.resize(piece + readable_behind);
-        return true;
-    }
-    if (file_ != nullptr)
-        std::fclose(std::exchange(file_, nullptr));
     std::string bytes;
-    if (!read_whole_file(name, outside, bytes))
-        return false;
+    if (name == "-") {
+        if (!read_whole_file(name, outside, bytes))
+            return false;
+    } else {
+        file_ = platform::open_file(name.c_str(), "rb");
+        if (file_ == nullptr) {
+            complain();
+            return false;
+        }
+        if (std::fseek(file_, 0, SEEK_SET) == 0) {
+            std::setvbuf(file_, nullptr, _IONBF, 0); // ours is the buffer
+            buffer_.resize(piece + readable_behind);
+            return true;
+        }
+        const bool is_read = read_to_end(file_, name, outside, bytes);
+        std::fclose(std::exchange(file_, nullptr));
+        if (!is_read)
+            return false;
+    }
     buffer_.assign(bytes.begin(), bytes.end());
     end_ = buffer_.size();
     buffer_.resize(end_ + readable_behind);
     return true;
+}
+
+void LineSource::complain() const
+{
+    outside_->complain(valid_utf8(name_) + ": " + std::strerror(errno));
 }
 
 bool LineSource::fill()
@@ -59,7 +72,7 @@ bool LineSource::fill()
     const std::size_t count = std::fread(buffer_.data() + end_, 1, wanted, file_);
     if (count == 0 && std::ferror(file_) != 0 && good_) {
         good_ = false;
-        outside_->complain(valid_utf8(name_) + ": " + std::strerror(errno));
+        complain();
     }
     end_ += count;
     read_ += count;
@@ -72,11 +85,10 @@ bool LineSource::take_line(std::string_view& line)
     const std::size_t length = end_ - start_;
     const char* found =
         length > 0 ? static_cast<const char*>(std::memchr(begin, '\n', length)) : nullptr;
-    const bool is_overlong = found == nullptr && file_ != nullptr && length == capacity();
-    if (found == nullptr && !is_overlong)
+    if (found == nullptr)
         return false;
-    line = {begin, found != nullptr ? static_cast<std::size_t>(found - begin) : length};
-    start_ += line.size() + (found != nullptr ? 1 : 0);
+    line = {begin, static_cast<std::size_t>(found - begin)};
+    start_ += line.size() + 1;
     if (line.ends_with('\r'))
         line.remove_suffix(1);
     ++number_;
@@ -85,13 +97,17 @@ bool LineSource::take_line(std::string_view& line)
 
 LineSource::Got LineSource::next(std::string_view& line)
 {
+    bool is_overlong = false;
     do {
         if (take_line(line))
-            return Got::line;
+            return is_overlong ? Got::overlong : Got::line;
+        if (file_ != nullptr && end_ - start_ == capacity()) {
+            is_overlong = true;
+            start_ = end_;
+        }
     } while (fill());
-    if (start_ == end_)
+    if ((start_ == end_ && !is_overlong) || platform::stop_signal() != 0)
         return Got::end;
-    line = {buffer_.data() + start_, end_ - start_};
     start_ = end_;
     ++number_;
     return Got::torn;

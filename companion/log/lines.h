@@ -29,11 +29,12 @@ public:
 
     enum class Got {
         line,
-        torn, ///< bytes behind the last line end
+        overlong, ///< one that is longer than any line should be, which is not told
+        torn,     ///< bytes behind the last line end, which are not told
         end,
     };
     /// The next line, without LF or CR LF; it is good until the next call, and so are
-    /// `readable_behind` bytes behind it. What is longer than any line should be comes in pieces.
+    /// `readable_behind` bytes behind it.
     [[nodiscard]] Got next(std::string_view& line);
     /// That of the line, from 1.
     [[nodiscard]] std::int64_t number() const { return number_; }
@@ -45,9 +46,10 @@ public:
     [[nodiscard]] bool is_good() const { return good_; }
 
 private:
-    /// A line that is there as a whole, or is too long for the buffer.
+    /// A line that is there as a whole.
     [[nodiscard]] bool take_line(std::string_view& line);
     [[nodiscard]] bool fill();
+    void complain() const; ///< of what the system said
     [[nodiscard]] std::size_t capacity() const { return buffer_.size() - readable_behind; }
 
     std::string name_;

@@ -110,7 +110,7 @@ inline const char* read_cell(const char* begin, const char* end, Cell& cell)
     const PlainNumber number = take_plain_number(begin);
     const char* at = number.end;
     cell.value = number.value();
-    const bool is_whole = at != nullptr && (at == end || (*at == '\t' && at < end));
+    const bool is_whole = at != nullptr && (at == end || *at == '\t');
     if (!is_whole)
         at = std::find(begin, end, '\t');
     cell.text = {begin, static_cast<std::size_t>(at - begin)};
@@ -158,6 +158,8 @@ bool LogReader::heading_line(std::string_view& line)
     switch (lines_.next(line)) {
     case LineSource::Got::line:
         return true;
+    case LineSource::Got::overlong:
+        return refuse("this line is too long");
     case LineSource::Got::torn:
         return refuse("it ends within this line");
     case LineSource::Got::end:
@@ -242,6 +244,9 @@ bool LogReader::next(Row& row)
         case LineSource::Got::torn:
             end_.torn_line = lines_.number();
             return false;
+        case LineSource::Got::overlong:
+            note_damage();
+            continue;
         case LineSource::Got::line:
             break;
         }
@@ -257,35 +262,46 @@ bool LogReader::next(Row& row)
     }
 }
 
-void LogReader::read_trailer()
+bool LogReader::read_trailer_line(std::string_view line, TrailerTimes& times)
 {
     const auto& counts = format_->counts;
-    bool has_times[3] = {}; // not only the last one: a line may have been lost
+    const std::size_t index = end_.counts.size();
+    std::uint32_t count = 0;
+    double number = 0.0;
+    const std::size_t tab = std::min(line.find(":\t"), line.size());
+    const std::string_view value = line.substr(std::min(tab + 2, line.size()));
+    if (index < counts.size() && value_of(line, counts[index].label) &&
+        std::from_chars(value.data(), value.data() + value.size(), count).ec == std::errc{}) {
+        end_.counts.push_back(count);
+        return true;
+    }
+    if (!parse_number(value, number) || !(std::abs(number) < most_seconds))
+        return false;
+    if (value_of(line, log_text::duration)) {
+        times.has_duration = true;
+        end_.duration_s = number;
+    } else {
+        times.has_rate |= value_of(line, log_text::polling_rate).has_value();
+        times.has_response |= value_of(line, log_text::response_time).has_value();
+    }
+    return true;
+}
+
+void LogReader::read_trailer()
+{
+    TrailerTimes times; // not only the last one: a line may have been lost
     std::string_view line;
     LineSource::Got got = LineSource::Got::end;
-    while ((got = lines_.next(line)) == LineSource::Got::line) {
-        const std::size_t index = end_.counts.size();
-        std::uint32_t count = 0;
-        double number = 0.0;
-        const std::size_t tab = std::min(line.find(":\t"), line.size());
-        const std::string_view value = line.substr(std::min(tab + 2, line.size()));
-        if (index < counts.size() && value_of(line, counts[index].label) &&
-            std::from_chars(value.data(), value.data() + value.size(), count).ec == std::errc{}) {
-            end_.counts.push_back(count);
-        } else if (!parse_number(value, number) || !(std::abs(number) < most_seconds)) {
+    while ((got = lines_.next(line)) == LineSource::Got::line || got == LineSource::Got::overlong) {
+        const bool is_overlong = got == LineSource::Got::overlong;
+        // An editor may have left an empty one.
+        if (is_overlong || (!line.empty() && !read_trailer_line(line, times)))
             note_damage();
-        } else if (value_of(line, log_text::duration)) {
-            has_times[0] = true;
-            end_.duration_s = number;
-        } else {
-            has_times[1] |= value_of(line, log_text::polling_rate).has_value();
-            has_times[2] |= value_of(line, log_text::response_time).has_value();
-        }
     }
     if (got == LineSource::Got::torn)
         end_.torn_line = lines_.number();
-    end_.has_trailer = has_times[0] && has_times[1] && has_times[2] &&
-                       end_.counts.size() == counts.size() && end_.torn_line == 0;
+    end_.has_trailer = times.has_duration && times.has_rate && times.has_response &&
+                       end_.counts.size() == format_->counts.size() && end_.torn_line == 0;
 }
 
 bool LogReader::tell_flaws() const

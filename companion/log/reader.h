@@ -65,7 +65,12 @@ private:
     [[nodiscard]] bool refuse(const char* why) const;
     [[nodiscard]] bool heading_line(std::string_view& line);
     [[nodiscard]] bool read_row(std::string_view line, Row& row);
+    struct TrailerTimes {
+        bool has_duration = false, has_rate = false, has_response = false;
+    };
     void read_trailer();
+    /// False when it makes no sense.
+    [[nodiscard]] bool read_trailer_line(std::string_view line, TrailerTimes& times);
     void note_damage();
 
     static constexpr std::size_t most_columns = 16;

@@ -50,11 +50,11 @@ std::optional<std::int64_t> Intervals::shortest_gap_ms() const
     const std::uint64_t all = std::accumulate(counts_.begin(), counts_.end(), std::uint64_t{0});
     if (all < fewest)
         return std::nullopt;
-    std::uint64_t before = 0;
-    std::size_t median = 0;
-    while ((before += counts_[median]) * 2 < all)
-        ++median;
-    const std::int64_t usual = std::max<std::int64_t>(begin_of(median), 1);
+    std::uint64_t shorter = 0;
+    std::size_t step = 0;
+    while ((shorter += counts_[step]) * 3 < all * 2)
+        ++step;
+    const std::int64_t usual = std::max<std::int64_t>(begin_of(step), 1);
     return begin_of(step_of(usual * times_the_usual) + 1);
 }
 

@@ -13,16 +13,17 @@ namespace companion
 {
 
 /// How far apart in time the samples are, from which the gaps follow: intervals of more than five
-/// times the usual one, which is their median.
+/// times the usual one. That is the one which two of three do not exceed, since samples of a row
+/// may come in pairs, those of other rows between them.
 class Intervals
 {
 public:
-    /// Time that ran backwards is no interval.
+    /// Time that ran backwards or stood still is no interval.
     void take(std::int64_t milliseconds)
     {
-        if (milliseconds >= 0 && milliseconds < exact)
+        if (milliseconds > 0 && milliseconds < exact)
             ++counts_[static_cast<std::size_t>(milliseconds)];
-        else if (milliseconds >= 0)
+        else if (milliseconds > 0)
             take_long(milliseconds);
     }
 
@@ -54,6 +55,7 @@ public:
 
     [[nodiscard]] std::uint64_t count() const { return count_; }
     [[nodiscard]] std::uint64_t not_finite() const { return not_finite_; }
+    /// Not finite, as the next two, where the values are too large to be squared and summed up.
     [[nodiscard]] double mean() const;
     /// The standard deviation of the samples; 0 of a single one.
     [[nodiscard]] double deviation() const;

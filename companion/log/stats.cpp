@@ -42,13 +42,16 @@ std::vector<std::string> cells_of(const RecordedColumn& column, const Statistics
         return cells;
     }
     constexpr int digits_of_value = 7, digits_of_difference = 3;
-    const auto drift = statistics.drift_per_hour();
-    cells.insert(cells.end(), {significant(statistics.mean(), digits_of_value),
-                               significant(statistics.deviation(), digits_of_difference),
-                               significant(statistics.smallest(), digits_of_value),
-                               significant(statistics.largest(), digits_of_value),
-                               drift ? significant(*drift, digits_of_difference, true) : "-",
-                               gaps_text(statistics.intervals())});
+    const auto shown = [](double value, int digits, bool sign = false) {
+        return std::isfinite(value) ? significant(value, digits, sign) : "-";
+    };
+    cells.insert(cells.end(),
+                 {shown(statistics.mean(), digits_of_value),
+                  shown(statistics.deviation(), digits_of_difference),
+                  shown(statistics.smallest(), digits_of_value),
+                  shown(statistics.largest(), digits_of_value),
+                  shown(statistics.drift_per_hour().value_or(NAN), digits_of_difference, true),
+                  gaps_text(statistics.intervals())});
     return cells;
 }
 

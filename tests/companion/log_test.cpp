@@ -116,6 +116,7 @@ TEST(Log, TellsWhatIsNotWholeAndRefusesWhatIsNoLog)
     } cases[] = {
         {whole, 0, 0, ""},
         {with_carriage_returns(whole), 0, 0, ""},
+        {whole + "\n\r\n", 0, 0, ""},
         {heading + trailer, 0, 0, ""},
         {heading, 2, 0, ""},
         {heading + row, 2, 0, ""},
@@ -124,11 +125,13 @@ TEST(Log, TellsWhatIsNotWholeAndRefusesWhatIsNoLog)
         {whole.substr(0, whole.size() - 1), 2, 0, "FILE:10: the last line is torn"},
         {heading + "0.010\tx\n" + row + "1\t2\t3\t4\t5\t6\t7\n\x01\n" + trailer, 2, 2,
          "FILE:5: this line makes no sense; it and 2 more such are left out"},
+        {heading + std::string(300'000, '1') + '\n' + row + "x\n" + trailer, 2, 2,
+         "FILE:5: this line makes no sense; it and 1 more"},
         {heading + "nan\t1\n" + trailer, 2, 2, "FILE:5: this line makes no sense and"},
         {heading + "1e300\t1\n" + trailer, 2, 2, "FILE:5: this line makes no sense and"},
         {"", 3, 3, "FILE:0: this is no recording: it is empty"},
         {"x\n", 3, 3, "FILE:1: this is no recording: it does not begin as one"},
-        {std::string(300'000, '\0'), 3, 3, "FILE:1: this is no recording"},
+        {std::string(300'000, '\0') + '\n', 3, 3, "FILE:1: this is no recording: this line is"},
         {heading.substr(0, 40), 3, 3, "FILE:2: this is no recording: it ends within this line"},
         {heading.substr(0, heading.find("Time")), 3, 3, "FILE:3: this is no recording: it ends"},
         {"Operating parameters of:\tx\nData acquisition started on:\tSat, 02/31/2026, 09:26:53\n",
@@ -182,6 +185,16 @@ TEST(Log, StatisticsOfARecording)
               "  Current/nA      3     20      20         0       40  +2.97e+03        0\n"
               "  Phase/ns       63      0       0         0        0         +0  1 (9 s)\n"
               "  Period was no finite number: 3\n");
+    // Rows in pairs make no gaps, and what cannot be summed up has no mean.
+    text = heading;
+    for (int tenth = 10; tenth < 60; ++tenth) {
+        const std::string time = std::to_string(tenth / 10) + '.' + std::to_string(tenth % 10);
+        text += time + "00\t-1.7e308\t1\n" + time + "00\t1.7e308\n" + time + "01\t1\t1\n";
+    }
+    EXPECT_THAT(
+        run_log("stats", text + trailer).out,
+        AllOf(HasSubstr("  Width/ns      150     -       -  -1.7e+308  1.7e+308        -     0"),
+              HasSubstr("  Period/ns     100     1       0          1         1       +0     0")));
     EXPECT_THAT(
         run_log("stats", heat_controller_recording({"fail GetHeatCtrlMonitoring at 5"})).out,
         EndsWith("  Monitoring communication error: 1\n"));

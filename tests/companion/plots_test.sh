@@ -37,6 +37,13 @@ done
 cmp stats.comma stats.C && cmp csv.comma csv.C || fail "the locale changes numbers"
 grep -q 'Voltage/V  *20000  *10.0.*60 ' stats.C || fail "statistics: $(cat stats.C)"
 
+mkfifo pipe
+for _ in 1 2 3 4 5; do
+    cat "$name" >pipe &
+    timeout 20 "$kov" log stats pipe | tail -n +3 | cmp - "stats.C" || fail "a pipe gives another table"
+    wait
+done
+
 # ---- Images ----
 PATH=/nowhere "$kov" log plot -o x.svg "$name" 2>problems
 [ $? -eq 3 ] && grep -q gnuplot-nox problems && [ ! -e x.svg ] || fail "without gnuplot: $(cat problems)"
