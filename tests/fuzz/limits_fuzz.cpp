@@ -18,7 +18,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     fact.value = 24.0;
     fact.unit = "V";
     fact.spread = companion::Spread{0.01, 0.02, 0.02};
-    fact.references = {{"target", 24.0}, {"range", 3000.0}};
+    fact.references = {{{"target", 24.0}, {"range", 3000.0}}};
     report.facts.push_back(fact);
     const companion::Judged judged = companion::judge(report, limits, {"2026-03-14", true});
     require(judged.judged + judged.not_judged == 1);
