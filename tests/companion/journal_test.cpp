@@ -4,6 +4,7 @@
 #include "tests/companion/journal_trial.h"
 #include "tests/support/trial.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -112,7 +113,8 @@ TEST(Journal, KeepsWhatAProgramDoesWrong)
     Trial trial{"fail OpenDebugFile always"};
     TappedCalls tapped;
     EXPECT_EQ(ENTRY(Open)(3), 0);
-    EXPECT_NE(ENTRY(SetMemoryData)(0, UINT32_MAX, reinterpret_cast<const std::uint8_t*>("")), 0);
+    constexpr std::array<std::uint8_t, 64> few_bytes{}; // the library shows the first ones
+    EXPECT_NE(ENTRY(SetMemoryData)(0, UINT32_MAX, few_bytes.data()), 0);
     EXPECT_NE(ENTRY(OpenDebugFile)("no/such/folder/trace"), 0);
     EXPECT_NE(ENTRY(GetModuleState)(99, nullptr), 0);
     const std::string journal = tapped.journal();
