@@ -11,6 +11,7 @@
 #include <atomic>
 #include <charconv>
 #include <mutex>
+#include <vector>
 
 namespace journal
 {
@@ -134,6 +135,8 @@ struct State {
     RealLibrary real = load_real_library();
     std::atomic<Tap*> tap = nullptr;
     std::mutex beginning;
+    /// Which forks have copied. Never destroyed: a thread that is not here may have been at work.
+    std::vector<const Tap*> left;
 };
 
 State& state()
@@ -158,8 +161,10 @@ Tap& current_tap()
     tap = the_state.tap;
     if (tap != nullptr && tap->belongs_here()) // another thread was faster
         return *tap;
-    if (tap != nullptr)
-        tap->leave(); // the one that a fork has copied
+    if (tap != nullptr) {
+        tap->leave();
+        the_state.left.push_back(tap);
+    }
     tap = new Tap{the_state.real};
     the_state.tap = tap;
     at_last_moment(finish_tap);
