@@ -2,7 +2,8 @@
 # Runs the command lines of a page ("$ ...", continued by "> ...") one after another on one simulated
 # instrument, new at the beginning, and compares what they print with what stands below them there.
 # A line "..." stands for any lines; what differs from run to run (dates, times, measured values,
-# counts) is masked, and lost data of a busy machine are left out. A command line without an output only has to be a good one. Links lead somewhere.
+# counts) is masked, and what a busy machine loses is left out. A command line without an output only
+# has to be a good one. Links lead somewhere.
 #   tour_test.sh PAGE SOURCE_FOLDER PROGRAM QUICK_CONTROLLER [COMPANION]
 set -uo pipefail
 page=$(realpath "$1") program=$3 quick_controller=$4
